@@ -1,0 +1,35 @@
+/* diagnostics.h - the process-wide switch for messages on the standard error stream.
+ *
+ * The library prints nothing unless this switch is on. It never changes a result code or a byte of
+ * the PDF; it only makes the library say what went wrong:
+ *
+ *     InitPdfDoc: JTPDF error: 2; No such file or directory
+ */
+#ifndef JTPDF_DIAGNOSTICS_H
+#define JTPDF_DIAGNOSTICS_H
+
+#include <stdbool.h>
+
+#if defined(__GNUC__)
+#define JTPDF_EXPORT __attribute__((visibility("default")))
+#else
+#define JTPDF_EXPORT
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Returns whether diagnostic mode is on; false when the library has just been loaded. */
+JTPDF_EXPORT bool JTPDFGetDiagnosticMode(void);
+
+/* Switches diagnostic mode on or off for every document of the process. May be called at any time
+ * and counts from the next report on. The switch is a plain flag: set it before documents are used
+ * from several threads. */
+JTPDF_EXPORT void JTPDFSetDiagnosticMode(bool on);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* JTPDF_DIAGNOSTICS_H */
