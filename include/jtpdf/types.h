@@ -11,45 +11,64 @@
 #include <wchar.h>
 
 #ifdef __cplusplus
-#define JTPDF_ENUM(name) enum name : int32_t
 #define JTPDF_STATIC_ASSERT(condition, text) static_assert(condition, text)
 extern "C" {
 #else
-/* C has no enumeration with a fixed type before C23: the type is the integer, the enumerators are
- * constants that convert to it. */
-#define JTPDF_ENUM(name) \
-  typedef int32_t name;  \
-  enum
 #define JTPDF_STATIC_ASSERT(condition, text) _Static_assert(condition, text)
 #endif
+
+/* Enumerations: every 32-bit value is legal input. C has no fixed type for an enumeration before
+ * C23, so there the type is the integer and the enumerators are constants that convert to it. */
 
 /* The colour space that image data is in, and the /ColorSpace entry it is written with.
  * Any other value is legal: the image is then written without /ColorSpace and without a colour-key
  * mask, and a note is printed in diagnostic mode. */
-JTPDF_ENUM(TPdfColorSpace){
-    kPdfColorSpaceGray = 0, /* /DeviceGray, one component */
-    kPdfColorSpaceRGB = 1,  /* /DeviceRGB, three components */
-    kPdfColorSpaceCMYK = 2, /* /DeviceCMYK, four components, always declared inverted:
-                               /Decode [1 0 1 0 1 0 1 0], as JPEG files with an Adobe marker are */
-    kPdfColorSpaceICC = 3   /* the colour space of WritePdfICCProfile, three components (RGB) */
+#ifdef __cplusplus
+enum TPdfColorSpace : int32_t {
+#else
+typedef int32_t TPdfColorSpace;
+enum {
+#endif
+  kPdfColorSpaceGray = 0, /* /DeviceGray, one component */
+  kPdfColorSpaceRGB = 1,  /* /DeviceRGB, three components */
+  kPdfColorSpaceCMYK = 2, /* /DeviceCMYK, four components, always declared inverted:
+                             /Decode [1 0 1 0 1 0 1 0], as JPEG files with an Adobe marker are */
+  kPdfColorSpaceICC = 3   /* the colour space of WritePdfICCProfile, three components (RGB) */
 };
 
 /* How the bytes of an image or a profile are encoded, and the /Filter entry they are written with.
  * The library never encodes or decodes. Any other value is legal: the stream is then written
  * without /Filter, and a note is printed in diagnostic mode. */
-JTPDF_ENUM(TPdfCompression){
-    kPdfCompressionJPEG = 0,    /* /DCTDecode: a whole JPEG file */
-    kPdfCompressionLZW = 1,     /* /LZWDecode */
-    kPdfCompressionFlate = 2,   /* /FlateDecode: a zlib stream (RFC 1950), no predictor */
-    kPdfCompressionJPEG2000 = 3 /* /JPXDecode: a JP2 file; its own colour space and alpha count */
+#ifdef __cplusplus
+enum TPdfCompression : int32_t {
+#else
+typedef int32_t TPdfCompression;
+enum {
+#endif
+  kPdfCompressionJPEG = 0,    /* /DCTDecode: a whole JPEG file */
+  kPdfCompressionLZW = 1,     /* /LZWDecode */
+  kPdfCompressionFlate = 2,   /* /FlateDecode: a zlib stream (RFC 1950), no predictor */
+  kPdfCompressionJPEG2000 = 3 /* /JPXDecode: a JP2 file; its own colour space and alpha count */
 };
 
 /* What an image is for on its page. It is only recorded, as the name in the private image entry
  * /JTImageType. Any other value is legal and records an empty name. */
-JTPDF_ENUM(TPdfImageRole){
-    kPdfImageRoleBackground = 0, kPdfImageRolePhoto = 1,   kPdfImageRoleMask = 2,
-    kPdfImageRoleBorder = 3,     kPdfImageRoleClipArt = 4, kPdfImageRoleAlpha = 5,
-    kPdfImageRoleText = 6,       kPdfImageRoleShape = 7,   kPdfImageRoleOther = 8};
+#ifdef __cplusplus
+enum TPdfImageRole : int32_t {
+#else
+typedef int32_t TPdfImageRole;
+enum {
+#endif
+  kPdfImageRoleBackground = 0,
+  kPdfImageRolePhoto = 1,
+  kPdfImageRoleMask = 2,
+  kPdfImageRoleBorder = 3,
+  kPdfImageRoleClipArt = 4,
+  kPdfImageRoleAlpha = 5,
+  kPdfImageRoleText = 6,
+  kPdfImageRoleShape = 7,
+  kPdfImageRoleOther = 8
+};
 
 /* One image whose data is already encoded. */
 typedef struct TPdfImageDescriptor {
@@ -126,7 +145,6 @@ JTPDF_STATIC_ASSERT(sizeof(JTPDFDictionaryItem) == 2 * sizeof(void*), "JTPDFDict
 } /* extern "C" */
 #endif
 
-#undef JTPDF_ENUM
 #undef JTPDF_STATIC_ASSERT
 
 #endif /* JTPDF_TYPES_H */
