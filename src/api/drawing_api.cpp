@@ -1,0 +1,131 @@
+// Exports: drawing on the canvas, and writing images, colour spaces, forms and pages.
+
+#include <string>
+
+#include "api/guarded_call.h"
+#include "document/document.h"
+#include "jtpdf/jtpdf.h"
+
+namespace {
+
+constexpr int kNoSoftMask = -1;
+
+std::wstring TextOrEmpty(const wchar_t* text) {
+  return text == nullptr ? L"" : text;
+}
+
+// Runs a writer that gives an object number; stores it on success only.
+template <typename Writer>
+int32_t GuardedWrite(const char* exportName, int* out, const Writer& write) {
+  int number = 0;
+  const int32_t code = GuardedCall(exportName, [&] { number = write(); });
+  if (code == 0 && out != nullptr) *out = number;
+  return code;
+}
+
+}  // namespace
+
+extern "C" {
+
+void ClearPdfCanvas(JTPDFDocument* doc) {
+  doc->GetCanvas().Clear();
+}
+
+JTPDFRect GetPdfCanvasBoundingBox(JTPDFDocument* doc) {
+  return doc->GetCanvas().GetBoundingBox().AsPdfRect();
+}
+
+void SetPdfCanvasBoundingBox(JTPDFDocument* doc, JTPDFRect box) {
+  doc->GetCanvas().SetBoundingBox(JTPDFBox(box));
+}
+
+void DrawPdfImage(JTPDFDocument* doc, int image) {
+  doc->GetCanvas().Image(image);
+}
+
+void DrawPdfImageInRect(JTPDFDocument* doc, int image, JTPDFRect box) {
+  doc->GetCanvas().Image(image, JTPDFBox(box));
+}
+
+void FillPdfRectangle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor fill) {
+  doc->GetCanvas().Rectangle(JTPDFBox(box), JTPDFColor(fill));
+}
+
+void StrokePdfRectangle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor stroke, double lineWidth) {
+  doc->GetCanvas().Rectangle(JTPDFBox(box), JTPDFColor(stroke), lineWidth);
+}
+
+void FillAndStrokePdfRectangle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor fill,
+                               JTPDFRGBColor stroke, double lineWidth) {
+  doc->GetCanvas().Rectangle(JTPDFBox(box), JTPDFColor(fill), JTPDFColor(stroke), lineWidth);
+}
+
+void FillAndStrokePdfCircle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor fill,
+                            JTPDFRGBColor stroke, double lineWidth) {
+  doc->GetCanvas().Circle(JTPDFBox(box), JTPDFColor(fill), JTPDFColor(stroke), lineWidth);
+}
+
+void InsetPdfRect(JTPDFRect* rect, double dx, double dy) {
+  JTPDFBox box(*rect);
+  box.Inset(dx, dy);
+  *rect = box.AsPdfRect();
+}
+
+int32_t WritePdfCanvas(JTPDFDocument* doc, int* form) {
+  return GuardedWrite("WritePdfCanvas", form, [&] { return doc->WriteCanvas(); });
+}
+
+int32_t WritePdfPage(JTPDFDocument* doc, int form, JTPDFRect cropBox, JTPDFRect mediaBox) {
+  return GuardedCall("WritePdfPage",
+                     [&] { doc->WritePage(form, JTPDFBox(cropBox), JTPDFBox(mediaBox)); });
+}
+
+int32_t WritePdfImage(JTPDFDocument* doc, const TPdfImageDescriptor* image, bool maskWhite,
+                      TPdfImageRole role, const wchar_t* name, unsigned itemCount,
+                      const JTPDFDictionaryItem* items, int* imageObject) {
+  return GuardedWrite("WritePdfImage", imageObject, [&] {
+    return doc->WriteImage(image->data, image->size, image->colorSpace, image->colorSpaceObject,
+                           image->compression, maskWhite, image->width, image->height,
+                           image->bitsPerComponent, role, TextOrEmpty(name), itemCount, items,
+                           kNoSoftMask);
+  });
+}
+
+int32_t WritePdfImageWithAlpha(JTPDFDocument* doc, const TPdfImageDescriptor* image,
+                               const TPdfImageDescriptor* alpha, TPdfImageRole role,
+                               const wchar_t* name, unsigned itemCount,
+                               const JTPDFDictionaryItem* items, int* imageObject) {
+  int softMask = kNoSoftMask;
+  if (alpha != nullptr) {
+    // Through the export, so a failure of the alpha image is reported under its name.
+    const int32_t code =
+        WritePdfImage(doc, alpha, false, kPdfImageRoleAlpha, name, 0, nullptr, &softMask);
+    if (code != 0) return code;
+  }
+  return GuardedWrite("WritePdfImageWithAlpha", imageObject, [&] {
+    return doc->WriteImage(image->data, image->size, image->colorSpace, image->colorSpaceObject,
+                           image->compression, false, image->width, image->height,
+                           image->bitsPerComponent, role, TextOrEmpty(name), itemCount, items,
+                           softMask);
+  });
+}
+
+int32_t WritePdfImageJPEG2000(JTPDFDocument* doc, const TPdfImageDescriptor* image,
+                              TPdfImageRole role, const wchar_t* name, unsigned itemCount,
+                              const JTPDFDictionaryItem* items, int* imageObject) {
+  return GuardedWrite("WritePdfImageJPEG2000", imageObject, [&] {
+    return doc->WriteImage(image->data, image->size, kPdfColorSpaceRGB, image->colorSpaceObject,
+                           image->compression, false, image->width, image->height,
+                           image->bitsPerComponent, role, TextOrEmpty(name), itemCount, items,
+                           kNoSoftMask);
+  });
+}
+
+int32_t WritePdfICCProfile(JTPDFDocument* doc, const char* data, unsigned size,
+                           TPdfCompression compression, int* colorSpaceObject) {
+  return GuardedWrite("WritePdfICCProfile", colorSpaceObject, [&] {
+    return doc->WriteICCProfile(data, size, compression, colorSpaceObject);
+  });
+}
+
+}  // extern "C"

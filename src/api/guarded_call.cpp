@@ -1,0 +1,25 @@
+// The report of a failed call in diagnostic mode.
+
+#include "api/guarded_call.h"
+
+#include <string>
+
+#include "jtpdf/diagnostics.h"
+#include "objects/diagnostic_note.h"
+#include "objects/platform_text.h"
+#include "objects/value_format.h"
+
+void HandleDiagnostics(char const* functionName, std::ios_base::failure failure, int code) {
+  if (!JTPDFGetDiagnosticMode()) return;
+  std::string report = std::string(functionName) + ": JTPDF error: ";
+  if (code == -1) {
+    report += failure.what();
+  } else {
+    const int savedErrno = errno;
+    char text[256];
+    JTPDFStrError(savedErrno, text, sizeof text);
+    errno = savedErrno;
+    report += IntToStr(code, 0) + "; " + text;
+  }
+  PrintDiagnosticNote(std::move(report));
+}

@@ -1,0 +1,141 @@
+// Life cycle of a document, its lines and its object numbers.
+
+#include "document/document.h"
+
+#include <cerrno>
+#include <locale>
+#include <utility>
+
+#include "objects/diagnostic_note.h"
+#include "objects/platform_text.h"
+#include "objects/value_format.h"
+
+namespace {
+
+constexpr wchar_t cPdfProducer[] = L"JTPDF 2.1.6";
+
+std::wstring TextOrEmpty(wchar_t const* text) {
+  return text == nullptr ? L"" : text;
+}
+
+}  // namespace
+
+JTPDFDocument::JTPDFDocument(double unitFactor, OutputKind kind)
+    : producer(cPdfProducer),
+      unitFactor(unitFactor),
+      outputKind(kind),
+      output(kind == kOutputFile ? static_cast<std::ostream*>(&fileStream) : &memoryStream),
+      canvas(unitFactor) {
+  // A global C++ locale may convert characters on their way into a file.
+  output->imbue(std::locale::classic());
+  output->exceptions(std::ios_base::badbit | std::ios_base::failbit);
+}
+
+JTPDFDocument::JTPDFDocument(double unitFactor) : JTPDFDocument(unitFactor, kOutputMemory) {}
+
+JTPDFDocument::JTPDFDocument(double unitFactor, wchar_t const* fileName, wchar_t const* creator,
+                             wchar_t const* author)
+    : JTPDFDocument(unitFactor, kOutputFile) {
+  this->fileName = fileName;
+  this->creator = TextOrEmpty(creator);
+  this->author = TextOrEmpty(author);
+}
+
+JTPDFDocument::~JTPDFDocument() {
+  if (!fileStream.is_open()) return;
+  const int savedErrno = errno;
+  try {
+    PrintDiagnosticNote("Warning: JTPDFDocument destroyed without being finalized.");
+  } catch (...) {
+    // A standard error stream that throws, or no memory for the line: there is nobody to tell.
+  }
+  fileStream.exceptions(std::ios_base::goodbit);
+  fileStream.close();
+  errno = savedErrno;
+}
+
+void JTPDFDocument::Refuse(char const* message) {
+  throw std::ios_base::failure(message, std::io_errc::stream);
+}
+
+void JTPDFDocument::Initialize() {
+  if (finalized) Refuse("When finalized, a pdf document cannot be re-initialized");
+  if (initialized) Refuse("PDF document cannot be initialized more than once");
+  if (outputKind == kOutputFile) {
+    OpenWithUnicodePath(fileStream, fileName.c_str(),
+                        std::ios_base::binary | std::ios_base::out | std::ios_base::trunc);
+  }
+  initialized = true;
+  AddToXRef(WriteLn("%PDF-1.5"));
+  // Four bytes above 127 tell transfer programs that the file is binary (ISO 32000-1, 7.5.2).
+  WriteLn("%\xE2\xE3\xCD\xD3");
+  InitializeGraphicsStateDict();
+}
+
+std::streampos JTPDFDocument::Position() const {
+  const bool closed = outputKind == kOutputFile && !fileStream.is_open();
+  return output->fail() || closed ? std::streampos(-1) : std::streampos(written);
+}
+
+std::streampos JTPDFDocument::WriteLn(std::string const& line) {
+  if (!initialized) Refuse("Cannot write to a non-initialized document");
+  const std::streampos position = Position();
+  if (line.empty()) return position;
+  output->write(line.data(), static_cast<std::streamsize>(line.size())).write("\r\n", 2);
+  written += static_cast<std::streamoff>(line.size()) + 2;
+  return position;
+}
+
+void JTPDFDocument::WriteRaw(char const* data, unsigned long size) {
+  if (size == 0) return;  // data may be null then
+  output->write(data, static_cast<std::streamsize>(size));
+  written += static_cast<std::streamoff>(size);
+}
+
+int JTPDFDocument::AddToXRef(std::streampos position) {
+  const int number = NextObject();
+  xref.push_back(position);
+  return number;
+}
+
+void JTPDFDocument::Finalize(char const* closingText) {
+  if (finalized) {
+    PrintDiagnosticNote("Warning: Finalize called multiple times. Ignored.");
+    return;
+  }
+  FinalizePages();
+  JTPDFDict catalog;
+  catalog["/Type"] = "/Catalog";
+  catalog["/Pages"] = AsRefString(NextObject() - 1);
+  const int rootObject = WriteDict(catalog.AsString());
+  const int infoObject = WriteDict(MakeInfoDict().AsString());
+  FinalizeTrailer(infoObject, rootObject);
+  if (closingText != nullptr) WriteLn(closingText);
+
+  if (outputKind == kOutputFile && fileStream.is_open()) CloseFile();
+  if (outputKind == kOutputMemory) {
+    pdfData = std::move(memoryStream).str();  // hands the buffer over instead of copying it
+    memoryStream.str(std::string());
+    written = 0;
+  }
+  graphicsStateObject = 0;
+  finalized = true;
+}
+
+void JTPDFDocument::CloseFile() {
+  // Closing an ofstream writes what it still buffers and then closes the file, which resets errno
+  // even if that write failed. Writing first keeps the reason: "no space left" and not nothing.
+  const bool flushed = fileStream.rdbuf()->pubsync() == 0;
+  const int flushErrno = errno;
+  const bool closed = fileStream.rdbuf()->close() != nullptr;
+  if (!flushed) errno = flushErrno;
+  if (!flushed || !closed) fileStream.setstate(std::ios_base::failbit);
+}
+
+char const* JTPDFDocument::GetPdfData() const {
+  return outputKind == kOutputMemory && finalized ? pdfData.c_str() : nullptr;
+}
+
+std::size_t JTPDFDocument::GetPdfDataSize() const {
+  return GetPdfData() == nullptr ? 0 : pdfData.size();
+}

@@ -1,0 +1,36 @@
+// The canvas as a form XObject, and pages that paint one form each:
+//
+//     q 1 0 0 1 0 0 cm /Fm12 Do Q
+
+#include <utility>
+
+#include "document/document.h"
+#include "objects/value_format.h"
+
+int JTPDFDocument::WriteCanvas() {
+  canvas["/Type"] = "/XObject";
+  canvas["/Subtype"] = "/Form";
+  canvas["/FormType"] = "1";
+  canvas["/BBox"] = canvas.GetBoundingBox().AsPoints(unitFactor).AsArray();
+  canvas["/Resources/ExtGState/GS0"] = AsRefString(graphicsStateObject);
+  const int number = WriteDict(canvas.AsString(), canvas.GetContents().Text(), false);
+  canvas.Clear();
+  return number;
+}
+
+void JTPDFDocument::WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox) {
+  const std::string formName = "Fm" + IntToStr(form, 0);
+  const int contents = WriteDict(std::string(), "q 1 0 0 1 0 0 cm /" + formName + " Do Q", true);
+
+  JTPDFDict page;
+  page["/Type"] = "/Page";
+  page["/Contents"] = AsRefString(contents);
+  page["/MediaBox"] = mediaBox.AsPoints(unitFactor).AsArray();
+  page["/CropBox"] = cropBox.AsPoints(unitFactor).AsArray();
+  page["/Resources/ProcSet"] = "[/PDF /ImageB /ImageC]";
+  page["/Resources/XObject/" + formName] = AsRefString(form);
+  // Kept: one entry that renders as the whole transparency group dictionary. Its key has no
+  // solidus in front, so it comes last on the page.
+  page["Group/CS"] = "/DeviceRGB /I false /K false /S /Transparency";
+  pages.push_back(std::move(page));
+}

@@ -1,0 +1,38 @@
+// ICC-based colour spaces (ISO 32000-1, 8.6.5.5): the profile's stream and the array naming it.
+//
+//     3 0 obj                      4 0 obj
+//     <<                           [ /ICCBased 3 0 R ]
+//     /Alternate /DeviceRGB        endobj
+//     /N 3
+//     /Filter /FlateDecode
+//     /Length 420
+//     >>
+//     stream
+//     ...420 bytes...endstream
+//     endobj
+
+#include "document/document.h"
+#include "document/images.h"
+#include "objects/value_format.h"
+
+int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
+                                   TPdfCompression compression, int* /*objectOut*/) {
+  const int profileObject = BeginObject();
+  WriteLn("<<");
+  // Always three components: only RGB profiles are provided for (kept).
+  WriteLn("/Alternate /DeviceRGB");
+  WriteLn("/N 3");
+  const std::string filter = FilterValueFromCompression(compression);
+  if (!filter.empty()) WriteLn("/Filter " + filter);
+  WriteLn("/Length " + IntToStr(static_cast<long long>(size), 0));
+  WriteLn(">>");
+  WriteLn("stream");
+  WriteRaw(profile, size);
+  WriteLn("endstream");  // kept: directly behind the data, as for images
+  WriteLn("endobj");
+
+  const int colorSpaceObject = BeginObject();
+  WriteLn("[ /ICCBased " + AsRefString(profileObject) + " ]");
+  WriteLn("endobj");
+  return colorSpaceObject;
+}

@@ -1,0 +1,62 @@
+// The end of the file: the information dictionary, the cross-reference table and the trailer.
+//
+//     xref
+//     0 5
+//     0000000000 65535 f
+//     0000000017 00000 n
+//     ...
+//     trailer
+//     <<
+//     /Size 5
+//     /Root 3 0 R
+//     /Info 4 0 R
+//     >>
+//     startxref
+//     431
+//     %%EOF
+
+#include "document/document.h"
+#include "objects/text_string.h"
+#include "objects/value_format.h"
+
+namespace {
+
+// Positions have ten digits, and more only where the file has them.
+std::string Offset(std::streampos position) {
+  return IntToStr(static_cast<long long>(std::streamoff(position)), 10);
+}
+
+}  // namespace
+
+void JTPDFDocument::SetInfoItem(char const* key, wchar_t const* value) {
+  std::string literal = PsString(value == nullptr ? L"" : value);
+  infoDict[JTPDFDict::ValidKey(key)] = std::move(literal);
+}
+
+JTPDFDict JTPDFDocument::MakeInfoDict() {
+  JTPDFDict info = infoDict;
+  // The document's own texts win over the caller's items (kept).
+  if (!author.empty()) info["/Author"] = PsString(author);
+  if (!creator.empty()) info["/Creator"] = PsString(creator);
+  info["/Producer"] = PsString(producer);
+  info["/MGmk"] = PsString(mgmk ? L"true" : L"false");
+  return info;
+}
+
+void JTPDFDocument::FinalizeTrailer(int infoObject, int rootObject) {
+  const std::streampos start = WriteLn("xref");
+  const std::string size = IntToStr(static_cast<long long>(xref.size()), 0);
+  WriteLn("0 " + size);
+  // Each entry is 20 bytes with its line end (ISO 32000-1, 7.5.4).
+  WriteLn(Offset(xref[0]) + " 65535 f");
+  for (std::size_t i = 1; i < xref.size(); ++i) WriteLn(Offset(xref[i]) + " 00000 n");
+  WriteLn("trailer");
+  WriteLn("<<");
+  WriteLn("/Size " + size);
+  WriteLn("/Root " + AsRefString(rootObject));
+  if (infoObject != 0) WriteLn("/Info " + AsRefString(infoObject));
+  WriteLn(">>");
+  WriteLn("startxref");
+  WriteLn(IntToStr(static_cast<long long>(std::streamoff(start)), 0));
+  WriteLn("%%EOF");
+}

@@ -1,0 +1,60 @@
+// Boxes as PDF text:
+//
+//     1 0 0 1 25.0000 40.0000 cm 1.0000 0.0000 -0.0000 1.0000 0 0 cm 30.0000 0 0 40.0000 -15.0000
+//     -20.0000 cm
+//
+// (on one line).
+
+#include "graphics/box.h"
+
+#include <cerrno>
+#include <cmath>
+
+#include "objects/text_buffer.h"
+
+namespace {
+
+constexpr double kRadiansPerDegree = 0.017453292519943295;
+
+}  // namespace
+
+JTPDFBox::TPDFUnit JTPDFBox::unit = JTPDFBox::kUnitDefault;
+
+void JTPDFBox::Inset(double dx, double dy) {
+  left += dx;
+  bottom += dy;
+  width -= 2 * dx;
+  height -= 2 * dy;
+}
+
+JTPDFBox JTPDFBox::AsPoints(double factor) const {
+  return {left * factor, bottom * factor, width * factor, height * factor, angle};
+}
+
+std::string JTPDFBox::AsMatrix(bool scaleToBox) const {
+  const double radians = angle * kRadiansPerDegree;
+  // The sine of an infinite angle would set errno, and with it the code of a later refusal.
+  const int savedErrno = errno;
+  const double cosine = std::cos(radians);
+  const double sine = std::sin(radians);
+  errno = savedErrno;
+
+  // The halves and the sine are negated as they are, so an upright box has "-0.0000" in its
+  // rotation and a box without width "-0.0000" in its offset (kept).
+  TextBuffer<320> text;
+  text << "1 0 0 1 " << GetHorizontalCenter() << ' ' << GetVerticalCenter() << " cm " << cosine
+       << ' ' << sine << ' ' << -sine << ' ' << cosine << " 0 0 cm ";
+  if (scaleToBox) {
+    text << width << " 0 0 " << height;
+  } else {
+    text << "1 0 0 1";
+  }
+  text << ' ' << width * -0.5 << ' ' << height * -0.5 << " cm";
+  return text.Text();
+}
+
+std::string JTPDFBox::AsArray() const {
+  TextBuffer<128> text;
+  text << '[' << left << ' ' << bottom << ' ' << GetRight() << ' ' << GetTop() << ']';
+  return text.Text();
+}

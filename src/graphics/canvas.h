@@ -1,0 +1,53 @@
+// canvas - the drawing that becomes a form: content-stream lines, the images they name, an extent.
+#ifndef JTPDF_GRAPHICS_CANVAS_H
+#define JTPDF_GRAPHICS_CANVAS_H
+
+#include "graphics/box.h"
+#include "graphics/color.h"
+#include "objects/dict.h"
+#include "objects/string_list.h"
+
+// The inherited dictionary holds the resource entries ("/Resources/XObject/Im12" = "12 0 R").
+// Boxes, lengths and line widths are in the caller's unit; everything is written in points.
+// Drawing only appends. No argument is checked.
+class JTPDFCanvas : public JTPDFDict {
+ public:
+  explicit JTPDFCanvas(double unitFactor);
+  JTPDFCanvas(JTPDFCanvas const&) = delete;
+  JTPDFCanvas& operator=(JTPDFCanvas const&) = delete;
+
+  // Back to the one line "/GS0 gs" and no entries; the bounding box stays.
+  void Clear();
+
+  // The image XObject of that number, over box or over the bounding box.
+  void Image(int image, JTPDFBox const& box);
+  void Image(int image) { Image(image, boundingBox); }
+
+  // A rectangle, turned by its box's angle. A colour clNone is left out; without a fill the
+  // rectangle is stroked, be there a stroke colour or not.
+  void Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
+                 double lineWidth);
+  void Rectangle(JTPDFBox const& box, JTPDFColor const& fill) {
+    Rectangle(box, fill, JTPDFColor::clNone, 0.0);
+  }
+  void Rectangle(JTPDFBox const& box, JTPDFColor const& stroke, double lineWidth) {
+    Rectangle(box, JTPDFColor::clNone, stroke, lineWidth);
+  }
+
+  // The ellipse inscribed in box, its stroke inside the box. The angle is ignored and clNone is a
+  // colour like any other.
+  void Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
+              double lineWidth);
+
+  void SetBoundingBox(JTPDFBox const& box) { boundingBox = box; }
+  JTPDFBox const& GetBoundingBox() const { return boundingBox; }
+  JTPDFStringList const& GetContents() const { return contents; }
+  double SizeAsPoints(double length) const { return length * unitFactor; }
+
+ private:
+  const double unitFactor;
+  JTPDFStringList contents;
+  JTPDFBox boundingBox;
+};
+
+#endif  // JTPDF_GRAPHICS_CANVAS_H

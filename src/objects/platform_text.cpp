@@ -1,0 +1,108 @@
+// Text services of the platform, written against POSIX.
+
+#include "objects/platform_text.h"
+
+#include <locale.h>
+#include <string.h>
+
+#include <cerrno>
+#include <cwchar>
+#include <string>
+
+#if defined(__GLIBC__)
+// The form of strerror_r that POSIX describes. C++ compilers define _GNU_SOURCE, under which
+// glibc's <string.h> declares another function of that name.
+extern "C" int __xpg_strerror_r(int errnum, char* buffer, size_t size) noexcept;
+#endif
+
+namespace {
+
+constexpr char32_t kLastCodePoint = 0x10FFFF;
+
+bool IsSurrogate(char32_t c) {
+  return c >= 0xD800 && c <= 0xDFFF;
+}
+
+std::string UTF8(PlatformString text) {
+  std::string bytes;
+  for (const char32_t c : text) {
+    const auto continuation = [c](int shift) {
+      return static_cast<char>(0x80 | ((c >> shift) & 0x3F));
+    };
+    if (c < 0x80) {
+      bytes += static_cast<char>(c);
+    } else if (c < 0x800) {
+      bytes += {static_cast<char>(0xC0 | (c >> 6)), continuation(0)};
+    } else if (c < 0x10000) {
+      bytes += {static_cast<char>(0xE0 | (c >> 12)), continuation(6), continuation(0)};
+    } else {
+      bytes +=
+          {static_cast<char>(0xF0 | (c >> 18)), continuation(12), continuation(6), continuation(0)};
+    }
+  }
+  return bytes;
+}
+
+template <typename Stream>
+void OpenOnPlatformPath(Stream& stream, wchar_t const* path, unsigned int mode) {
+  const std::optional<PlatformString> text = NSString_from_wchar_t(path);
+  if (!text) {
+    errno = EILSEQ;  // nothing else would tell the caller why the file was not opened
+    stream.setstate(std::ios_base::failbit);
+    return;
+  }
+  stream.open(UTF8(*text), static_cast<std::ios_base::openmode>(mode));
+}
+
+}  // namespace
+
+std::optional<PlatformString> NSString_from_wchar_t(wchar_t const* text) {
+  static_assert(sizeof(wchar_t) == sizeof(char32_t));
+  const PlatformString units(reinterpret_cast<char32_t const*>(text), std::wcslen(text));
+  for (const char32_t c : units) {
+    if (IsSurrogate(c) || c > kLastCodePoint) return std::nullopt;
+  }
+  return units;
+}
+
+std::size_t WriteUTF16BE(PlatformString text, unsigned char* out, std::size_t room) {
+  std::size_t used = 0;
+  const auto put = [&](char32_t unit) {
+    out[used++] = static_cast<unsigned char>(unit >> 8);
+    out[used++] = static_cast<unsigned char>(unit & 0xFF);
+  };
+  for (const char32_t c : text) {
+    const bool pair = c > 0xFFFF;
+    if (room - used < (pair ? 4u : 2u)) break;
+    if (pair) {
+      put(0xD800 + ((c - 0x10000) >> 10));
+      put(0xDC00 + ((c - 0x10000) & 0x3FF));
+    } else {
+      put(c);
+    }
+  }
+  return used;
+}
+
+void OpenWithUnicodePath(std::ofstream& stream, wchar_t const* path, unsigned int mode) {
+  OpenOnPlatformPath(stream, path, mode);
+}
+
+void OpenWithUnicodePath(std::ifstream& stream, wchar_t const* path, unsigned int mode) {
+  OpenOnPlatformPath(stream, path, mode);
+}
+
+int JTPDFStrError(int errnum, char* buffer, unsigned long size) {
+  // Error texts are translated; ours are the same in every locale. "C" needs no memory.
+  const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
+  const locale_t callersLocale = uselocale(cLocale);
+#if defined(__GLIBC__)
+  const int result = __xpg_strerror_r(errnum, buffer, size);
+#else
+  const int result = strerror_r(errnum, buffer, size);
+#endif
+  uselocale(callersLocale);
+  if (cLocale != static_cast<locale_t>(nullptr)) freelocale(cLocale);
+  if (result != 0) buffer[size - 1] = '\0';
+  return result;
+}

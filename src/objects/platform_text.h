@@ -1,0 +1,36 @@
+// platform_text - what the library asks of the platform's text services, on POSIX.
+//
+// The one place that knows the platform: validity of wide text, its UTF-16BE bytes, file names as
+// the file system wants them, and error texts.
+#ifndef JTPDF_OBJECTS_PLATFORM_TEXT_H
+#define JTPDF_OBJECTS_PLATFORM_TEXT_H
+
+#include <cstddef>
+#include <fstream>
+#include <optional>
+#include <string_view>
+
+// Valid UTF-32 text: no surrogate and no value above U+10FFFF in it.
+using PlatformString = std::u32string_view;
+
+// The text up to its NUL as a platform string, which borrows it; none if it is not valid UTF-32.
+std::optional<PlatformString> NSString_from_wchar_t(wchar_t const* text);
+
+// Writes the UTF-16BE bytes of as many whole leading characters of text as fit into room bytes at
+// out, and returns how many bytes that is. Conversion ends for good at the first character that
+// does not fit.
+std::size_t WriteUTF16BE(PlatformString text, unsigned char* out, std::size_t room);
+
+// Open stream on path (UTF-8 on disk) with mode, an std::ios_base::openmode value, to which the
+// output form adds std::ios_base::out and the input form std::ios_base::in. A failure shows as the
+// stream's failure bit, with the system's errno; a path that is not valid UTF-32 is never tried and
+// gives EILSEQ.
+void OpenWithUnicodePath(std::ofstream& stream, wchar_t const* path, unsigned int mode);
+void OpenWithUnicodePath(std::ifstream& stream, wchar_t const* path, unsigned int mode);
+
+// strerror_r of POSIX: puts the text of error errnum into buffer (of size bytes, at least 1) and
+// returns 0, or an error number if errnum is unknown or the text was cut. The buffer always holds
+// a terminated text.
+int JTPDFStrError(int errnum, char* buffer, unsigned long size);
+
+#endif  // JTPDF_OBJECTS_PLATFORM_TEXT_H

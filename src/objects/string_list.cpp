@@ -1,0 +1,53 @@
+// The lines of a content stream and the rule by which their parts are joined.
+
+#include "objects/string_list.h"
+
+#include <cstdarg>
+#include <utility>
+
+namespace {
+
+void AppendPart(std::string& line, std::string_view text) {
+  if (!line.empty() && line.back() != '[' && text != "]") line += ' ';
+  line += text;
+}
+
+}  // namespace
+
+void JTPDFStringList::Add(unsigned int count, ...) {
+  if (count == 0) return;
+  std::string line;
+  va_list texts;
+  va_start(texts, count);
+  try {
+    for (unsigned int i = 0; i < count; ++i) AppendPart(line, va_arg(texts, char const*));
+  } catch (...) {
+    va_end(texts);
+    throw;
+  }
+  va_end(texts);
+  lines.push_back(std::move(line));
+}
+
+void JTPDFStringList::AddJoined(std::initializer_list<std::string_view> texts) {
+  std::size_t size = 0;
+  for (const std::string_view text : texts) size += text.size() + 1;
+  std::string line;
+  line.reserve(size);
+  for (const std::string_view text : texts) AppendPart(line, text);
+  lines.push_back(std::move(line));
+}
+
+std::string JTPDFStringList::Text() const {
+  std::string text;
+  if (lines.empty()) return text;
+  std::size_t size = 0;
+  for (std::string const& line : lines) size += line.size() + 2;
+  text.reserve(size);
+  for (std::string const& line : lines) {
+    text += line;
+    text += "\r\n";
+  }
+  text.resize(text.size() - 2);
+  return text;
+}

@@ -1,0 +1,25 @@
+// text_string - wide text as PDF text strings: "(" FE FF "\000A\000\(" ")" (ISO 32000-1, 7.9.2.2).
+#ifndef JTPDF_OBJECTS_TEXT_STRING_H
+#define JTPDF_OBJECTS_TEXT_STRING_H
+
+#include <string>
+
+// The bytes FE FF and text in UTF-16 big-endian, whatever the byte order of the machine: read the
+// units as bytes. Text counts up to its first NUL.
+//
+// The room behind the mark is two bytes per wide unit of text, so a text with characters above
+// U+FFFF loses its end (kept: the lengths of our strings have always been bounded so). Where
+// nothing is converted (no text, text that is not valid UTF-32, a lone character that does not fit)
+// the result is empty and diagnostic mode notes it.
+std::basic_string<unsigned short> PDFUTF16FromWString(std::wstring const& text);
+
+// The PDF string literal of text; "()" where PDFUTF16FromWString gives nothing.
+std::string PsString(std::wstring const& text);
+
+// For debugging: "0x00000041, 0x00000042", "" for no units, "(NULL)" for null.
+std::string DebugRepOfWideStr(wchar_t const* text);
+
+// For debugging: the text between two double quotes, "(NULL)" for null.
+std::string DebugRepOfCharStr(char const* text);
+
+#endif  // JTPDF_OBJECTS_TEXT_STRING_H
