@@ -1,0 +1,21 @@
+# The album shows what the library can do: each exported name occurs in its sources.
+#   cmake -D EXPORTS=<jtpdf.exports> -D FOLDER=<examples> -P calls_every_export.cmake
+
+cmake_minimum_required(VERSION 3.25)
+
+file(STRINGS ${EXPORTS} names)
+file(GLOB files ${FOLDER}/album*.c)
+set(source "")
+foreach(file ${files})
+  file(READ ${file} text)
+  string(APPEND source "${text}")
+endforeach()
+if(NOT names OR NOT source)
+  message(FATAL_ERROR "nothing to compare: ${EXPORTS}, ${FOLDER}")
+endif()
+foreach(name ${names})
+  # Something other than a name must follow: FillPdfRectangle is not FillPdfRectangles.
+  if(NOT source MATCHES "[^A-Za-z0-9_\"]${name}[^A-Za-z0-9_\"]")
+    message(SEND_ERROR "the album does not use ${name}")
+  endif()
+endforeach()
