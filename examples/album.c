@@ -55,7 +55,8 @@ static bool MakeAlbum(const char* path, const char* imageDir) {
   }
   Album album = {.imageDir = imageDir, .author = L"Ἑλένη Надежда 直子"};
   album.doc = CreateFilePdfDoc(PDFCoordinateUnitMillimeter, name, L"album", album.author);
-  bool ok = WriteAlbum(&album, path);
+  const bool ok = WriteAlbum(&album, path);
+  if (!ok) fprintf(stderr, "album: %s was not finished and is no album\n", path);
   DestroyPdfDoc(album.doc); /* in any state */
   free(name);
   return ok;

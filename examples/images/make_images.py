@@ -22,16 +22,26 @@ FONTS = "/usr/share/fonts/opentype/urw-base35/"
 
 # What the pages of the album say: file, heading, line.
 CAPTIONS = (
-    ("prints", "Photographs", "Baseline, grey and progressive JPEG files, written byte for byte"),
-    ("shapes", "Rectangles and circles", "Sixty turned squares and a sunflower of circles, no pictures"),
-    ("turned", "Turned and mirrored", "Three pictures, drawn again and again but written only once"),
-    ("inks", "Four inks", "A CMYK JPEG file with an Adobe marker, shown through its inverted Decode array"),
-    ("jpeg2000", "JPEG 2000", "A JP2 file over the whole page; it names its own colour space"),
-    ("softmask", "Soft masks", "One balloon and one cloud: raw RGB data, each with a plane of opacity"),
-    ("colorkey", "Colour key", "The same grey fern twice: as it is, and with pure white left out"),
-    ("profile", "Colour profile", "The same bytes twice: as they are, and put right by an ICC profile"),
-    ("sheet", "One form, two pages", "This sheet has crop marks; the next page is the same form, cropped"),
-    ("contact", "Contact sheet", "Every picture once more; none of them had to be written again"),
+    ("prints", "Photographs",
+     "Baseline, grey and progressive JPEG files, written byte for byte"),
+    ("shapes", "Rectangles and circles",
+     "Sixty turned squares and a sunflower of circles, no pictures"),
+    ("turned", "Turned and mirrored",
+     "Three pictures, drawn again and again but written only once"),
+    ("inks", "Four inks",
+     "A CMYK JPEG file with an Adobe marker, shown through its inverted Decode array"),
+    ("jpeg2000", "JPEG 2000",
+     "A JP2 file over the whole page; it names its own colour space"),
+    ("softmask", "Soft masks",
+     "One balloon and one cloud: raw RGB data, each with a plane of opacity"),
+    ("colorkey", "Colour key",
+     "The same grey fern twice: as it is, and with pure white left out"),
+    ("profile", "Colour profile",
+     "The same bytes twice: as they are, and put right by an ICC profile"),
+    ("sheet", "One form, two pages",
+     "This sheet has crop marks; the next page is the same form, cropped"),
+    ("contact", "Contact sheet",
+     "Every picture once more; none of them had to be written again"),
 )
 
 
@@ -129,9 +139,10 @@ def caption(heading, line):
     """A strip of 2000 x 160 pixels: where ink goes."""
     image = Image.new("L", (2000, 160), 0)
     draw = ImageDraw.Draw(image)
-    spaced_text(draw, (4, 62), heading.upper(), ImageFont.truetype(FONTS + "URWGothic-Demi.otf", 62), 9)
-    font = ImageFont.truetype(FONTS + "P052-Italic.otf", 52)
-    draw.text((4, 132), line, font=font, fill=255, anchor="ls")
+    bold = ImageFont.truetype(FONTS + "URWGothic-Demi.otf", 62)
+    spaced_text(draw, (4, 62), heading.upper(), bold, 9)
+    italic = ImageFont.truetype(FONTS + "P052-Italic.otf", 52)
+    draw.text((4, 132), line, font=italic, fill=255, anchor="ls")
     return pictures.plane_from(image)
 
 
@@ -143,7 +154,8 @@ def title():
     width = spaced_text(ImageDraw.Draw(Image.new("L", (1, 1))), (0, 0), "ALBUM", large, 60)
     spaced_text(draw, ((1400 - width) / 2, 230), "ALBUM", large, 60)
     small = ImageFont.truetype(FONTS + "P052-Italic.otf", 68)
-    draw.text((700, 350), "pictures on paper, in one forward pass", font=small, fill=255, anchor="ms")
+    line = "pictures on paper, in one forward pass"
+    draw.text((700, 350), line, font=small, fill=255, anchor="ms")
     return pictures.plane_from(image)
 
 
@@ -181,7 +193,8 @@ def make(directory):
     small(forest).save(path("forest-gray.png"), optimize=True)
     small(tulips).quantize(64, dither=Image.NONE).save(path("tulips-palette.png"), optimize=True)
     rgba = np.concatenate([colours, opacity[..., None]], axis=-1)
-    pictures.image_from(rgba).resize((132, 180), Image.LANCZOS).save(path("balloon-rgba.png"), optimize=True)
+    icon = pictures.image_from(rgba).resize((132, 180), Image.LANCZOS)
+    icon.save(path("balloon-rgba.png"), optimize=True)
 
 
 if __name__ == "__main__":

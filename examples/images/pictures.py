@@ -155,7 +155,8 @@ def dusk(height, width):
     ranges = 7
     for i in range(ranges):
         t = i / (ranges - 1)
-        line = (0.60 + 0.30 * t - (0.17 - 0.06 * t) * ridge(width, 1.25 + 0.12 * t, 40 + i)) * height
+        peaks = ridge(width, 1.25 + 0.12 * t, 40 + i)
+        line = (0.60 + 0.30 * t - (0.17 - 0.06 * t) * peaks) * height
         tint = gradient(np.array(t), [(0.0, "#d98c90"), (0.35, "#8d5a86"), (0.7, "#3f3566"),
                                       (1.0, "#15132f")])
         mask = below(line, height, width)
@@ -299,8 +300,8 @@ def tulips(height, width):
 
     def mill(draw, scale):
         s = height * scale
-        cx, cy = 0.70 * width * scale, (horizon - 0.155) * s
-        draw.polygon([(cx - 0.030 * s, (horizon + 0.006) * s), (cx + 0.030 * s, (horizon + 0.006) * s),
+        cx, cy, foot = 0.70 * width * scale, (horizon - 0.155) * s, (horizon + 0.006) * s
+        draw.polygon([(cx - 0.030 * s, foot), (cx + 0.030 * s, foot),
                       (cx + 0.017 * s, cy), (cx - 0.017 * s, cy)], fill=255)
         draw.polygon([(cx - 0.020 * s, cy), (cx + 0.020 * s, cy), (cx, cy - 0.035 * s)], fill=255)
 
@@ -323,11 +324,15 @@ def tulips(height, width):
 def aurora(height, width):
     """Northern lights over a frozen lake."""
     y, x = grid(height, width)
-    picture = gradient(y, [(0.0, "#040714"), (0.45, "#0b1c3a"), (0.72, "#16415c"), (1.0, "#1c5568")])
-    picture = picture + stars_plane(height, width, 900, 61)[..., None] * (0.9 * smoothstep(0.7, 0.2, y))[..., None]
+    picture = gradient(
+        y, [(0.0, "#040714"), (0.45, "#0b1c3a"), (0.72, "#16415c"), (1.0, "#1c5568")]
+    )
+    stars = stars_plane(height, width, 900, 61) * 0.9 * smoothstep(0.7, 0.2, y)
+    picture = picture + stars[..., None]
     for i, (base, reach, strength) in enumerate(((0.55, 0.30, 0.9), (0.46, 0.24, 0.75),
                                                  (0.36, 0.20, 0.5))):
-        wave = (0.06 * np.sin(x[0] * (5.0 + i) + 1.3 * i + 0.4) + 0.10 * (ridge(width, 1.9, 62 + i) - 0.5)
+        wave = (0.06 * np.sin(x[0] * (5.0 + i) + 1.3 * i + 0.4)
+                + 0.10 * (ridge(width, 1.9, 62 + i) - 0.5)
                 - 0.10 * (x[0] - 0.5) * (1 if i % 2 else -1))
         streaks = 0.35 + 0.65 * ridge(width, 0.75, 70 + i) ** 1.5
         swell = smoothstep(0.15, 0.8, ridge(width, 2.0, 80 + i))
@@ -335,8 +340,11 @@ def aurora(height, width):
         light = np.where(up > 0, np.exp(-up / (reach * (0.45 + 0.55 * streaks[None, :]))),
                          np.exp(up / 0.018))
         light = light * (streaks * swell)[None, :] * strength
-        tint = gradient(np.clip(up / reach, 0, 1), [(0.0, "#b8ffd0"), (0.12, "#4dffa0"), (0.45, "#1fd6a0"),
-                                                    (0.75, "#5a62d8"), (1.0, "#a040c8")])
+        tint = gradient(
+            np.clip(up / reach, 0, 1),
+            [(0.0, "#b8ffd0"), (0.12, "#4dffa0"), (0.45, "#1fd6a0"), (0.75, "#5a62d8"),
+             (1.0, "#a040c8")],
+        )
         picture = picture + tint * light[..., None]
     shore = 0.74
     for i, (level, tall, tint) in enumerate(((0.735, 0.23, "#23405c"), (0.745, 0.12, "#10222f"))):
@@ -350,7 +358,6 @@ def aurora(height, width):
 
     row = int(shore * height)
     mirror = picture[row - 1 :: -1][: height - row]
-    mirror = mirror if len(mirror) == height - row else np.resize(mirror, (height - row, width, 3))
     shake = noise(height - row, width, 1.0, 96, stretch=12.0)
     moved = (np.arange(width)[None, :] + (shake - 0.5) * 26).astype(int) % width
     mirror = np.take_along_axis(mirror, moved[..., None], axis=1)
@@ -373,7 +380,8 @@ def maple(height, width):
     meadow = gradient(smoothstep(0.82, 1.0, y), [(0.0, "#7fb04a"), (1.0, "#3f7a30")])
     blades = noise(height, width, 0.6, 104, stretch=0.6)
     meadow = meadow * (0.78 + 0.4 * blades)[..., None]
-    picture = mix(picture, meadow, below((0.83 - 0.02 * ridge(width, 2.0, 105)) * height, height, width))
+    rise = (0.83 - 0.02 * ridge(width, 2.0, 105)) * height
+    picture = mix(picture, meadow, below(rise, height, width))
 
     rng = np.random.default_rng(108)
     segments, tips = [], []
@@ -406,7 +414,8 @@ def maple(height, width):
     draw = ImageDraw.Draw(canvas)
     w, h = width * SCALE, height * SCALE
     spots = [tips[i] for i in rng.integers(0, len(tips), 11000)]
-    dabs = [(px + 0.028 * rng.standard_normal(), py + 0.022 * rng.standard_normal()) for px, py in spots]
+    dabs = [(px + 0.028 * rng.standard_normal(), py + 0.022 * rng.standard_normal())
+            for px, py in spots]
     for order in range(3):  # dark leaves first, sunlit ones last
         for px, py in dabs[order::3]:
             light = np.clip(0.12 + 0.14 * order + 1.1 * (0.38 - py) + 0.7 * (0.5 - px)
@@ -445,7 +454,8 @@ def balloon(height, width):
     cloth = np.where((band & (t < zigzag + 0.035) & (t > zigzag - 0.005))[..., None],
                      colour("#22223b"), cloth)
     cloth = np.where((t > 0.93)[..., None], colour("#22223b"), cloth)
-    seam = smoothstep(0.05, 0.0, np.abs(gore + 0.5 - np.round(gore + 0.5)) * np.sqrt(np.clip(1 - bulge**2, 0, 1)))
+    beside = np.abs(gore + 0.5 - np.round(gore + 0.5)) * np.sqrt(np.clip(1 - bulge**2, 0, 1))
+    seam = smoothstep(0.05, 0.0, beside)
     nx, ny = bulge, (t - 0.42) * 1.7
     nz = np.sqrt(np.clip(1.35 - nx**2 - ny**2 * 0.6, 0.02, 2))
     light = np.clip(-0.50 * nx - 0.45 * ny + 0.62 * nz, 0, 1.2)
@@ -509,8 +519,10 @@ def fern(height, width):
         stem, left, right = pick < 0.01, (pick >= 0.86) & (pick < 0.93), pick >= 0.93
         nx, ny = 0.85 * px + 0.04 * py, -0.04 * px + 0.85 * py + 1.6
         nx, ny = np.where(stem, 0.0, nx), np.where(stem, 0.16 * py, ny)
-        nx, ny = np.where(left, 0.20 * px - 0.26 * py, nx), np.where(left, 0.23 * px + 0.22 * py + 1.6, ny)
-        nx, ny = np.where(right, -0.15 * px + 0.28 * py, nx), np.where(right, 0.26 * px + 0.24 * py + 0.44, ny)
+        nx = np.where(left, 0.20 * px - 0.26 * py, nx)
+        ny = np.where(left, 0.23 * px + 0.22 * py + 1.6, ny)
+        nx = np.where(right, -0.15 * px + 0.28 * py, nx)
+        ny = np.where(right, 0.26 * px + 0.24 * py + 0.44, ny)
         px, py = nx, ny
         if turn > 15:
             columns = ((px + 2.35) / 5.2 * width).astype(int)
@@ -525,11 +537,16 @@ def fern(height, width):
 def city(height, width):
     """A wide skyline at night with its reflection in the river."""
     y, x = grid(height, width)
-    picture = gradient(y / 0.72, [(0.0, "#0a1030"), (0.45, "#2a2f6b"), (0.75, "#8a4b86"), (0.92, "#e8836b"),
-                                  (1.0, "#ffc48a")])
+    picture = gradient(
+        y / 0.72,
+        [(0.0, "#0a1030"), (0.45, "#2a2f6b"), (0.75, "#8a4b86"), (0.92, "#e8836b"),
+         (1.0, "#ffc48a")],
+    )
     clouds = noise(height, width, 1.8, 141, stretch=5.0)
-    picture = mix(picture, colour("#f29a86"), smoothstep(0.55, 0.95, clouds) * smoothstep(0.15, 0.5, y) * 0.45)
-    picture = picture + (stars_plane(height, width, 500, 142) * smoothstep(0.35, 0.05, y))[..., None]
+    veil = smoothstep(0.55, 0.95, clouds) * smoothstep(0.15, 0.5, y) * 0.45
+    picture = mix(picture, colour("#f29a86"), veil)
+    stars = stars_plane(height, width, 500, 142) * smoothstep(0.35, 0.05, y)
+    picture = picture + stars[..., None]
     moon = np.hypot((x - 0.80) * width / height, y - 0.20)
     picture = picture + colour("#fff0c8") * (0.25 * np.exp(-moon * 9))[..., None]
     picture = mix(picture, colour("#fff7e0"), smoothstep(0.056, 0.051, moon))
@@ -549,8 +566,8 @@ def city(height, width):
             roof = int(river - tall)
             draw.rectangle([column, roof, column + block, river], fill=tint)
             if rng.random() < 0.25:
-                draw.rectangle([column + block // 2, roof - int(0.03 * height), column + block // 2 + 1,
-                                roof], fill=tint)
+                mast = column + block // 2
+                draw.rectangle([mast, roof - int(0.03 * height), mast + 1, roof], fill=tint)
             windows = ("#ffd98a", "#ffc060", "#fff0c0", "#a8d8ff")
             step_x, step_y = 7, 9
             for wx in range(column + 4, column + block - 4, step_x):
@@ -569,5 +586,6 @@ def city(height, width):
     mirror = np.take_along_axis(mirror, moved[..., None], axis=1)
     smear = image_from(mirror).filter(ImageFilter.BoxBlur(1)).resize((width, rows // 6), Image.BOX)
     mirror = 0.5 * mirror + 0.5 * plane_from(smear.resize((width, rows), Image.BICUBIC))
-    picture[river:] = mix(mirror, colour("#141a3c"), np.linspace(0.25, 0.7, rows)[:, None] * np.ones((1, width)))
+    depth = np.linspace(0.25, 0.7, rows)[:, None] * np.ones((1, width))
+    picture[river:] = mix(mirror, colour("#141a3c"), depth)
     return picture
