@@ -26,8 +26,9 @@ JTPDFDocument::JTPDFDocument(double unitFactor, OutputKind kind)
       outputKind(kind),
       output(kind == kOutputFile ? static_cast<std::ostream*>(&fileStream) : &memoryStream),
       canvas(unitFactor) {
-  // A global C++ locale may convert characters on their way into a file.
-  output->imbue(std::locale::classic());
+  // A global C++ locale may convert characters on their way into a file. Imbuing costs more than
+  // asking.
+  if (output->getloc() != std::locale::classic()) output->imbue(std::locale::classic());
   output->exceptions(std::ios_base::badbit | std::ios_base::failbit);
 }
 
@@ -72,24 +73,37 @@ void JTPDFDocument::Initialize() {
   InitializeGraphicsStateDict();
 }
 
-std::streampos JTPDFDocument::Position() const {
-  const bool closed = outputKind == kOutputFile && !fileStream.is_open();
-  return output->fail() || closed ? std::streampos(-1) : std::streampos(written);
-}
-
-std::streampos JTPDFDocument::WriteLn(std::string const& line) {
+std::streampos JTPDFDocument::WriteLn(std::string_view line) {
   if (!initialized) Refuse("Cannot write to a non-initialized document");
-  const std::streampos position = Position();
+  const bool writable = output->good() && (outputKind == kOutputMemory || fileStream.is_open());
+  const std::streampos position =
+      writable ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
   if (line.empty()) return position;
-  output->write(line.data(), static_cast<std::streamsize>(line.size())).write("\r\n", 2);
-  written += static_cast<std::streamoff>(line.size()) + 2;
+  if (!writable) output->setstate(std::ios_base::badbit);  // throws
+
+  constexpr std::string_view kLineEnd = "\r\n";
+  if (line.size() + kLineEnd.size() > lines.Room()) FlushLines();
+  if (line.size() + kLineEnd.size() > lines.Room()) {
+    WriteRaw(line.data(), line.size());
+    line = std::string_view();
+  }
+  lines << line << kLineEnd;
   return position;
 }
 
 void JTPDFDocument::WriteRaw(char const* data, unsigned long size) {
+  FlushLines();
   if (size == 0) return;  // data may be null then
   output->write(data, static_cast<std::streamsize>(size));
   written += static_cast<std::streamoff>(size);
+}
+
+void JTPDFDocument::FlushLines() {
+  const std::string_view text = lines;
+  if (text.empty()) return;
+  output->write(text.data(), static_cast<std::streamsize>(text.size()));
+  written += static_cast<std::streamoff>(text.size());
+  lines.Clear();
 }
 
 int JTPDFDocument::AddToXRef(std::streampos position) {
@@ -111,6 +125,7 @@ void JTPDFDocument::Finalize(char const* closingText) {
   const int infoObject = WriteDict(MakeInfoDict().AsString());
   FinalizeTrailer(infoObject, rootObject);
   if (closingText != nullptr) WriteLn(closingText);
+  FlushLines();
 
   if (outputKind == kOutputFile && fileStream.is_open()) CloseFile();
   if (outputKind == kOutputMemory) {

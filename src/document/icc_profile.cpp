@@ -24,15 +24,15 @@ int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
   WriteLn("/N 3");
   const std::string filter = FilterValueFromCompression(compression);
   if (!filter.empty()) WriteLn("/Filter " + filter);
-  WriteLn("/Length " + IntToStr(static_cast<long long>(size), 0));
+  WriteLength(size);
   WriteLn(">>");
   WriteLn("stream");
   WriteRaw(profile, size);
   WriteLn("endstream");  // kept: directly behind the data, as for images
-  WriteLn("endobj");
+  EndObject();
 
   const int colorSpaceObject = BeginObject();
   WriteLn("[ /ICCBased " + AsRefString(profileObject) + " ]");
-  WriteLn("endobj");
+  EndObject();
   return colorSpaceObject;
 }

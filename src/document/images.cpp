@@ -121,11 +121,11 @@ int JTPDFDocument::WriteImage(char const* data, unsigned long size, TPdfColorSpa
   const int number = BeginObject();
   WriteLn("<<");
   WriteLn(dict.AsString());
-  WriteLn("/Length " + IntToStr(static_cast<long long>(size), 0));
+  WriteLength(size);
   WriteLn(">>");
   WriteLn("stream");
   WriteRaw(data, size);
   WriteLn("endstream");  // kept: directly behind the data, without a line end between
-  WriteLn("endobj");
+  EndObject();
   return number;
 }

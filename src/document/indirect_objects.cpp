@@ -11,10 +11,23 @@
 //     endobj
 
 #include "document/document.h"
-#include "objects/value_format.h"
+#include "objects/text_buffer.h"
 
 int JTPDFDocument::BeginObject() {
-  return AddToXRef(WriteLn(IntToStr(NextObject(), 0) + " 0 obj"));
+  TextBuffer<128> line;
+  line << NextObject() << " 0 obj";
+  return AddToXRef(WriteLn(line));
+}
+
+void JTPDFDocument::WriteLength(std::size_t size) {
+  TextBuffer<128> line;
+  line << "/Length " << static_cast<long long>(size);
+  WriteLn(line);
+}
+
+void JTPDFDocument::EndObject() {
+  WriteLn("endobj");
+  FlushLines();
 }
 
 int JTPDFDocument::WriteDict(std::string const& dict) {
@@ -29,13 +42,13 @@ int JTPDFDocument::WriteDict(std::string const& dict, std::string const& stream,
   if (stream.empty() && noStreamIfEmpty) {
     WriteLn(">>");
   } else {
-    WriteLn("/Length " + IntToStr(static_cast<long long>(stream.size()), 0));
+    WriteLength(stream.size());
     WriteLn(">>");
     WriteLn("stream");
     WriteLn(stream);  // its line end is not part of the stream's length
     WriteLn("endstream");
   }
-  WriteLn("endobj");
+  EndObject();
   return number;
 }
 
@@ -43,9 +56,10 @@ int JTPDFDocument::WriteDict(std::string const& dict, std::string const& stream,
 void JTPDFDocument::InitializeGraphicsStateDict() {
   graphicsStateObject = BeginObject();
   // In this order, neither sorted nor grouped (kept).
-  for (char const* line :
+  for (const std::string_view line :
        {"<<", "/AIS false", "/BM /Normal", "/ca 1.0", "/CA 1.0", "/OP false", "/op false", "/OPM 1",
-        "/SA true", "/SMask /None", "/Type /ExtGState", ">>", "endobj"}) {
+        "/SA true", "/SMask /None", "/Type /ExtGState", ">>"}) {
     WriteLn(line);
   }
+  EndObject();
 }

@@ -19,15 +19,6 @@
 #include "objects/text_string.h"
 #include "objects/value_format.h"
 
-namespace {
-
-// Positions have ten digits, and more only where the file has them.
-std::string Offset(std::streampos position) {
-  return IntToStr(static_cast<long long>(std::streamoff(position)), 10);
-}
-
-}  // namespace
-
 void JTPDFDocument::SetInfoItem(char const* key, wchar_t const* value) {
   std::string literal = PsString(value == nullptr ? L"" : value);
   infoDict[JTPDFDict::ValidKey(key)] = std::move(literal);
@@ -47,9 +38,13 @@ void JTPDFDocument::FinalizeTrailer(int infoObject, int rootObject) {
   const std::streampos start = WriteLn("xref");
   const std::string size = IntToStr(static_cast<long long>(xref.size()), 0);
   WriteLn("0 " + size);
-  // Each entry is 20 bytes with its line end (ISO 32000-1, 7.5.4).
-  WriteLn(Offset(xref[0]) + " 65535 f");
-  for (std::size_t i = 1; i < xref.size(); ++i) WriteLn(Offset(xref[i]) + " 00000 n");
+  // Each entry is 20 bytes with its line end (ISO 32000-1, 7.5.4). A position has ten digits, and
+  // more only where the file has them.
+  for (std::size_t i = 0; i < xref.size(); ++i) {
+    TextBuffer<128> entry;
+    entry.PaddedInteger(std::streamoff(xref[i]), 10) << (i == 0 ? " 65535 f" : " 00000 n");
+    WriteLn(entry);
+  }
   WriteLn("trailer");
   WriteLn("<<");
   WriteLn("/Size " + size);

@@ -10,8 +10,6 @@
 #include <cerrno>
 #include <cmath>
 
-#include "objects/text_buffer.h"
-
 namespace {
 
 constexpr double kRadiansPerDegree = 0.017453292519943295;
@@ -31,7 +29,7 @@ JTPDFBox JTPDFBox::AsPoints(double factor) const {
   return {left * factor, bottom * factor, width * factor, height * factor, angle};
 }
 
-std::string JTPDFBox::AsMatrix(bool scaleToBox) const {
+ShapeText& JTPDFBox::WriteMatrix(ShapeText& text, bool scaleToBox) const {
   const double radians = angle * kRadiansPerDegree;
   // The sine of an infinite angle would set errno, and with it the code of a later refusal.
   const int savedErrno = errno;
@@ -41,7 +39,6 @@ std::string JTPDFBox::AsMatrix(bool scaleToBox) const {
 
   // The halves and the sine are negated as they are, so an upright box has "-0.0000" in its
   // rotation and a box without width "-0.0000" in its offset (kept).
-  TextBuffer<320> text;
   text << "1 0 0 1 " << GetHorizontalCenter() << ' ' << GetVerticalCenter() << " cm " << cosine
        << ' ' << sine << ' ' << -sine << ' ' << cosine << " 0 0 cm ";
   if (scaleToBox) {
@@ -49,12 +46,16 @@ std::string JTPDFBox::AsMatrix(bool scaleToBox) const {
   } else {
     text << "1 0 0 1";
   }
-  text << ' ' << width * -0.5 << ' ' << height * -0.5 << " cm";
-  return text.Text();
+  return text << ' ' << width * -0.5 << ' ' << height * -0.5 << " cm";
+}
+
+std::string JTPDFBox::AsMatrix(bool scaleToBox) const {
+  ShapeText text;
+  return WriteMatrix(text, scaleToBox).Text();
 }
 
 std::string JTPDFBox::AsArray() const {
-  TextBuffer<128> text;
+  ShapeText text;
   text << '[' << left << ' ' << bottom << ' ' << GetRight() << ' ' << GetTop() << ']';
   return text.Text();
 }

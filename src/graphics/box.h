@@ -7,6 +7,7 @@
 #include <string>
 
 #include "jtpdf/types.h"
+#include "objects/text_buffer.h"
 
 // Lower-left corner, extent and angle (degrees, counter-clockwise about the centre). Nothing is
 // normalised: negative and zero extents are kept and written.
@@ -55,6 +56,8 @@ class JTPDFBox {
   // Three "cm" operators, for a box in points: to the centre, rotated, and then either the unit
   // square onto the box (scaleToBox) or the origin to the box's lower-left corner.
   std::string AsMatrix(bool scaleToBox) const;
+  // Adds the text of AsMatrix to a line.
+  ShapeText& WriteMatrix(ShapeText& text, bool scaleToBox) const;
 
   // "[left bottom right top]"; the angle is ignored.
   std::string AsArray() const;

@@ -3,11 +3,12 @@
 //     q 1 0 0 1 25.0000 40.0000 cm 1.0000 0.0000 -0.0000 1.0000 0 0 cm 30.0000 0 0 40.0000
 //     -15.0000 -20.0000 cm  /Im12 Do Q                                          (on one line)
 //
-// Parts are joined with one blank each by JTPDFStringList::Add. Some literals bring their own
-// blank along, which doubles it; the doubles are kept.
+// Parts of a line stand one blank apart; where two blanks stand in a row, as in front of "/Im12",
+// they are kept: the line has always been joined from parts that bring a blank of their own along.
 
 #include "graphics/canvas.h"
 
+#include "objects/text_buffer.h"
 #include "objects/value_format.h"
 
 namespace {
@@ -30,7 +31,10 @@ void JTPDFCanvas::Clear() {
 
 void JTPDFCanvas::Image(int image, JTPDFBox const& box) {
   const std::string number = IntToStr(image, 0);
-  contents.Add("q", box.AsPoints(unitFactor).AsMatrix(true), " /Im" + number, "Do", "Q");
+  ShapeText line;
+  line << "q ";
+  box.AsPoints(unitFactor).WriteMatrix(line, true) << "  /Im" << number << " Do Q";
+  contents.Add(line);
   (*this)["/Resources/XObject/Im" + number] = AsRefString(image);
 }
 
@@ -40,15 +44,16 @@ void JTPDFCanvas::Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFCo
   const bool fills = fill != JTPDFColor::clNone;
   const bool strokes = stroke != JTPDFColor::clNone;
 
-  contents.Add("%rectangle");
-  contents.Add("q");
-  if (fills) contents.Add(fill.AsString(false), "rg");
-  if (strokes) contents.Add(stroke.AsString(false), "RG");
-  contents.Add(Num(SizeAsPoints(lineWidth)), "w", points.AsMatrix(false), IntToStr(0, 0),
-               IntToStr(0, 0), Num(points.GetWidth()), Num(points.GetHeight()), "re");
+  ShapeText text;
+  text << "%rectangle\r\nq\r\n";
+  if (fills) text << fill << " rg\r\n";
+  if (strokes) text << stroke << " RG\r\n";
+  text << SizeAsPoints(lineWidth) << " w ";
+  points.WriteMatrix(text, false) << " 0 0 " << points.GetWidth() << ' ' << points.GetHeight()
+                                  << " re\r\n";
   // "F" is the older name of "f" (ISO 32000-1, table 60); our files have it and keep it. Without a
   // fill the rectangle is stroked with whatever colour is in force.
-  contents.Add(!fills ? "S Q" : strokes ? "B Q" : "F Q");
+  contents.Add(text << (!fills ? "S Q" : strokes ? "B Q" : "F Q"));
 }
 
 void JTPDFCanvas::Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
@@ -59,17 +64,18 @@ void JTPDFCanvas::Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor
   const double b = points.GetHalfHeight() - width * 0.5;
   const double ka = kCircleHandle * a;
   const double kb = b * kCircleHandle;
-  const std::string zero = IntToStr(0, 0);
 
+  ShapeText text;
   // Line width and colours stand in front of "q" and stay in force behind the ellipse (kept).
-  contents.Add(Num(width), "w");
-  contents.Add(fill.AsString(false), "rg", stroke.AsString(false), "RG");
-  contents.Add("q 1 0 0 1 ", Num(points.GetHorizontalCenter()), Num(points.GetVerticalCenter()),
-               " cm");
-  contents.Add(Num(-a), zero, " m");
-  contents.Add(Num(-a), Num(kb), Num(-ka), Num(b), zero, Num(b), "c");
-  contents.Add(Num(ka), Num(b), Num(a), Num(kb), Num(a), zero, "c");
-  contents.Add(Num(a), Num(-kb), Num(ka), Num(-b), zero, Num(-b), "c");
-  contents.Add(Num(-ka), Num(-b), Num(-a), Num(-kb), Num(-a), zero, "c");
-  contents.Add("b Q");
+  text << width << " w\r\n";
+  text << fill << " rg " << stroke << " RG\r\n";
+  text << "q 1 0 0 1  " << points.GetHorizontalCenter() << ' ' << points.GetVerticalCenter()
+       << "  cm\r\n";
+  // From the left point through the top, the right and the bottom back to the left.
+  text << -a << " 0  m\r\n";
+  text << -a << ' ' << kb << ' ' << -ka << ' ' << b << " 0 " << b << " c\r\n";
+  text << ka << ' ' << b << ' ' << a << ' ' << kb << ' ' << a << " 0 c\r\n";
+  text << a << ' ' << -kb << ' ' << ka << ' ' << -b << " 0 " << -b << " c\r\n";
+  text << -ka << ' ' << -b << ' ' << -a << ' ' << -kb << ' ' << -a << " 0 c\r\n";
+  contents.Add(text << "b Q");
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "jtpdf/types.h"
+#include "objects/text_buffer.h"
 
 class JTPDFColor {
  public:
@@ -19,6 +20,8 @@ class JTPDFColor {
 
   // One number (the red channel) if gray, else the three components; alpha is never written.
   std::string AsString(bool gray) const;
+  // Adds the text of AsString(false).
+  friend ShapeText& operator<<(ShapeText& text, JTPDFColor const& color);
 
   // No colour at all: (255, 255, 255, 0). It differs from opaque white only in its alpha (kept).
   static const JTPDFColor clNone;

@@ -8,12 +8,20 @@
 
 namespace {
 
-constexpr std::string_view kLineEnds = "\r\n";
+// Room to reserve for the blank, the line end, and the opening and closing of two dictionaries.
+constexpr std::size_t kRoomForNesting = 24;
 
 // "/A/B" for "/A/B/C"; "" where the only solidus is the first byte or there is none.
 std::string_view ParentPath(std::string_view key) {
   const std::size_t last = key.rfind('/');
   return last == std::string_view::npos ? std::string_view() : key.substr(0, last);
+}
+
+// Behind the last line end of text from start on, or start if there is none.
+std::size_t BehindLastLineEnd(std::string_view text, std::size_t start) {
+  std::size_t position = text.size();
+  while (position > start && text[position - 1] != '\n' && text[position - 1] != '\r') --position;
+  return position;
 }
 
 // Appends what ItemsAsString returns.
@@ -26,30 +34,29 @@ void AppendItem(std::string& body, std::string_view key, std::string_view value,
   std::string_view parent = isPath ? key.substr(0, last) : key;
 
   // An equal parent is the same dictionary going on: nothing to close, nothing to open.
-  std::string openings;
-  if (parent != previousParent) {
-    // Kept: after a mismatch the loop still compares with the same component of previousParent,
-    // so a parent that diverges and then meets that name again takes it for open already.
-    for (std::string component = MovePart(parent); !component.empty();
-         component = MovePart(parent)) {
-      if (component == CopyPart(previousParent)) {
-        MovePart(previousParent);
-      } else {
-        openings += component;
-        openings += "\r\n<<\r\n";
-      }
-    }
-    // Whatever was not consumed is closed in front of the openings.
-    while (!MovePart(previousParent).empty()) body += ">>\r\n";
+  if (parent == previousParent) {
+    body.append(leaf).append(1, ' ').append(value);
+    return;
   }
+
+  // Kept: after a mismatch the loop still compares with the same component of previousParent, so a
+  // parent that diverges and then meets that name again takes it for open already.
+  std::string openings;
+  for (std::string component = MovePart(parent); !component.empty(); component = MovePart(parent)) {
+    if (component == CopyPart(previousParent)) {
+      MovePart(previousParent);
+    } else {
+      openings.append(component).append("\r\n<<\r\n");
+    }
+  }
+  // Whatever was not consumed is closed in front of the openings.
+  while (!MovePart(previousParent).empty()) body += ">>\r\n";
 
   // Openings stand behind the last line end of the entry, which only a value (or a name) that
   // holds line ends itself can have.
   const std::size_t start = body.size();
   body.append(leaf).append(1, ' ').append(value);
-  if (openings.empty()) return;
-  const std::size_t lineEnd = body.find_last_of(kLineEnds);
-  body.insert(lineEnd == std::string::npos || lineEnd < start ? start : lineEnd + 1, openings);
+  body.insert(BehindLastLineEnd(body, start), openings);
 }
 
 bool IsRendered(std::string const& key) {
@@ -78,7 +85,10 @@ std::string JTPDFDict::ValidKey(std::string const& key) {
 }
 
 std::string JTPDFDict::AsString() const {
+  std::size_t size = 1;
+  for (auto const& [key, value] : *this) size += key.size() + value.size() + kRoomForNesting;
   std::string body;
+  body.reserve(size);
   std::string_view previousParent;
   for (auto const& [key, value] : *this) {
     if (IsRendered(key)) {

@@ -22,7 +22,11 @@ class JTPDFStringList {
   // The same for one to ten texts.
   template <std::convertible_to<std::string_view>... Texts>
   requires(sizeof...(Texts) >= 1 && sizeof...(Texts) <= 10) void Add(Texts const&... texts) {
-    AddJoined({std::string_view(texts)...});
+    if constexpr (sizeof...(Texts) == 1) {
+      (lines.emplace_back(std::string_view(texts)), ...);
+    } else {
+      AddJoined({std::string_view(texts)...});
+    }
   }
 
   // All lines with "\r\n" between two of them and none behind the last; "" for no lines.

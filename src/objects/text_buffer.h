@@ -10,11 +10,16 @@
 
 #include "objects/value_format.h"
 
-// A buffer of Size bytes on the stack. Whoever uses it counts what can go in at most: a number is
-// bounded by kNumMaxLength whatever its value.
-template <std::size_t Size>
+// A text of at most Capacity bytes. Whoever adds to it sees to it that there is room: a number
+// takes kNumMaxLength bytes at most, whatever its value. A string per number and per part would
+// cost the drawing of a rectangle three times as much.
+template <std::size_t Capacity>
 class TextBuffer {
  public:
+  void Clear() { end = start; }
+  std::size_t Size() const { return static_cast<std::size_t>(end - start); }
+  std::size_t Room() const { return Capacity - Size(); }
+
   TextBuffer& operator<<(std::string_view text) {
     assert(text.size() <= Room());
     std::memcpy(end, text.data(), text.size());
@@ -35,13 +40,25 @@ class TextBuffer {
     return *this;
   }
 
-  std::string Text() const { return std::string(start, static_cast<std::size_t>(end - start)); }
+  // The text of IntToStr(value, 0), or of IntToStr(value, width).
+  TextBuffer& operator<<(int value) { return PaddedInteger(value, 0); }
+  TextBuffer& operator<<(long long value) { return PaddedInteger(value, 0); }
+  TextBuffer& PaddedInteger(long long value, unsigned int width) {
+    assert(Room() >= kIntMaxLength);
+    end = WriteInt(end, value, width);
+    return *this;
+  }
+
+  operator std::string_view() const { return {start, Size()}; }
+  std::string Text() const { return std::string(std::string_view(*this)); }
 
  private:
-  std::size_t Room() const { return static_cast<std::size_t>(start + Size - end); }
-
-  char start[Size];
+  char start[Capacity];
   char* end = start;
 };
+
+// Fits the longest text that is formed of numbers, a circle: 25 numbers of 29 characters, two
+// colours of 20 and some 80 characters around them.
+using ShapeText = TextBuffer<1024>;
 
 #endif  // JTPDF_OBJECTS_TEXT_BUFFER_H

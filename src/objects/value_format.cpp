@@ -11,35 +11,39 @@
 #include <limits>
 #include <string_view>
 
+#include "objects/text_buffer.h"
+
 namespace {
 
-constexpr unsigned int kMaxWidth = 100;
-
-// Layout of an IEEE 754 double, on which WriteFixed4 computes.
+// Layout of an IEEE 754 double, on which WriteNum computes.
 static_assert(std::numeric_limits<double>::is_iec559);
 constexpr int kMantissaBits = 52;
 constexpr int kExponentBias = 1023;
 constexpr std::uint64_t kMantissaMask = (std::uint64_t{1} << kMantissaBits) - 1;
+constexpr int kExponentMask = 0x7FF;  // also the exponent of infinities and NaNs
 
-// From here on a double takes the exact but slower way of std::to_chars.
-constexpr double kFastLimit = 281474976710656.0;  // 2^48
+// From 2^48 on, a number takes the exact but slower way of std::to_chars.
+constexpr int kFastExponent = kExponentBias + 48;
+
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
 
 char* WriteText(char* out, std::string_view text) {
-  return std::copy(text.begin(), text.end(), out);
+  std::memcpy(out, text.data(), text.size());
+  return out + text.size();
 }
 
-// |value| x 10^4, rounded half to even as "%.4f" rounds; |value| must be below kFastLimit.
+// The magnitude x 10^4 of a number below 2^48, rounded half to even as "%.4f" rounds.
 //
-// |value| = m x 2^-s with an integer m below 2^53, and 10^4 = 625 x 2^4, so the product is
+// A magnitude is m x 2^-s with an integer m below 2^53, and 10^4 = 625 x 2^4, so the product is
 // (625 x m) x 2^-(s-4): 625 x m fits 63 bits and the bits shifted out are the exact remainder.
-std::uint64_t ScaledMagnitude(double value) {
-  const auto bits = std::bit_cast<std::uint64_t>(value);
-  const int exponent = static_cast<int>((bits >> kMantissaBits) & 0x7FF);
-  const std::uint64_t fraction = bits & kMantissaMask;
+// It takes a twentieth of the time of snprintf, and no locale.
+std::uint64_t ScaledMagnitude(int exponent, std::uint64_t fraction) {
   // A subnormal number has no hidden bit and the exponent of the smallest normal one.
   const std::uint64_t m = exponent == 0 ? fraction : fraction | (kMantissaMask + 1);
-  const int s = kExponentBias + kMantissaBits - std::max(exponent, 1);
-  const int shift = s - 4;
+  const int shift = kExponentBias + kMantissaBits - std::max(exponent, 1) - 4;
   if (shift >= 64) return 0;  // 625 x m < 2^63: less than half of the last decimal
 
   const std::uint64_t product = 625 * m;
@@ -50,47 +54,32 @@ std::uint64_t ScaledMagnitude(double value) {
   return quotient + (up ? 1 : 0);
 }
 
-template <typename Integer>
-std::string PaddedInteger(Integer value, unsigned int width) {
-  const std::size_t minimum = std::min(width, kMaxWidth);
-  char digits[24];
-  const char* const end = std::to_chars(digits, std::end(digits), value).ptr;
-  const std::string_view plain(digits, static_cast<std::size_t>(end - digits));
-  if (plain.size() >= minimum) return std::string(plain);
-
-  const std::size_t sign = value < 0 ? 1 : 0;
-  std::string padded(plain.substr(0, sign));
-  padded.append(minimum - plain.size(), '0');
-  padded.append(plain.substr(sign));
-  return padded;
+// Infinities, NaNs and numbers from 2^48 on; the limit of kNumMaxLength counts the sign.
+char* WriteLargeMagnitude(char* out, double magnitude, std::size_t room) {
+  if (std::isnan(magnitude)) return WriteText(out, "nan");
+  if (std::isinf(magnitude)) return WriteText(out, "inf");
+  char text[320];  // 309 digits, the point and four decimals at most
+  char* const end = std::to_chars(text, std::end(text), magnitude, std::chars_format::fixed, 4).ptr;
+  return WriteText(out, {text, std::min(static_cast<std::size_t>(end - text), room)});
 }
 
 }  // namespace
 
 char* WriteNum(char* out, double value) {
-  if (std::signbit(value)) *out++ = '-';
-  if (std::isnan(value)) return WriteText(out, "nan");
-  const double magnitude = std::fabs(value);
-  if (std::isinf(magnitude)) return WriteText(out, "inf");
-
-  if (magnitude < kFastLimit) {
-    const std::uint64_t scaled = ScaledMagnitude(magnitude);
-    out = std::to_chars(out, out + 16, scaled / 10000).ptr;
-    const auto decimals = static_cast<unsigned>(scaled % 10000);
-    *out++ = '.';
-    *out++ = static_cast<char>('0' + decimals / 1000);
-    *out++ = static_cast<char>('0' + decimals / 100 % 10);
-    *out++ = static_cast<char>('0' + decimals / 10 % 10);
-    *out++ = static_cast<char>('0' + decimals % 10);
-    return out;
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  const bool negative = (bits >> 63) != 0;  // also of zero and NaN, which keep their sign
+  if (negative) *out++ = '-';
+  const int exponent = static_cast<int>(bits >> kMantissaBits) & kExponentMask;
+  if (exponent >= kFastExponent) {
+    return WriteLargeMagnitude(out, std::fabs(value), kNumMaxLength - (negative ? 1 : 0));
   }
 
-  // 309 digits, the point and four decimals at most. The limit of 29 characters counts the sign.
-  char text[320];
-  const char* const end =
-      std::to_chars(text, std::end(text), magnitude, std::chars_format::fixed, 4).ptr;
-  const std::size_t room = kNumMaxLength - (std::signbit(value) ? 1 : 0);
-  return WriteText(out, {text, std::min(static_cast<std::size_t>(end - text), room)});
+  const std::uint64_t scaled = ScaledMagnitude(exponent, bits & kMantissaMask);
+  const auto decimals = static_cast<unsigned>(scaled % 10000);
+  out = std::to_chars(out, out + 16, scaled / 10000).ptr;
+  *out++ = '.';
+  out = WriteText(out, {kDigitPairs + 2 * (decimals / 100), 2});
+  return WriteText(out, {kDigitPairs + 2 * (decimals % 100), 2});
 }
 
 std::string Num(double value) {
@@ -99,16 +88,36 @@ std::string Num(double value) {
   return std::string(text, static_cast<std::size_t>(end - text));
 }
 
-std::string IntToStr(int value, unsigned int width) {
-  return PaddedInteger(value, width);
+char* WriteInt(char* out, long long value, unsigned int width) {
+  // Unsigned negation, because the smallest number has no positive counterpart.
+  const auto bits = static_cast<unsigned long long>(value);
+  const unsigned long long magnitude = value < 0 ? 0 - bits : bits;
+  if (value < 0) *out++ = '-';
+  char digits[20];
+  char* const end = std::to_chars(digits, std::end(digits), magnitude).ptr;
+  const auto length = static_cast<std::size_t>(end - digits);
+  const std::size_t wanted = std::min<std::size_t>(width, kIntMaxLength) - (value < 0 && width > 0);
+  if (length < wanted) {
+    std::memset(out, '0', wanted - length);
+    out += wanted - length;
+  }
+  return WriteText(out, {digits, length});
 }
 
 std::string IntToStr(long long value, unsigned int width) {
-  return PaddedInteger(value, width);
+  char text[kIntMaxLength];
+  char* const end = WriteInt(text, value, width);
+  return std::string(text, static_cast<std::size_t>(end - text));
+}
+
+std::string IntToStr(int value, unsigned int width) {
+  return IntToStr(static_cast<long long>(value), width);
 }
 
 std::string AsRefString(int objectNumber) {
-  return IntToStr(objectNumber, 0) + " 0 R";
+  TextBuffer<128> text;
+  text << objectNumber << " 0 R";
+  return text.Text();
 }
 
 std::string AsRefArray(int firstObject, int count) {
@@ -117,8 +126,9 @@ std::string AsRefArray(int firstObject, int count) {
       static_cast<int>(static_cast<unsigned>(firstObject) + static_cast<unsigned>(count));
   std::string array = "[";
   for (int n = firstObject; n < end; ++n) {
-    array += AsRefString(n);
-    array += ' ';
+    TextBuffer<128> reference;
+    reference << n << " 0 R ";
+    array += reference;
   }
   // Kept: without objects this overwrites the bracket that opens, and the array is a lone "]".
   array.back() = ']';

@@ -12,6 +12,9 @@
 // The longest text that Num gives; a longer number is cut off.
 inline constexpr std::size_t kNumMaxLength = 29;
 
+// The longest text that IntToStr gives.
+inline constexpr std::size_t kIntMaxLength = 100;
+
 // The text of printf's "%.4f" in the "C" locale under round-to-nearest, cut to 29 characters:
 // "1.0000", "-0.0000", "inf", "-nan".
 std::string Num(double value);
@@ -23,6 +26,9 @@ char* WriteNum(char* out, double value);
 // width above 100 counts as 100; width 0 gives the plain number.
 std::string IntToStr(int value, unsigned int width);
 std::string IntToStr(long long value, unsigned int width);
+
+// Writes the text of IntToStr, up to kIntMaxLength characters without a NUL, and returns its end.
+char* WriteInt(char* out, long long value, unsigned int width);
 
 // A reference to the object: "12 0 R". Generation numbers are always 0.
 std::string AsRefString(int objectNumber);
