@@ -1,0 +1,31 @@
+# jtpdf_unit_test(<file> <library> [<source>...]): builds <file>_test.cpp of the including room into
+# one binary and adds it as the test <room>.<file>. <library> is jtpdf_core for the insides and
+# jtpdf::jtpdf for the exports; never both, there would be two copies of the diagnostic flag.
+
+find_package(GTest REQUIRED)
+find_package(Threads REQUIRED)
+set(jtpdf_support_dir ${CMAKE_CURRENT_LIST_DIR})
+
+# The vocabulary knows the public header only, so it serves both kinds of tests.
+if(NOT TARGET jtpdf_test_support)
+  add_library(jtpdf_test_support STATIC
+    ${jtpdf_support_dir}/bytes.cpp
+    ${jtpdf_support_dir}/diagnostics.cpp
+    ${jtpdf_support_dir}/doc.cpp
+    ${jtpdf_support_dir}/pdf.cpp
+    ${jtpdf_support_dir}/temp_dir.cpp)
+  target_include_directories(jtpdf_test_support PUBLIC
+    ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include)
+  jtpdf_compile_options(jtpdf_test_support)
+endif()
+
+function(jtpdf_unit_test file library)
+  get_filename_component(room ${CMAKE_CURRENT_SOURCE_DIR} NAME)
+  set(target ${room}_${file}_test)
+  add_executable(${target} ${file}_test.cpp ${ARGN})
+  target_link_libraries(${target} PRIVATE
+    jtpdf_test_support ${library} GTest::gtest GTest::gtest_main Threads::Threads)
+  jtpdf_compile_options(${target})
+  add_test(NAME ${room}.${file} COMMAND ${target} --gtest_brief=1)
+  set_tests_properties(${room}.${file} PROPERTIES LABELS unit TIMEOUT 120)
+endfunction()
