@@ -1,0 +1,857 @@
+// jtpdf.hpp - the C++ face of jtpdf.h: the same calls with types, exceptions and UTF-8. C++17.
+//
+//     using namespace jtpdf::literals;
+//     const jtpdf::Box sheet{0_mm, 0_mm, 210_mm, 297_mm};
+//
+//     auto doc = jtpdf::Document::file("out.pdf", jtpdf::millimeter);
+//     doc.set_canvas_box(sheet);
+//     doc.fill_rectangle({2_cm, 2_cm, 6_cm, 4_cm, 15_deg}, 0xff8000_rgb);
+//     doc.write_page(doc.write_canvas(), sheet);
+//     doc.finish();
+//
+// The header only calls the C interface, whose conventions all hold; jtpdf.h says what each call
+// writes. What differs:
+//
+// 1. Ownership. Document owns its C document and can be moved, not copied. Everything passed in is
+//    read during the call and never kept.
+// 2. Finishing. finish() makes the file whole and throws if it cannot. The destructor never
+//    finishes a document, so no failure can be lost in it. A file that was opened and is dropped
+//    without finish() stays incomplete; unless discard() said so, a call on the document had thrown
+//    an Error, or an exception is passing by, the destructor says this in a line on stderr.
+// 3. Errors. A call that fails throws jtpdf::Error, a std::system_error that knows the C function
+//    and its result code; std::bad_alloc passes through. A call that the document refuses in its
+//    present state has the code jtpdf::Errc::refused. errno is the same before and after.
+// 4. Text is UTF-8 in a std::string_view, and a wrong byte or a NUL in it is an Error that says
+//    where, thrown before the document is touched.
+// 5. Lengths carry their unit and are converted to the document's. A length that has the document's
+//    unit reaches the C call unchanged, to the last bit.
+// 6. Images, forms and colour spaces are types of their own: a form is no image.
+//
+// A document that was moved from or discarded may only be assigned to or destroyed.
+#ifndef JTPDF_JTPDF_HPP
+#define JTPDF_JTPDF_HPP
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "jtpdf/jtpdf.h"
+
+namespace jtpdf {
+
+// ---- Lengths, angles, boxes -------------------------------------------------------------------
+
+// How many PDF points one unit is. Any factor can be a unit: Unit(72 / 300.0) is a pixel at 300
+// dots per inch.
+class Unit {
+ public:
+  explicit constexpr Unit(double points) noexcept : points_(points) {}
+  constexpr double points() const noexcept { return points_; }
+
+  friend constexpr bool operator==(Unit a, Unit b) noexcept { return a.points_ == b.points_; }
+  friend constexpr bool operator!=(Unit a, Unit b) noexcept { return !(a == b); }
+
+ private:
+  double points_;
+};
+
+// The factors of PDFCoordinateUnitInch and so on, as constant expressions.
+inline constexpr Unit inch{72.0};
+inline constexpr Unit centimeter{28.346456692944};
+inline constexpr Unit millimeter{2.8346456692944};
+inline constexpr Unit point{1.0};
+
+// A number and its unit: 20_mm, or x * jtpdf::millimeter.
+class Length {
+ public:
+  constexpr Length() noexcept = default;
+  constexpr Length(double value, Unit unit) noexcept : value_(value), unit_(unit) {}
+
+  // The number in another unit; in the length's own it is the number itself.
+  constexpr double in(Unit unit) const noexcept {
+    return unit_ == unit ? value_ : value_ * unit_.points() / unit.points();
+  }
+  constexpr Unit unit() const noexcept { return unit_; }
+
+  constexpr Length operator-() const noexcept { return {-value_, unit_}; }
+  // A sum has the unit of its first operand.
+  friend constexpr Length operator+(Length a, Length b) noexcept {
+    return {a.value_ + b.in(a.unit_), a.unit_};
+  }
+  friend constexpr Length operator-(Length a, Length b) noexcept {
+    return {a.value_ - b.in(a.unit_), a.unit_};
+  }
+  friend constexpr Length operator*(Length a, double n) noexcept { return {a.value_ * n, a.unit_}; }
+  friend constexpr Length operator*(double n, Length a) noexcept { return {n * a.value_, a.unit_}; }
+  friend constexpr Length operator/(Length a, double n) noexcept { return {a.value_ / n, a.unit_}; }
+  friend constexpr bool operator==(Length a, Length b) noexcept {
+    return a.value_ == b.in(a.unit_);
+  }
+  friend constexpr bool operator!=(Length a, Length b) noexcept { return !(a == b); }
+
+ private:
+  double value_ = 0;
+  Unit unit_ = point;
+};
+
+constexpr Length operator*(double value, Unit unit) noexcept {
+  return {value, unit};
+}
+
+// Counter-clockwise, about the centre of the box.
+struct Angle {
+  double degrees = 0;
+
+  friend constexpr bool operator==(Angle a, Angle b) noexcept { return a.degrees == b.degrees; }
+  friend constexpr bool operator!=(Angle a, Angle b) noexcept { return !(a == b); }
+};
+
+// Lower-left corner and extent, y upwards, turned by an angle. Nothing is checked: a negative
+// extent mirrors an image, as in the C interface.
+struct Box {
+  Length left;
+  Length bottom;
+  Length width;
+  Length height;
+  Angle angle = {};
+
+  // The box with every side moved inwards, as InsetPdfRect does; negative lengths grow it.
+  constexpr Box inset(Length dx, Length dy) const noexcept {
+    return {left + dx, bottom + dy, width - 2 * dx, height - 2 * dy, angle};
+  }
+
+  friend constexpr bool operator==(const Box& a, const Box& b) noexcept {
+    return a.left == b.left && a.bottom == b.bottom && a.width == b.width && a.height == b.height &&
+           a.angle == b.angle;
+  }
+  friend constexpr bool operator!=(const Box& a, const Box& b) noexcept { return !(a == b); }
+};
+
+// The two boxes of a page, each of its own type because their order is easily mistaken.
+struct CropBox {  // the part of the sheet that readers show
+  explicit constexpr CropBox(const Box& shown) noexcept : box(shown) {}
+  Box box;
+};
+struct MediaBox {  // the sheet
+  explicit constexpr MediaBox(const Box& sheet) noexcept : box(sheet) {}
+  Box box;
+};
+
+// ---- Colours ----------------------------------------------------------------------------------
+
+// A device RGB colour. Alpha only tells none from white; it never reaches the file.
+struct Color {
+  std::uint8_t red = 0;
+  std::uint8_t green = 0;
+  std::uint8_t blue = 0;
+  std::uint8_t alpha = 255;
+
+  static const Color black;
+  static const Color white;
+  static const Color none;  // rectangles leave out a fill or stroke of it; for circles it is white
+
+  friend constexpr bool operator==(Color a, Color b) noexcept {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
+  }
+  friend constexpr bool operator!=(Color a, Color b) noexcept { return !(a == b); }
+};
+
+inline constexpr Color Color::black{0, 0, 0, 255};
+inline constexpr Color Color::white{255, 255, 255, 255};
+inline constexpr Color Color::none{255, 255, 255, 0};
+
+// ---- Literals ---------------------------------------------------------------------------------
+
+namespace detail {
+
+constexpr int hex_digit(char c) noexcept {
+  return c >= '0' && c <= '9'   ? c - '0'
+         : c >= 'a' && c <= 'f' ? c - 'a' + 10
+         : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                : -1;
+}
+
+constexpr std::uint8_t hex_byte(const char* digits) noexcept {
+  return static_cast<std::uint8_t>(hex_digit(digits[0]) * 16 + hex_digit(digits[1]));
+}
+
+// Whether the literal is 0x and six digits.
+constexpr bool is_hex_color(const char* literal, std::size_t length) noexcept {
+  if (length != 8 || literal[0] != '0' || (literal[1] != 'x' && literal[1] != 'X')) return false;
+  for (std::size_t i = 2; i < length; ++i) {
+    if (hex_digit(literal[i]) < 0) return false;
+  }
+  return true;
+}
+
+}  // namespace detail
+
+inline namespace literals {
+
+// 12_mm, 1.5_in, 15_deg.
+// clang-format off
+constexpr Length operator""_in(long double n) { return {static_cast<double>(n), inch}; }
+constexpr Length operator""_cm(long double n) { return {static_cast<double>(n), centimeter}; }
+constexpr Length operator""_mm(long double n) { return {static_cast<double>(n), millimeter}; }
+constexpr Length operator""_pt(long double n) { return {static_cast<double>(n), point}; }
+constexpr Angle operator""_deg(long double n) { return {static_cast<double>(n)}; }
+constexpr Length operator""_in(unsigned long long n) { return {static_cast<double>(n), inch}; }
+constexpr Length operator""_cm(unsigned long long n) { return {static_cast<double>(n), centimeter}; }
+constexpr Length operator""_mm(unsigned long long n) { return {static_cast<double>(n), millimeter}; }
+constexpr Length operator""_pt(unsigned long long n) { return {static_cast<double>(n), point}; }
+constexpr Angle operator""_deg(unsigned long long n) { return {static_cast<double>(n)}; }
+// clang-format on
+
+// 0xff8000_rgb. Anything but six hexadecimal digits does not compile.
+template <char... kLiteral>
+constexpr Color operator""_rgb() {
+  constexpr char kText[] = {kLiteral..., '\0'};
+  static_assert(detail::is_hex_color(kText, sizeof...(kLiteral)),
+                "a colour is written with six hexadecimal digits: 0xff8000_rgb");
+  return {detail::hex_byte(kText + 2), detail::hex_byte(kText + 4), detail::hex_byte(kText + 6),
+          255};
+}
+
+}  // namespace literals
+
+// ---- Errors -----------------------------------------------------------------------------------
+
+// What is no system error. Other codes are errno values, of std::generic_category():
+// error.code() == std::errc::no_space_on_device.
+enum class Errc : int {
+  // The document does not allow the call in its present state (not open, finished already, or its
+  // output failed earlier), or its output failed and the system gave no reason.
+  refused = -1
+};
+
+namespace detail {
+
+class Category final : public std::error_category {
+ public:
+  const char* name() const noexcept override { return "jtpdf"; }
+  std::string message(int code) const override {
+    if (code == static_cast<int>(Errc::refused)) {
+      return "the document refused it: it is not open, is finished, or its output has failed";
+    }
+    return "unknown result code " + std::to_string(code);
+  }
+};
+
+}  // namespace detail
+
+inline const std::error_category& category() noexcept {
+  static const detail::Category instance;
+  return instance;
+}
+
+inline std::error_code make_error_code(Errc code) noexcept {
+  return {static_cast<int>(code), category()};
+}
+
+// A failed call: "InitPdfDoc: No such file or directory".
+class Error : public std::system_error {
+ public:
+  // The failure of a C function (a text that lasts, such as a literal) with its result code.
+  Error(const char* function, std::int32_t result)
+      : std::system_error(error_code(result), function), function_(function) {}
+  // An argument that the C function cannot be given.
+  Error(const char* function, const std::string& problem, std::errc reason)
+      : std::system_error(std::make_error_code(reason), function + (": " + problem)),
+        function_(function) {}
+
+  // The C function that failed and the code that it returned, or the one that an argument earned
+  // before the call: EILSEQ for text that is not UTF-8, and so on.
+  const char* function() const noexcept { return function_; }
+  std::int32_t result() const noexcept { return code().value(); }
+
+ private:
+  static std::error_code error_code(std::int32_t result) {
+    return result > 0 ? std::error_code(result, std::generic_category())
+                      : std::error_code(result, category());
+  }
+
+  const char* function_;
+};
+
+// ---- Bytes ------------------------------------------------------------------------------------
+
+namespace detail {
+
+// The element of Range, if std::data and std::size tell where its bytes are.
+template <typename Range>
+using ElementOf = std::enable_if_t<
+    std::is_convertible_v<decltype(std::size(std::declval<const Range&>())), std::size_t>,
+    std::remove_cv_t<std::remove_pointer_t<decltype(std::data(std::declval<const Range&>()))>>>;
+
+template <typename Element>
+inline constexpr bool kIsByte = sizeof(Element) == 1 && std::is_trivially_copyable_v<Element> &&
+                                !std::is_same_v<Element, bool>;
+
+}  // namespace detail
+
+// Some bytes in somebody else's memory, which must outlive the view.
+class Bytes {
+ public:
+  constexpr Bytes() noexcept = default;
+  Bytes(const void* data, std::size_t size) noexcept
+      : data_(static_cast<const char*>(data)), size_(size) {}
+
+  // Any contiguous range of char, unsigned char, std::byte or the like: a vector, an array, a
+  // string, a span, a mapped file.
+  template <typename Range, typename = std::enable_if_t<detail::kIsByte<detail::ElementOf<Range>>>>
+  Bytes(const Range& range) noexcept : Bytes(std::data(range), std::size(range)) {}
+  // An array of char is most often a literal, whose NUL would be among the bytes.
+  template <std::size_t kSize>
+  Bytes(const char (&)[kSize]) = delete;
+
+  constexpr const char* data() const noexcept { return data_; }
+  constexpr std::size_t size() const noexcept { return size_; }
+  constexpr bool empty() const noexcept { return size_ == 0; }
+  constexpr const char* begin() const noexcept { return data_; }
+  constexpr const char* end() const noexcept { return data_ + size_; }
+
+ private:
+  const char* data_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+// ---- Images -----------------------------------------------------------------------------------
+
+// The number of an object of one kind in one document. What comes from write_image and so on is
+// right; a number of one's own has to be spelled out: jtpdf::Image(7).
+template <typename Kind>
+class ObjectNumber {
+ public:
+  explicit constexpr ObjectNumber(int number) noexcept : number_(number) {}
+  constexpr int number() const noexcept { return number_; }
+
+  friend constexpr bool operator==(ObjectNumber a, ObjectNumber b) noexcept {
+    return a.number_ == b.number_;
+  }
+  friend constexpr bool operator!=(ObjectNumber a, ObjectNumber b) noexcept { return !(a == b); }
+
+ private:
+  int number_;
+};
+
+using Image = ObjectNumber<struct ImageKind>;      // from write_image...
+using Form = ObjectNumber<struct FormKind>;        // from write_canvas
+using Profile = ObjectNumber<struct ProfileKind>;  // the colour space from write_icc_profile
+
+// How bytes are encoded. The library never encodes or decodes. Every value of the type is legal,
+// one without a name counts as none.
+enum class Compression : std::int32_t {
+  none = -1,  // no /Filter: the samples themselves, or a plain profile
+  jpeg = kPdfCompressionJPEG,
+  lzw = kPdfCompressionLZW,
+  flate = kPdfCompressionFlate,
+  jpeg2000 = kPdfCompressionJPEG2000
+};
+
+// What an image is for. Only recorded; every value of the type is legal.
+enum class Role : std::int32_t {
+  background = kPdfImageRoleBackground,
+  photo = kPdfImageRolePhoto,
+  mask = kPdfImageRoleMask,
+  border = kPdfImageRoleBorder,
+  clip_art = kPdfImageRoleClipArt,
+  alpha = kPdfImageRoleAlpha,
+  text = kPdfImageRoleText,
+  shape = kPdfImageRoleShape,
+  other = kPdfImageRoleOther
+};
+
+// The colour space of image data: a device's, or a profile's.
+class ColorSpace {
+ public:
+  static const ColorSpace gray;
+  static const ColorSpace rgb;
+  static const ColorSpace cmyk;  // always declared inverted
+
+  constexpr ColorSpace(Profile profile) noexcept
+      : ColorSpace(kPdfColorSpaceICC, profile.number()) {}
+  // Any pair that the C interface takes.
+  explicit constexpr ColorSpace(TPdfColorSpace kind, std::int32_t object = 0) noexcept
+      : kind_(kind), object_(object) {}
+
+  constexpr TPdfColorSpace kind() const noexcept { return kind_; }
+  constexpr std::int32_t object() const noexcept { return object_; }
+
+ private:
+  TPdfColorSpace kind_;
+  std::int32_t object_;
+};
+
+inline constexpr ColorSpace ColorSpace::gray{kPdfColorSpaceGray};
+inline constexpr ColorSpace ColorSpace::rgb{kPdfColorSpaceRGB};
+inline constexpr ColorSpace ColorSpace::cmyk{kPdfColorSpaceCMYK};
+
+// An image that is encoded already. Width and height are pixels; nothing is checked.
+struct ImageData {
+  Bytes bytes;
+  Compression compression = Compression::jpeg;
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  std::int32_t bits_per_component = 8;
+  ColorSpace color_space = ColorSpace::rgb;
+};
+
+// An extra entry of an image's dictionary; JTPDFDictionaryItem says what becomes of the key.
+struct Entry {
+  std::string_view key;
+  std::string_view value;
+};
+
+// What an image's dictionary says about it besides its format.
+struct ImageTags {
+  Role role = Role::other;
+  std::string_view name = {};
+  std::vector<Entry> entries = {};
+};
+
+// ---- Arguments in the form that the C functions want -------------------------------------------
+
+namespace detail {
+
+// Which argument of which call a text is, for the error.
+struct Place {
+  const char* function;
+  const char* argument;
+};
+
+[[noreturn]] inline void throw_bad_text(Place place, const char* problem, std::size_t offset,
+                                        std::errc reason) {
+  throw Error(place.function,
+              std::string(place.argument) + ' ' + problem + " at byte " + std::to_string(offset),
+              reason);
+}
+
+[[noreturn]] inline void throw_nul(Place place, std::size_t offset) {
+  throw_bad_text(place, "has a NUL", offset, std::errc::invalid_argument);
+}
+
+// Decodes one character above U+007F, which begins at text[i], and moves i behind it.
+inline wchar_t decode_long(std::string_view text, std::size_t& i, Place place) {
+  const auto byte = [text](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+  const unsigned lead = byte(i);
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  constexpr std::uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};  // less is an overlong form
+  std::uint32_t c = lead & (0xFFU >> (length + 1));
+  bool valid = lead >= 0xC0 && lead < 0xF8 && text.size() - i >= length;
+  for (std::size_t k = 1; valid && k < length; ++k) {
+    valid = (byte(i + k) & 0xC0U) == 0x80U;
+    c = c << 6 | (byte(i + k) & 0x3FU);
+  }
+  if (!valid || c < kLeast[length] || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) {
+    throw_bad_text(place, "is not UTF-8", i, std::errc::illegal_byte_sequence);
+  }
+  i += length;
+  return static_cast<wchar_t>(c);
+}
+
+// Decodes text to out, which has room for text.size() + 1, and returns the end behind a NUL.
+inline wchar_t* decode(std::string_view text, wchar_t* out, Place place) {
+  for (std::size_t i = 0; i < text.size();) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (byte - 1U < 0x7FU) {  // 0 is far above in unsigned arithmetic
+      *out++ = static_cast<wchar_t>(byte);
+      ++i;
+    } else if (byte != 0) {
+      *out++ = decode_long(text, i, place);
+    } else {
+      throw_nul(place, i);
+    }
+  }
+  *out++ = L'\0';
+  return out;
+}
+
+// Room for size elements: on the stack if they are few, as nearly always.
+template <typename Element, std::size_t kFew>
+class Buffer {
+ public:
+  explicit Buffer(std::size_t size) : data_(few_) {
+    if (size > kFew) {
+      many_.reset(new Element[size]);
+      data_ = many_.get();
+    }
+  }
+  Buffer(const Buffer&) = delete;
+  Buffer& operator=(const Buffer&) = delete;
+
+  Element* data() noexcept { return data_; }
+  const Element* data() const noexcept { return data_; }
+
+ private:
+  Element few_[kFew];
+  std::unique_ptr<Element[]> many_;
+  Element* data_;
+};
+
+using WideBuffer = Buffer<wchar_t, 100>;
+using NarrowBuffer = Buffer<char, 100>;
+
+// UTF-8 as the wide text that the library takes.
+class WideText {
+ public:
+  WideText(std::string_view text, Place place) : buffer_(text.size() + 1) {
+    decode(text, buffer_.data(), place);
+  }
+  const wchar_t* c_str() const noexcept { return buffer_.data(); }
+
+ private:
+  WideBuffer buffer_;
+};
+
+inline char* copy_terminated(std::string_view text, char* out, Place place) {
+  const std::size_t nul = text.find('\0');
+  if (nul != std::string_view::npos) throw_nul(place, nul);
+  out += text.copy(out, text.size());
+  *out++ = '\0';
+  return out;
+}
+
+// Bytes that are passed as they are, with a NUL behind.
+class NarrowText {
+ public:
+  NarrowText(std::string_view text, Place place) : buffer_(text.size() + 1) {
+    copy_terminated(text, buffer_.data(), place);
+  }
+  const char* c_str() const noexcept { return buffer_.data(); }
+
+ private:
+  NarrowBuffer buffer_;
+};
+
+// The entries of an image's dictionary as the C interface wants them.
+class Items {
+ public:
+  Items(const std::vector<Entry>& entries, const char* function)
+      : count_(static_cast<unsigned>(entries.size())),
+        keys_(room(entries, &Entry::key)),
+        values_(room(entries, &Entry::value)),
+        items_(entries.size()) {
+    char* key = keys_.data();
+    wchar_t* value = values_.data();
+    JTPDFDictionaryItem* item = items_.data();
+    for (const Entry& entry : entries) {
+      *item++ = {key, value};
+      key = copy_terminated(entry.key, key, {function, "key"});
+      value = decode(entry.value, value, {function, "value"});
+    }
+  }
+  unsigned count() const noexcept { return count_; }
+  const JTPDFDictionaryItem* data() const noexcept { return items_.data(); }
+
+ private:
+  static std::size_t room(const std::vector<Entry>& entries, std::string_view Entry::*text) {
+    std::size_t size = 0;
+    for (const Entry& entry : entries) size += (entry.*text).size() + 1;
+    return size;
+  }
+
+  unsigned count_;
+  NarrowBuffer keys_;
+  WideBuffer values_;
+  Buffer<JTPDFDictionaryItem, 8> items_;
+};
+
+inline std::uint32_t size_in_32_bits(Bytes bytes, const char* function) {
+  if (bytes.size() > std::numeric_limits<std::uint32_t>::max()) {
+    throw Error(function, std::to_string(bytes.size()) + " bytes of data are more than 2^32 - 1",
+                std::errc::value_too_large);
+  }
+  return static_cast<std::uint32_t>(bytes.size());
+}
+
+inline TPdfImageDescriptor descriptor(const ImageData& image, const char* function) {
+  return {image.bytes.data(),
+          size_in_32_bits(image.bytes, function),
+          static_cast<TPdfCompression>(image.compression),
+          image.width,
+          image.height,
+          image.bits_per_component,
+          image.color_space.kind(),
+          image.color_space.object()};
+}
+
+inline JTPDFRGBColor rgb_color(Color color) noexcept {
+  return {color.red, color.green, color.blue, color.alpha};
+}
+
+struct Destroy {
+  void operator()(JTPDFDocument* doc) const noexcept { DestroyPdfDoc(doc); }
+};
+
+}  // namespace detail
+
+// ---- The document -----------------------------------------------------------------------------
+
+// The information items /Creator and /Author; an empty text writes no item.
+struct Credits {
+  std::string_view creator = {};
+  std::string_view author = {};
+};
+
+// A PDF file that is being written, in memory or on disk. One thread at a time.
+class [[nodiscard]] Document {
+ public:
+  // Creates the file and opens it, truncating what is there. The path is UTF-8, like all text; a
+  // std::filesystem::path gives it by native().
+  static Document file(std::string_view path, Unit unit = point, const Credits& credits = {}) {
+    Document doc = unopened_file(path, unit, credits);
+    doc.open();
+    return doc;
+  }
+
+  // A document whose bytes() can be fetched when it is finished.
+  static Document memory(Unit unit = point) {
+    Document doc = unopened_memory(unit);
+    doc.open();
+    return doc;
+  }
+
+  // The same, still to be opened: all that is not written can be set before, and an open() that
+  // fails can be repeated.
+  static Document unopened_file(std::string_view path, Unit unit = point,
+                                const Credits& credits = {}) {
+    constexpr const char* kFunction = "CreateFilePdfDoc";
+    const detail::WideText wide_path(path, {kFunction, "path"});
+    const detail::WideText creator(credits.creator, {kFunction, "creator"});
+    const detail::WideText author(credits.author, {kFunction, "author"});
+    return Document(
+        CreateFilePdfDoc(unit.points(), wide_path.c_str(), creator.c_str(), author.c_str()), unit,
+        kFile);
+  }
+  static Document unopened_memory(Unit unit = point) {
+    return Document(CreateMemoryPdfDoc(unit.points()), unit, kMemory);
+  }
+
+  Document(Document&& other) noexcept = default;
+  // The document assigned to is dropped as by the destructor.
+  Document& operator=(Document&& other) noexcept {
+    Document dropped(std::move(*this));
+    handle_ = std::move(other.handle_);
+    unit_ = other.unit_;
+    kind_ = other.kind_;
+    unfinished_ = other.unfinished_;
+    exceptions_ = other.exceptions_;
+    return *this;
+  }
+  ~Document() {
+    if (handle_ == nullptr || !unfinished_ || std::uncaught_exceptions() > exceptions_) return;
+    std::fputs("jtpdf: a file was dropped without finish() or discard() and is incomplete\n",
+               stderr);
+  }
+
+  void open() {
+    check("InitPdfDoc", [&] { return InitPdfDoc(handle()); });
+    unfinished_ = kind_ == kFile;
+  }
+
+  // Writes what is left and closes the file. A text here becomes one more line at the very end.
+  void finish(std::string_view closing_text = {}) {
+    const detail::NarrowText text(closing_text, {"FinalizePdfDoc", "closing text"});
+    check("FinalizePdfDoc", [&] { return FinalizePdfDoc(handle(), text.c_str()); });
+    unfinished_ = false;
+  }
+
+  // Gives the document up: a file that is not finished stays incomplete, which is meant.
+  void discard() noexcept { handle_.reset(); }
+
+  // The bytes of a finished memory document, otherwise none. They live as long as the document.
+  Bytes bytes() const& noexcept { return {GetPdfData(handle()), GetPdfDataSize(handle())}; }
+  Bytes bytes() const&& = delete;
+
+  Unit unit() const noexcept { return unit_; }
+
+  // The document of the C interface, for calls of its own; the face stays the owner.
+  JTPDFDocument* handle() const noexcept { return handle_.get(); }
+
+  // -- Information
+
+  void set_info(std::string_view key, std::string_view value) {
+    constexpr const char* kFunction = "SetPdfInfoItem";
+    const detail::NarrowText narrow_key(key, {kFunction, "key"});
+    const detail::WideText wide_value(value, {kFunction, "value"});
+    SetPdfInfoItem(handle(), narrow_key.c_str(), wide_value.c_str());
+  }
+  bool mark() const noexcept { return GetPdfMgMk(handle()); }
+  void set_mark(bool mark) noexcept { SetPdfMgMk(handle(), mark); }
+
+  // -- The canvas
+
+  void clear_canvas() { ClearPdfCanvas(handle()); }
+  Box canvas_box() const {
+    const JTPDFRect rect = GetPdfCanvasBoundingBox(handle());
+    return {rect.left * unit_, rect.bottom * unit_, rect.width * unit_, rect.height * unit_,
+            Angle{rect.angle}};
+  }
+  void set_canvas_box(const Box& box) { SetPdfCanvasBoundingBox(handle(), rect(box)); }
+
+  // Over the whole canvas box, as it is at this moment.
+  void draw_image(Image image) { DrawPdfImage(handle(), image.number()); }
+  void draw_image(Image image, const Box& box) {
+    DrawPdfImageInRect(handle(), image.number(), rect(box));
+  }
+  void fill_rectangle(const Box& box, Color fill) {
+    FillPdfRectangle(handle(), rect(box), detail::rgb_color(fill));
+  }
+  void stroke_rectangle(const Box& box, Color stroke, Length line_width) {
+    StrokePdfRectangle(handle(), rect(box), detail::rgb_color(stroke), line_width.in(unit_));
+  }
+  void fill_and_stroke_rectangle(const Box& box, Color fill, Color stroke, Length line_width) {
+    FillAndStrokePdfRectangle(handle(), rect(box), detail::rgb_color(fill),
+                              detail::rgb_color(stroke), line_width.in(unit_));
+  }
+  // The ellipse in the box. Its line width and colours stay in force on the canvas.
+  void fill_and_stroke_circle(const Box& box, Color fill, Color stroke, Length line_width) {
+    FillAndStrokePdfCircle(handle(), rect(box), detail::rgb_color(fill), detail::rgb_color(stroke),
+                           line_width.in(unit_));
+  }
+
+  // -- Objects
+
+  // Empties the canvas into a form.
+  Form write_canvas() {
+    return Form(
+        write("WritePdfCanvas", [&](int* number) { return WritePdfCanvas(handle(), number); }));
+  }
+
+  void write_page(Form form, const CropBox& crop, const MediaBox& media) {
+    check("WritePdfPage",
+          [&] { return WritePdfPage(handle(), form.number(), rect(crop.box), rect(media.box)); });
+  }
+  void write_page(Form form, const Box& sheet) {
+    write_page(form, CropBox(sheet), MediaBox(sheet));
+  }
+
+  Image write_image(const ImageData& image, const ImageTags& tags = {}) {
+    return write_image(image, false, tags);
+  }
+  // Makes the pixels transparent whose components are all 255.
+  Image write_image_without_white(const ImageData& image, const ImageTags& tags = {}) {
+    return write_image(image, true, tags);
+  }
+  // With a soft mask: a grey image of any size, 0 is transparent.
+  Image write_image_with_alpha(const ImageData& image, const ImageData& alpha,
+                               const ImageTags& tags = {}) {
+    constexpr const char* kFunction = "WritePdfImageWithAlpha";
+    const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
+    const TPdfImageDescriptor alpha_record = detail::descriptor(alpha, kFunction);
+    const Arguments arguments(tags, kFunction);
+    return Image(write(kFunction, [&](int* number) {
+      return WritePdfImageWithAlpha(handle(), &record, &alpha_record, arguments.role,
+                                    arguments.name.c_str(), arguments.items.count(),
+                                    arguments.items.data(), number);
+    }));
+  }
+  // JPEG 2000 data, which names its own colour space and alpha.
+  Image write_jpeg2000_image(const ImageData& image, const ImageTags& tags = {}) {
+    constexpr const char* kFunction = "WritePdfImageJPEG2000";
+    const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
+    const Arguments arguments(tags, kFunction);
+    return Image(write(kFunction, [&](int* number) {
+      return WritePdfImageJPEG2000(handle(), &record, arguments.role, arguments.name.c_str(),
+                                   arguments.items.count(), arguments.items.data(), number);
+    }));
+  }
+
+  // A profile for RGB data and the colour space made of it, for ImageData::color_space.
+  Profile write_icc_profile(Bytes profile, Compression compression = Compression::none) {
+    constexpr const char* kFunction = "WritePdfICCProfile";
+    const std::uint32_t size = detail::size_in_32_bits(profile, kFunction);
+    return Profile(write(kFunction, [&](int* number) {
+      return WritePdfICCProfile(handle(), profile.data(), size,
+                                static_cast<TPdfCompression>(compression), number);
+    }));
+  }
+
+ private:
+  enum Kind : bool { kMemory, kFile };
+
+  // What all images are given besides their data.
+  struct Arguments {
+    Arguments(const ImageTags& tags, const char* function)
+        : role(static_cast<TPdfImageRole>(tags.role)),
+          name(tags.name, {function, "name"}),
+          items(tags.entries, function) {}
+
+    TPdfImageRole role;
+    detail::WideText name;
+    detail::Items items;
+  };
+
+  Document(JTPDFDocument* handle, Unit unit, Kind kind) noexcept
+      : handle_(handle), unit_(unit), kind_(kind) {}
+
+  Image write_image(const ImageData& image, bool mask_white, const ImageTags& tags) {
+    constexpr const char* kFunction = "WritePdfImage";
+    const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
+    const Arguments arguments(tags, kFunction);
+    return Image(write(kFunction, [&](int* number) {
+      return WritePdfImage(handle(), &record, mask_white, arguments.role, arguments.name.c_str(),
+                           arguments.items.count(), arguments.items.data(), number);
+    }));
+  }
+
+  JTPDFRect rect(const Box& box) const noexcept {
+    return {box.left.in(unit_), box.bottom.in(unit_), box.width.in(unit_), box.height.in(unit_),
+            box.angle.degrees};
+  }
+
+  // Makes the call and throws for its code. A refusal sets no errno, so with 0 in it beforehand no
+  // older failure can pass for the reason.
+  template <typename Call>
+  void check(const char* function, const Call& call) {
+    const int callers_errno = errno;
+    errno = 0;
+    const std::int32_t code = call();
+    errno = callers_errno;
+    if (code == 0) return;
+    unfinished_ = false;  // whoever gets the error knows that the file is incomplete
+    throw Error(function, code);
+  }
+
+  // The same for a call that gives an object's number.
+  template <typename Call>
+  int write(const char* function, const Call& call) {
+    int number = 0;
+    check(function, [&] { return call(&number); });
+    return number;
+  }
+
+  std::unique_ptr<JTPDFDocument, detail::Destroy> handle_;
+  Unit unit_;
+  Kind kind_;
+  bool unfinished_ = false;  // an open file that neither finish() nor an error has settled
+  int exceptions_ = std::uncaught_exceptions();
+};
+
+// ---- Diagnostics ------------------------------------------------------------------------------
+
+// The process-wide switch for messages on stderr. Set it before documents are used by threads.
+inline bool diagnostic_mode() noexcept {
+  return JTPDFGetDiagnosticMode();
+}
+inline void set_diagnostic_mode(bool on) noexcept {
+  JTPDFSetDiagnosticMode(on);
+}
+
+}  // namespace jtpdf
+
+template <>
+struct std::is_error_code_enum<jtpdf::Errc> : std::true_type {};
+
+#endif  // JTPDF_JTPDF_HPP
