@@ -80,7 +80,11 @@ std::streampos JTPDFDocument::WriteLn(std::string_view line) {
       writable ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
   if (line.empty()) return position;
   if (!writable) output->setstate(std::ios_base::badbit);  // throws
+  AppendLine(line);
+  return position;
+}
 
+void JTPDFDocument::AppendLine(std::string_view line) {
   constexpr std::string_view kLineEnd = "\r\n";
   if (line.size() + kLineEnd.size() > lines.Room()) FlushLines();
   if (line.size() + kLineEnd.size() > lines.Room()) {
@@ -88,7 +92,6 @@ std::streampos JTPDFDocument::WriteLn(std::string_view line) {
     line = std::string_view();
   }
   lines << line << kLineEnd;
-  return position;
 }
 
 void JTPDFDocument::WriteRaw(char const* data, unsigned long size) {

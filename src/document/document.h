@@ -71,6 +71,8 @@ class JTPDFDocument {
   // noStreamIfEmpty an empty stream is left out, else it is written with length 0.
   int WriteDict(std::string const& dict);
   int WriteDict(std::string const& dict, std::string const& stream, bool noStreamIfEmpty);
+  // The same for a stream that is the text of lines, even an empty one, without a copy of it.
+  int WriteDict(std::string const& dict, JTPDFStringList const& stream);
   void InitializeGraphicsStateDict();
 
   // images.cpp
@@ -116,15 +118,17 @@ class JTPDFDocument {
 
   // document.cpp
   [[noreturn]] static void Refuse(char const* message);
+  void AppendLine(std::string_view line);
   void WriteRaw(char const* data, unsigned long size);
   void FlushLines();
   void CloseFile();
 
   // indirect_objects.cpp: the number of the next object, the line "N 0 obj" that takes it, the
-  // line of a length, and the line "endobj" with which the object goes to the sink.
+  // lines from a stream's length to its data, and the line "endobj" with which the object goes to
+  // the sink.
   int NextObject() const { return static_cast<int>(xref.size()); }
   int BeginObject();
-  void WriteLength(std::size_t size);
+  void BeginStream(std::size_t size);
   void EndObject();
 
   std::wstring creator;
@@ -146,8 +150,8 @@ class JTPDFDocument {
   JTPDFDict infoDict;
   int graphicsStateObject = 0;
   // Lines of the object being written. One call of the stream for each line would take a third of
-  // the time of a small document.
-  TextBuffer<4096> lines;
+  // the time of a small document, and smaller pieces more system calls.
+  TextBuffer<32768> lines;
   // Bytes written to the sink. Counted, because a sink that cannot seek does not know its position
   // and asking one that can costs a system call.
   std::streamoff written = 0;

@@ -13,7 +13,7 @@ int JTPDFDocument::WriteCanvas() {
   canvas["/FormType"] = "1";
   canvas["/BBox"] = canvas.GetBoundingBox().AsPoints(unitFactor).AsArray();
   canvas["/Resources/ExtGState/GS0"] = AsRefString(graphicsStateObject);
-  const int number = WriteDict(canvas.AsString(), canvas.GetContents().Text(), false);
+  const int number = WriteDict(canvas.AsString(), canvas.GetContents());
   canvas.Clear();
   return number;
 }

@@ -24,9 +24,7 @@ int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
   WriteLn("/N 3");
   const std::string filter = FilterValueFromCompression(compression);
   if (!filter.empty()) WriteLn("/Filter " + filter);
-  WriteLength(size);
-  WriteLn(">>");
-  WriteLn("stream");
+  BeginStream(size);
   WriteRaw(profile, size);
   WriteLn("endstream");  // kept: directly behind the data, as for images
   EndObject();

@@ -121,9 +121,7 @@ int JTPDFDocument::WriteImage(char const* data, unsigned long size, TPdfColorSpa
   const int number = BeginObject();
   WriteLn("<<");
   WriteLn(dict.AsString());
-  WriteLength(size);
-  WriteLn(">>");
-  WriteLn("stream");
+  BeginStream(size);
   WriteRaw(data, size);
   WriteLn("endstream");  // kept: directly behind the data, without a line end between
   EndObject();

@@ -19,10 +19,12 @@ int JTPDFDocument::BeginObject() {
   return AddToXRef(WriteLn(line));
 }
 
-void JTPDFDocument::WriteLength(std::size_t size) {
+void JTPDFDocument::BeginStream(std::size_t size) {
   TextBuffer<128> line;
   line << "/Length " << static_cast<long long>(size);
   WriteLn(line);
+  WriteLn(">>");
+  WriteLn("stream");
 }
 
 void JTPDFDocument::EndObject() {
@@ -42,12 +44,21 @@ int JTPDFDocument::WriteDict(std::string const& dict, std::string const& stream,
   if (stream.empty() && noStreamIfEmpty) {
     WriteLn(">>");
   } else {
-    WriteLength(stream.size());
-    WriteLn(">>");
-    WriteLn("stream");
+    BeginStream(stream.size());
     WriteLn(stream);  // its line end is not part of the stream's length
     WriteLn("endstream");
   }
+  EndObject();
+  return number;
+}
+
+int JTPDFDocument::WriteDict(std::string const& dict, JTPDFStringList const& stream) {
+  const int number = BeginObject();
+  WriteLn("<<");
+  WriteLn(dict);
+  BeginStream(stream.TextSize());
+  for (std::string const& line : stream.Lines()) AppendLine(line);
+  WriteLn("endstream");
   EndObject();
   return number;
 }

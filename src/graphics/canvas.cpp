@@ -5,6 +5,8 @@
 //
 // Parts of a line stand one blank apart; where two blanks stand in a row, as in front of "/Im12",
 // they are kept: the line has always been joined from parts that bring a blank of their own along.
+// The lines of a shape are added as one text: it is in the canvas whole or not at all, and takes
+// half the instructions of a text per line.
 
 #include "graphics/canvas.h"
 

@@ -38,16 +38,19 @@ void JTPDFStringList::AddJoined(std::initializer_list<std::string_view> texts) {
   lines.push_back(std::move(line));
 }
 
+std::size_t JTPDFStringList::TextSize() const {
+  if (lines.empty()) return 0;
+  std::size_t size = 2 * (lines.size() - 1);
+  for (std::string const& line : lines) size += line.size();
+  return size;
+}
+
 std::string JTPDFStringList::Text() const {
   std::string text;
-  if (lines.empty()) return text;
-  std::size_t size = 0;
-  for (std::string const& line : lines) size += line.size() + 2;
-  text.reserve(size);
+  text.reserve(TextSize());
   for (std::string const& line : lines) {
+    if (&line != &lines.front()) text += "\r\n";
     text += line;
-    text += "\r\n";
   }
-  text.resize(text.size() - 2);
   return text;
 }

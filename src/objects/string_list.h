@@ -6,6 +6,7 @@
 #define JTPDF_OBJECTS_STRING_LIST_H
 
 #include <concepts>
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -15,7 +16,8 @@ class JTPDFStringList {
  public:
   // Joins the texts into one line and appends it. One blank goes between two texts unless the line
   // so far ends in "[" or the next text is exactly "]"; blanks that a text brings along stay, so
-  // lines with two blanks in a row come out as such. The line is added whole or not at all.
+  // lines with two blanks in a row come out as such. The line is added whole or not at all; it may
+  // hold line ends of its own, so that several lines are.
   // Any number of NUL-terminated texts, none null; a count of 0 appends nothing.
   void Add(unsigned int count, ...);
 
@@ -31,6 +33,10 @@ class JTPDFStringList {
 
   // All lines with "\r\n" between two of them and none behind the last; "" for no lines.
   std::string Text() const;
+  std::size_t TextSize() const;
+
+  // The lines that Text joins, for a writer that needs no copy of them all.
+  std::vector<std::string> const& Lines() const { return lines; }
 
   void Clear() { lines.clear(); }
 
