@@ -1,14 +1,23 @@
-# Install rules: the library and its headers, a CMake package and a pkg-config file, both
-# relocatable.
+# Install rules. Components: runtime (the shared library), development (headers, CMake package,
+# pkg-config file, static library), tools (the command), documentation, python.
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS jtpdf EXPORT jtpdfTargets
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/jtpdf)
+
+install(TARGETS jtpdf EXPORT jtpdfSharedTargets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   FILE_SET HEADERS COMPONENT development)
+install(EXPORT jtpdfSharedTargets NAMESPACE jtpdf:: DESTINATION ${package_dir}
+  COMPONENT development)
+if(TARGET jtpdf_static)
+  install(TARGETS jtpdf_static EXPORT jtpdfStaticTargets
+    ARCHIVE COMPONENT development
+    FILE_SET HEADERS COMPONENT development)
+  install(EXPORT jtpdfStaticTargets NAMESPACE jtpdf:: DESTINATION ${package_dir}
+    COMPONENT development)
+endif()
 
-set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/jtpdf)
-install(EXPORT jtpdfTargets NAMESPACE jtpdf:: DESTINATION ${package_dir} COMPONENT development)
 configure_package_config_file(cmake/jtpdfConfig.cmake.in jtpdfConfig.cmake
   INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(jtpdfConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -22,3 +31,9 @@ file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefi
 configure_file(cmake/jtpdf.pc.in jtpdf.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/jtpdf.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+install(FILES README.md CHANGELOG.md LICENSE
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(FILES docs/album.jpg DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
+
+include(cmake/JtpdfPackage.cmake)

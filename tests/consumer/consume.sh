@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds and runs the stranger's project: consume.sh find_package|pkg_config|add_subdirectory
-# SOURCE WORK. Everything happens below WORK, which is made anew.
+# Builds and runs the stranger's project: consume.sh find_package|static|pkg_config|
+# add_subdirectory SOURCE WORK. Everything happens below WORK, which is made anew.
 set -euo pipefail
 way=$1 source=$2 work=$3
 rm -rf "$work"
@@ -9,7 +9,8 @@ project=$(cd "$(dirname "${BASH_SOURCE[0]}")/project" && pwd)
 
 stage() {
   cmake -G Ninja -S "$source" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
-    -DJTPDF_BUILD_TOOLS=OFF -DJTPDF_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX="$work/first" >/dev/null
+    -DJTPDF_BUILD_TOOLS=OFF -DJTPDF_BUILD_EXAMPLES=OFF -DCMAKE_INSTALL_PREFIX="$work/first" "$@" \
+    >/dev/null
   cmake --build "$work/build"
   cmake --install "$work/build" >/dev/null
   # Nothing in the installed tree may know where it was installed.
@@ -24,6 +25,16 @@ case $way in
   find_package)
     stage
     cmake -G Ninja -S "$project" -B "$work/host" -DCMAKE_PREFIX_PATH="$work/stage dir" >/dev/null
+    cmake --build "$work/host"
+    "$work/host/host"
+    ;;
+  static)
+    stage -DJTPDF_BUILD_STATIC=ON
+    # The component that is not asked for may be missing.
+    find "$work/stage dir" -name 'libjtpdf.so*' -delete
+    find "$work/stage dir" -name 'jtpdfSharedTargets*' -delete
+    cmake -G Ninja -S "$project" -B "$work/host" -DCMAKE_PREFIX_PATH="$work/stage dir" \
+      -DJTPDF_COMPONENT=static >/dev/null
     cmake --build "$work/host"
     "$work/host/host"
     ;;
@@ -42,7 +53,7 @@ case $way in
     "$work/host/host"
     ;;
   *)
-    echo "consume.sh: unknown way '$way': use find_package, pkg_config or add_subdirectory" >&2
+    echo "consume.sh: unknown way '$way': use find_package, static, pkg_config or add_subdirectory" >&2
     exit 2
     ;;
 esac

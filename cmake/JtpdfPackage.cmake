@@ -1,0 +1,70 @@
+# Debian packages, one a component: cpack -G DEB in the build folder, or scripts/package.
+
+set(CPACK_PACKAGE_NAME jtpdf)
+set(CPACK_PACKAGE_VENDOR "the JTPDF authors")
+set(CPACK_PACKAGE_CONTACT "the JTPDF authors <jtpdf@jtpdf.org.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_GENERATOR DEB)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR}/src)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+# Each package carries its licence and its change log where Debian looks for them.
+function(jtpdf_package component package summary)
+  string(TOUPPER ${component} COMPONENT)
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${package} PARENT_SCOPE)
+  set(CPACK_COMPONENT_${COMPONENT}_DESCRIPTION
+    "${summary}\n JTPDF writes PDF 1.5 files in one forward pass: images that are encoded\n already, rectangles and circles, in boxes with a rotation angle." PARENT_SCOPE)
+  install(FILES packaging/debian/copyright
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
+endfunction()
+
+find_program(GZIP gzip)
+if(GZIP)
+  execute_process(COMMAND ${GZIP} -9nc ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/changelog
+    OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz COMMAND_ERROR_IS_FATAL ANY)
+  set(CPACK_COMPONENTS_ALL)
+  jtpdf_package(runtime libjtpdf2 "Library that writes PDF files in one forward pass")
+  jtpdf_package(development libjtpdf-dev "Headers and build files of the JTPDF library")
+  if(TARGET jtpdf_tool)
+    jtpdf_package(tools jtpdf "Command that turns images into a PDF")
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
+  endif()
+  jtpdf_package(documentation jtpdf-doc "Documentation of the JTPDF library")
+  set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+  set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/bindings/python)
+    jtpdf_package(python python3-jtpdf "Python binding of the JTPDF library")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), libjtpdf2 (>= ${PROJECT_VERSION})")
+  endif()
+
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/shlibs;${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers;${CMAKE_CURRENT_BINARY_DIR}/symbols")
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "libjtpdf2 (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+
+  # The symbol list of the package, from the one list of exported names.
+  file(STRINGS src/jtpdf.exports names)
+  list(TRANSFORM names PREPEND " ")
+  list(TRANSFORM names APPEND "@Base ${PROJECT_VERSION}")
+  list(JOIN names "\n" symbols)
+  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/symbols "libjtpdf.so.2 libjtpdf2\n${symbols}\n")
+endif()
+
+include(CPack)
