@@ -13,7 +13,8 @@
 namespace {
 
 // Coordinates as drawing has them, and one that takes the slow way.
-constexpr std::array kReals = {0.0, 1.0, -12.5, 28.3464567, 595.2756, 0.0001, 841.8898, -0.70710678};
+constexpr std::array kReals = {0.0,      1.0,    -12.5,    28.3464567,
+                               595.2756, 0.0001, 841.8898, -0.70710678};
 
 void BM_Num(benchmark::State& state) {
   std::size_t i = 0;

@@ -221,9 +221,7 @@ class Sink {
     }
   }
 
-  std::uint64_t Position() const {
-    return flushed + static_cast<std::uint64_t>(end - block.start);
-  }
+  std::uint64_t Position() const { return flushed + static_cast<std::uint64_t>(end - block.start); }
   std::uint64_t PositionOf(char const* p) const {
     return flushed + static_cast<std::uint64_t>(p - block.start);
   }
@@ -264,7 +262,8 @@ class Sink {
 
 constexpr std::string_view kHead =
     "%PDF-1.5\r\n%\xE2\xE3\xCD\xD3\r\n1 0 obj\r\n<<\r\n/AIS false\r\n/BM /Normal\r\n/ca 1.0\r\n"
-    "/CA 1.0\r\n/OP false\r\n/op false\r\n/OPM 1\r\n/SA true\r\n/SMask /None\r\n/Type /ExtGState\r\n"
+    "/CA 1.0\r\n/OP false\r\n/op false\r\n/OPM 1\r\n/SA true\r\n/SMask /None\r\n/Type "
+    "/ExtGState\r\n"
     ">>\r\nendobj\r\n";
 constexpr std::string_view kFirstLine = "/GS0 gs";
 
@@ -336,9 +335,10 @@ class Floor {
                           " 0 obj\r\n<<\r\n/BitsPerComponent 8\r\n/ColorSpace /DeviceRGB\r\n"
                           "/Filter /DCTDecode\r\n/Height ");
     p = PutInteger(p, static_cast<unsigned>(height));
-    p = Put(p, "\r\n/Intent /RelativeColorimetric\r\n/JTImageName (\xFE\xFF"
-               "\\000p\\000h\\000o\\000t\\000o)\r\n/JTImageType /Photo\r\n"
-               "/Subtype /Image\r\n/Type /XObject\r\n/Width ");
+    p = Put(p,
+            "\r\n/Intent /RelativeColorimetric\r\n/JTImageName (\xFE\xFF"
+            "\\000p\\000h\\000o\\000t\\000o)\r\n/JTImageType /Photo\r\n"
+            "/Subtype /Image\r\n/Type /XObject\r\n/Width ");
     p = PutInteger(p, static_cast<unsigned>(width));
     p = Put(PutInteger(Put(p, "\r\n/Length "), jpeg.size()), "\r\n>>\r\nstream\r\n");
     sink.Take(p);
@@ -375,8 +375,8 @@ class Floor {
     const auto form = static_cast<unsigned>(NextObject() - 1);
     contents.push_back(NextObject());
     char number[16];
-    const std::string_view digits(
-        number, static_cast<std::size_t>(PutInteger(number, form) - number));
+    const std::string_view digits(number,
+                                  static_cast<std::size_t>(PutInteger(number, form) - number));
     p = PutInteger(BeginObject(p, " 0 obj\r\n<<\r\n/Length "), 25 + digits.size());
     p = Put(Put(p, "\r\n>>\r\nstream\r\nq 1 0 0 1 0 0 cm /Fm"), digits);
     sink.Take(Put(p, " Do Q\r\nendstream\r\nendobj\r\n"));
@@ -401,7 +401,9 @@ class Floor {
       p = Put(Put(p, " 0 R\r\n/CropBox "), box);
       p = Put(Put(Put(p, "/MediaBox "), box), "/Parent ");
       p = Put(p, parentDigits);
-      p = Put(p, " 0 R\r\n/Resources\r\n<<\r\n/ProcSet [/PDF /ImageB /ImageC]\r\n/XObject\r\n<<\r\n/Fm");
+      p = Put(
+          p,
+          " 0 R\r\n/Resources\r\n<<\r\n/ProcSet [/PDF /ImageB /ImageC]\r\n/XObject\r\n<<\r\n/Fm");
       char* const digits = p;
       p = PutInteger(p, static_cast<unsigned>(content - 1));
       const auto size = static_cast<std::size_t>(p - digits);
@@ -522,9 +524,8 @@ std::size_t JpegsRoom(Job const& job) {
 }
 
 void WriteRectanglePage(Floor& floor, ShapeSource& source) {
-  floor.PageInPlace([&source](char* p) {
-    return PutRectangle(Put(p, kFirstLine), source.Next(), false);
-  });
+  floor.PageInPlace(
+      [&source](char* p) { return PutRectangle(Put(p, kFirstLine), source.Next(), false); });
 }
 
 void WritePages(Job const& job) {

@@ -74,8 +74,7 @@ void DrawRotated(HPDF_Page page, Shape const& s) {
   SetColors(page, s);
   HPDF_Page_Concat(page, Real(cosine), Real(sine), Real(-sine), Real(cosine),
                    Real(s.left + s.width / 2), Real(s.bottom + s.height / 2));
-  HPDF_Page_Rectangle(page, Real(-s.width / 2), Real(-s.height / 2), Real(s.width),
-                      Real(s.height));
+  HPDF_Page_Rectangle(page, Real(-s.width / 2), Real(-s.height / 2), Real(s.width), Real(s.height));
   HPDF_Page_FillStroke(page);
   HPDF_Page_GRestore(page);
 }

@@ -85,9 +85,10 @@ void WriteJpegs(Job const& job, Document& doc) {
   SetPdfCanvasBoundingBox(doc, page);
   for (std::size_t i = 0; i < job.count; ++i) {
     const std::string_view jpeg = files.Read(i);
-    const TPdfImageDescriptor image = {jpeg.data(), static_cast<uint32_t>(jpeg.size()),
-                                       kPdfCompressionJPEG, files.Width(), files.Height(), 8,
-                                       kPdfColorSpaceRGB, 0};
+    const TPdfImageDescriptor image = {jpeg.data(),         static_cast<uint32_t>(jpeg.size()),
+                                       kPdfCompressionJPEG, files.Width(),
+                                       files.Height(),      8,
+                                       kPdfColorSpaceRGB,   0};
     int number = 0;
     Check(WritePdfImage(doc, &image, false, kPdfImageRolePhoto, L"photo", 0, nullptr, &number));
     DrawPdfImage(doc, number);

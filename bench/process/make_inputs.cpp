@@ -1,5 +1,6 @@
-// make_inputs FOLDER - the JPEG files of the process benchmark, the same bytes on every machine with
-// the same libjpeg: 200 of about 2 MB and 200 of about 2 KB. Files that are there are left alone.
+// make_inputs FOLDER - the JPEG files of the process benchmark, the same bytes on every machine
+// with the same libjpeg: 200 of about 2 MB and 200 of about 2 KB. Files that are there are left
+// alone.
 
 #include <cstdint>
 #include <cstdio>
@@ -27,7 +28,8 @@ std::vector<std::uint8_t> Picture(int width, int height, std::uint32_t seed, uns
     for (int x = 0; x < width; ++x) {
       for (int c = 0; c < kComponents; ++c) {
         noise = noise * 1664525U + 1013904223U;
-        const unsigned ramp = static_cast<unsigned>(x * (c + 1) + y * (3 - c) + seed * 16) / 8 % 384;
+        const unsigned ramp =
+            static_cast<unsigned>(x * (c + 1) + y * (3 - c) + seed * 16) / 8 % 384;
         const unsigned wave = ramp < 192 ? ramp : 383 - ramp;
         pixels[at++] = static_cast<std::uint8_t>(16 + wave + (noise >> 16) % grain);
       }

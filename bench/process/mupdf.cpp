@@ -28,8 +28,7 @@ fz_context* NewContext() {
 }
 
 struct Document {
-  explicit Document(fz_context* context)
-      : context(context), doc(pdf_create_document(context)) {
+  explicit Document(fz_context* context) : context(context), doc(pdf_create_document(context)) {
     pages = pdf_dict_getp(context, pdf_trailer(context, doc), "Root/Pages");
     kids = pdf_dict_get(context, pages, PDF_NAME(Kids));
   }
@@ -222,8 +221,12 @@ bool Run(Job const& job) {
   fz_context* const context = NewContext();
   bool available = false;
   fz_var(available);
-  fz_try(context) { available = Work(job, context); }
-  fz_catch(context) { Fail(context, "a call failed"); }
+  fz_try(context) {
+    available = Work(job, context);
+  }
+  fz_catch(context) {
+    Fail(context, "a call failed");
+  }
   fz_drop_context(context);
   return available;
 }

@@ -26,11 +26,16 @@ struct Name {
   Workload workload;
 };
 constexpr Name kNames[] = {
-    {"rectangles", Workload::kRectangles}, {"rotated", Workload::kRotated},
-    {"ellipses", Workload::kEllipses},     {"jpeg-file", Workload::kJpegFile},
-    {"jpeg-memory", Workload::kJpegMemory}, {"small-jpegs", Workload::kSmallJpegs},
-    {"pages", Workload::kPages},           {"documents", Workload::kDocuments},
-    {"images", Workload::kImages},         {"keys", Workload::kKeys},
+    {"rectangles", Workload::kRectangles},
+    {"rotated", Workload::kRotated},
+    {"ellipses", Workload::kEllipses},
+    {"jpeg-file", Workload::kJpegFile},
+    {"jpeg-memory", Workload::kJpegMemory},
+    {"small-jpegs", Workload::kSmallJpegs},
+    {"pages", Workload::kPages},
+    {"documents", Workload::kDocuments},
+    {"images", Workload::kImages},
+    {"keys", Workload::kKeys},
     {"shuffled-keys", Workload::kShuffledKeys},
 };
 

@@ -147,7 +147,9 @@ class InputFiles {
 void KeepResult(Job const& job, char const* data, std::size_t size);
 
 // Whether the job is the last of kDocuments, whose result is kept.
-inline bool IsLast(Job const& job, std::size_t index) { return index + 1 == job.count; }
+inline bool IsLast(Job const& job, std::size_t index) {
+  return index + 1 == job.count;
+}
 
 }  // namespace bench
 
