@@ -28,7 +28,7 @@ struct ImageOptions {
   bool maskWhite = false;
   TPdfImageRole role = kPdfImageRolePhoto;
   wchar_t const* name = L"scan";
-  std::vector<JTPDFDictionaryItem> items;
+  std::vector<JTPDFDictionaryItem> items = {};
 };
 
 // A document that expects each call to succeed and to leave errno alone. last is the number that
