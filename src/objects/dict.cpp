@@ -53,11 +53,11 @@ std::size_t LengthToLastLineEnd(std::string_view text) {
 }
 
 // A bound of what PutItem writes for an entry and for closing what it opens: key (twice, if it is
-// its own parent) and value, blank and line end, an opening and a closing for each component.
+// its own parent) and value, blank and line end, an opening and a closing for each component. A
+// component takes two bytes of the key at least, only the last one may take one.
 std::size_t ItemBound(std::string_view key, std::string_view value) {
-  const auto components = static_cast<std::size_t>(std::count(key.begin(), key.end(), '/')) + 1;
-  return 2 * key.size() + value.size() + 3 +
-         components * std::string_view("/\r\n<<\r\n>>\r\n").size();
+  constexpr std::string_view kPerComponent = "/\r\n<<\r\n>>\r\n";
+  return 2 * key.size() + value.size() + 3 + (key.size() / 2 + 1) * kPerComponent.size();
 }
 
 char* Put(char* out, std::string_view text) {
