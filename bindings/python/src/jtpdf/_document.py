@@ -1,0 +1,341 @@
+"""Documents."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import warnings
+from types import TracebackType
+from typing import TYPE_CHECKING, Mapping
+
+from . import _native
+from ._errors import Error
+from ._pictures import Picture
+from ._values import (POINT, Box, Color, ColorSpace, Compression, Form, Image, ImageData, Profile,
+                      Role)
+
+if TYPE_CHECKING:
+    from _typeshed import ReadableBuffer, StrOrBytesPath
+
+_ICC_BASED = 3  # the kind of colour space that a Profile is
+
+_NO_ENTRIES: Mapping[str, str] = {}
+
+
+class Document:
+    """A PDF file that is being written, in one forward pass.
+
+    Without a path the document is kept in memory, and ``data`` gives its bytes when it is finished.
+    All lengths are in ``unit``, the number of PDF points that one unit is.
+
+    >>> import jtpdf
+    >>> sheet = jtpdf.Box(0, 0, 210, 297)
+    >>> with jtpdf.Document("out.pdf", unit=jtpdf.MILLIMETER) as doc:
+    ...     doc.canvas_box = sheet
+    ...     doc.fill_rectangle(jtpdf.Box(20, 20, 60, 40, angle=15), jtpdf.Color(255, 128, 0))
+    ...     doc.write_page(doc.write_canvas(), sheet)
+
+    The end of the ``with`` block finishes the document. If an exception leaves the block, the
+    document is given up instead, and a file stays incomplete. Without a ``with`` block say finish()
+    or discard(); a file that is dropped without either gives a ResourceWarning.
+
+    A document is used by one thread at a time; other threads run while it writes.
+    """
+
+    def __init__(self, path: StrOrBytesPath | None = None, *, unit: float = POINT,
+                 creator: str = "", author: str = "") -> None:
+        self._prepare(path, unit, creator, author)
+        self.open()
+
+    @classmethod
+    def unopened(cls, path: StrOrBytesPath | None = None, *, unit: float = POINT,
+                 creator: str = "", author: str = "") -> Document:
+        """A document still to be opened; all that is not written can be set before.
+
+        >>> doc = Document.unopened()
+        >>> doc.set_info("Title", "Early")
+        >>> doc.open()
+        """
+        document = cls.__new__(cls)
+        document._prepare(path, unit, creator, author)
+        return document
+
+    def _prepare(self, path: StrOrBytesPath | None, unit: float, creator: str,
+                 author: str) -> None:
+        self._unfinished = False  # an open file that nothing has settled
+        self._handle: _native.Handle | None = None
+        self._path = None if path is None else os.fsdecode(path)
+        creator = _native.text(creator, "creator")
+        author = _native.text(author, "author")
+        if self._path is not None:
+            pointer = _native.library.CreateFilePdfDoc(
+                unit, _native.text(self._path, "path"), creator, author)
+            self._handle = _native.Handle(pointer)
+            return
+        self._handle = _native.Handle(_native.library.CreateMemoryPdfDoc(unit))
+        if creator:
+            self.set_info("Creator", creator)
+        if author:
+            self.set_info("Author", author)
+
+    def __repr__(self) -> str:
+        place = "in memory" if self._path is None else repr(self._path)
+        return f"<jtpdf.Document {place}>"
+
+    # -- Beginning and end
+
+    def __enter__(self) -> Document:
+        return self
+
+    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
+                 traceback: TracebackType | None) -> None:
+        if self._handle is None:
+            return
+        if kind is None:
+            self.finish()
+        else:
+            self.discard()
+
+    def __del__(self) -> None:
+        if getattr(self, "_unfinished", False):
+            warnings.warn(f"{self!r} was dropped without finish() or discard() and is incomplete",
+                          ResourceWarning, stacklevel=2, source=self)
+
+    @property
+    def _pointer(self) -> int:
+        if self._handle is None:
+            raise ValueError(f"{self!r} was discarded")
+        return self._handle.pointer
+
+    def open(self) -> None:
+        """Opens the file, truncating what is there. Can be repeated if it fails."""
+        self._call("InitPdfDoc")
+        self._unfinished = self._path is not None
+
+    def finish(self, closing_text: str = "") -> None:
+        """Writes what is left and closes the file.
+
+        A closing text becomes one more line at the very end. Does nothing the second time.
+        """
+        closing = _native.text(closing_text, "closing_text").encode("utf-8")
+        self._call("FinalizePdfDoc", closing)
+        self._unfinished = False
+
+    def discard(self) -> None:
+        """Gives the document up: a file that is not finished stays incomplete."""
+        self._handle = None
+        self._unfinished = False
+
+    @property
+    def data(self) -> memoryview:
+        """The bytes of a finished document in memory, without a copy.
+
+        >>> doc = Document()
+        >>> doc.finish()
+        >>> bytes(doc.data[:8])
+        b'%PDF-1.5'
+        """
+        address = _native.library.GetPdfData(self._pointer)
+        if address is None:
+            raise ValueError(f"{self!r} has no bytes: only a finished document in memory has")
+        size = _native.library.GetPdfDataSize(self._pointer)
+        array = (ctypes.c_char * size).from_address(address)
+        array._owner = self._handle  # which lives as long as the view
+        return memoryview(array).cast("B").toreadonly()
+
+    # -- Information
+
+    def set_info(self, key: str, value: str) -> None:
+        """Sets an information item such as Title, Subject or Keywords.
+
+        >>> with Document() as doc:
+        ...     doc.set_info("Title", "Grüße, 世界")
+        """
+        _native.library.SetPdfInfoItem(
+            self._pointer, _native.text(key, "key").encode("utf-8"), _native.text(value, "value"))
+
+    @property
+    def mark(self) -> bool:
+        """The mark flag, written as the information item MGmk."""
+        return bool(_native.library.GetPdfMgMk(self._pointer))
+
+    @mark.setter
+    def mark(self, mark: bool) -> None:
+        _native.library.SetPdfMgMk(self._pointer, mark)
+
+    # -- The canvas
+
+    @property
+    def canvas_box(self) -> Box:
+        """The extent of the next form: nothing outside it shows.
+
+        >>> doc = Document()
+        >>> doc.canvas_box = Box(0, 0, 595, 842)
+        >>> doc.canvas_box.height
+        842.0
+        """
+        rect = _native.library.GetPdfCanvasBoundingBox(self._pointer)
+        return Box(rect.left, rect.bottom, rect.width, rect.height, rect.angle)
+
+    @canvas_box.setter
+    def canvas_box(self, box: Box) -> None:
+        _native.library.SetPdfCanvasBoundingBox(self._pointer, _rect(box))
+
+    def clear_canvas(self) -> None:
+        """Removes all that was drawn since the last form; the canvas box stays."""
+        _native.library.ClearPdfCanvas(self._pointer)
+
+    def draw_image(self, image: Image, box: Box | None = None) -> None:
+        """Draws the image into the box, or over the canvas box as it is at this moment."""
+        number = _number(image, Image)
+        if box is None:
+            _native.library.DrawPdfImage(self._pointer, number)
+        else:
+            _native.library.DrawPdfImageInRect(self._pointer, number, _rect(box))
+
+    def fill_rectangle(self, box: Box, fill: Color) -> None:
+        """Fills the box, turned by its angle."""
+        _native.library.FillPdfRectangle(self._pointer, _rect(box), _color(fill))
+
+    def stroke_rectangle(self, box: Box, stroke: Color, line_width: float) -> None:
+        """Strokes the box; the stroke lies half inside and half outside of it."""
+        _native.library.StrokePdfRectangle(self._pointer, _rect(box), _color(stroke), line_width)
+
+    def fill_and_stroke_rectangle(self, box: Box, fill: Color, stroke: Color,
+                                  line_width: float) -> None:
+        """Fills the box and strokes it."""
+        _native.library.FillAndStrokePdfRectangle(
+            self._pointer, _rect(box), _color(fill), _color(stroke), line_width)
+
+    def fill_and_stroke_circle(self, box: Box, fill: Color, stroke: Color,
+                               line_width: float) -> None:
+        """Fills and strokes the ellipse in the box, the stroke inside.
+
+        The box's angle is ignored. Line width and colours stay in force on this canvas.
+        """
+        _native.library.FillAndStrokePdfCircle(
+            self._pointer, _rect(box), _color(fill), _color(stroke), line_width)
+
+    # -- Objects
+
+    def write_canvas(self) -> Form:
+        """Makes a form of the canvas and empties it."""
+        return Form(self._write("WritePdfCanvas"))
+
+    def write_page(self, form: Form, media_box: Box, *, crop_box: Box | None = None) -> None:
+        """Adds a page that shows the form. The crop box is the part that readers show."""
+        crop = media_box if crop_box is None else crop_box
+        self._call("WritePdfPage", _number(form, Form), _rect(crop), _rect(media_box))
+
+    def write_image(self, image: ImageData, *, mask_white: bool = False, role: Role = Role.OTHER,
+                    name: str = "", entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
+        """Writes an image; with mask_white, pixels of nothing but 255 become transparent.
+
+        ``entries`` are added to the image's dictionary.
+
+        >>> import zlib
+        >>> with Document() as doc:
+        ...     pixels = zlib.compress(bytes([255, 0, 0, 0, 0, 255]))
+        ...     doc.write_image(ImageData(pixels, Compression.FLATE, 2, 1), name="flag")
+        Image(number=2)
+        """
+        with _Descriptor(image) as descriptor:
+            return Image(self._write("WritePdfImage", descriptor, mask_white,
+                                     *_tags(role, name, entries)))
+
+    def write_image_with_alpha(self, image: ImageData, alpha: ImageData, *,
+                               role: Role = Role.OTHER, name: str = "",
+                               entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
+        """Writes an image with a grey one of any size as its soft mask: 0 is transparent."""
+        with _Descriptor(image) as descriptor, _Descriptor(alpha) as alpha_descriptor:
+            return Image(self._write("WritePdfImageWithAlpha", descriptor, alpha_descriptor,
+                                     *_tags(role, name, entries)))
+
+    def write_jpeg2000_image(self, image: ImageData, *, role: Role = Role.OTHER, name: str = "",
+                             entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
+        """Writes JPEG 2000 data, which names its own colour space and alpha."""
+        with _Descriptor(image) as descriptor:
+            return Image(self._write("WritePdfImageJPEG2000", descriptor,
+                                     *_tags(role, name, entries)))
+
+    def write_icc_profile(self, profile: ReadableBuffer,
+                          compression: Compression = Compression.NONE) -> Profile:
+        """Writes a profile for RGB data, to be the color_space of image data."""
+        with _native.Borrowed(profile) as memory:
+            return Profile(self._write("WritePdfICCProfile", memory.address, memory.size,
+                                       compression))
+
+    # -- Put together
+
+    def write_picture(self, picture: Picture, *, role: Role = Role.OTHER, name: str = "",
+                      entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
+        """Writes a picture, with its alpha channel if it has one."""
+        if picture.alpha is None:
+            return self.write_image(picture.image, role=role, name=name, entries=entries)
+        return self.write_image_with_alpha(picture.image, picture.alpha, role=role, name=name,
+                                           entries=entries)
+
+    def write_image_page(self, image: Image, sheet: Box) -> None:
+        """Adds a page that the image covers. What was on the canvas is lost."""
+        self.clear_canvas()
+        self.canvas_box = sheet
+        self.draw_image(image)
+        self.write_page(self.write_canvas(), sheet)
+
+    # -- Calls that can fail
+
+    def _call(self, function: str, *arguments: object) -> None:
+        try:
+            _native.call(function, self._pointer, *arguments, path=self._path)
+        except Error:
+            self._unfinished = False  # whoever gets the error knows that the file is incomplete
+            raise
+
+    def _write(self, function: str, *arguments: object) -> int:
+        number = ctypes.c_int()
+        self._call(function, *arguments, ctypes.byref(number))
+        return number.value
+
+
+class _Descriptor:
+    """The record of image data while it is borrowed."""
+
+    def __init__(self, image: ImageData) -> None:
+        self._image = image
+        self._memory = _native.Borrowed(image.data)
+
+    def __enter__(self) -> object:
+        image, memory = self._image, self._memory.__enter__()
+        if isinstance(image.color_space, Profile):
+            color_space, profile = _ICC_BASED, image.color_space.number
+        else:
+            color_space, profile = int(ColorSpace(image.color_space)), 0
+        return ctypes.byref(_native.ImageDescriptor(
+            memory.address, memory.size, image.compression, image.width, image.height,
+            image.bits_per_component, color_space, profile))
+
+    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
+                 traceback: TracebackType | None) -> None:
+        self._memory.__exit__(kind, value, traceback)
+
+
+def _tags(role: Role, name: str, entries: Mapping[str, str]) -> tuple[object, ...]:
+    items = (_native.DictionaryItem * len(entries))(*(
+        _native.DictionaryItem(_native.text(key, "key").encode("utf-8"),
+                               _native.text(value, "value"))
+        for key, value in entries.items()))
+    return int(role), _native.text(name, "name"), len(items), items
+
+
+def _rect(box: Box) -> _native.Rect:
+    return _native.Rect(box.left, box.bottom, box.width, box.height, box.angle)
+
+
+def _color(color: Color) -> _native.RGBColor:
+    return _native.RGBColor(color.red, color.green, color.blue, color.alpha)
+
+
+def _number(value: Image | Form, kind: type[Image] | type[Form]) -> int:
+    if not isinstance(value, kind):
+        raise TypeError(f"{value!r} is no {kind.__name__}")
+    return value.number

@@ -1,0 +1,204 @@
+"""The C interface: the shared library, its records and functions, and borrowed memory."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import pathlib
+from types import TracebackType
+from typing import TYPE_CHECKING, Any, Callable
+
+from ._errors import Error
+
+if TYPE_CHECKING:
+    from _typeshed import ReadableBuffer
+
+FILE_NAME = "libjtpdf.so.2"
+
+
+class Rect(ctypes.Structure):
+    _fields_ = [(name, ctypes.c_double) for name in ("left", "bottom", "width", "height", "angle")]
+
+
+class RGBColor(ctypes.Structure):
+    _fields_ = [(name, ctypes.c_uint8) for name in ("red", "green", "blue", "alpha")]
+
+
+class ImageDescriptor(ctypes.Structure):
+    _fields_ = [
+        ("data", ctypes.c_void_p),
+        ("size", ctypes.c_uint32),
+        ("compression", ctypes.c_int32),
+        ("width", ctypes.c_int32),
+        ("height", ctypes.c_int32),
+        ("bits_per_component", ctypes.c_int32),
+        ("color_space", ctypes.c_int32),
+        ("color_space_object", ctypes.c_int32),
+    ]
+
+
+class DictionaryItem(ctypes.Structure):
+    _fields_ = [("key", ctypes.c_char_p), ("value", ctypes.c_wchar_p)]
+
+
+_Doc = ctypes.c_void_p
+_Text = ctypes.c_wchar_p
+_Number = ctypes.POINTER(ctypes.c_int)
+_Image = ctypes.POINTER(ImageDescriptor)
+# The last arguments of the image writers: role, name, entries, number.
+_Tags = (ctypes.c_int32, _Text, ctypes.c_uint, ctypes.POINTER(DictionaryItem), _Number)
+
+_PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
+    "CreateFilePdfDoc": (_Doc, ctypes.c_double, _Text, _Text, _Text),
+    "CreateMemoryPdfDoc": (_Doc, ctypes.c_double),
+    "InitPdfDoc": (ctypes.c_int32, _Doc),
+    "FinalizePdfDoc": (ctypes.c_int32, _Doc, ctypes.c_char_p),
+    "GetPdfData": (ctypes.c_void_p, _Doc),
+    "GetPdfDataSize": (ctypes.c_size_t, _Doc),
+    "SetPdfInfoItem": (None, _Doc, ctypes.c_char_p, _Text),
+    "GetPdfMgMk": (ctypes.c_bool, _Doc),
+    "SetPdfMgMk": (None, _Doc, ctypes.c_bool),
+    "DestroyPdfDoc": (None, _Doc),
+    "ClearPdfCanvas": (None, _Doc),
+    "GetPdfCanvasBoundingBox": (Rect, _Doc),
+    "SetPdfCanvasBoundingBox": (None, _Doc, Rect),
+    "DrawPdfImage": (None, _Doc, ctypes.c_int),
+    "DrawPdfImageInRect": (None, _Doc, ctypes.c_int, Rect),
+    "FillPdfRectangle": (None, _Doc, Rect, RGBColor),
+    "StrokePdfRectangle": (None, _Doc, Rect, RGBColor, ctypes.c_double),
+    "FillAndStrokePdfRectangle": (None, _Doc, Rect, RGBColor, RGBColor, ctypes.c_double),
+    "FillAndStrokePdfCircle": (None, _Doc, Rect, RGBColor, RGBColor, ctypes.c_double),
+    "InsetPdfRect": (None, ctypes.POINTER(Rect), ctypes.c_double, ctypes.c_double),
+    "WritePdfCanvas": (ctypes.c_int32, _Doc, _Number),
+    "WritePdfPage": (ctypes.c_int32, _Doc, ctypes.c_int, Rect, Rect),
+    "WritePdfImage": (ctypes.c_int32, _Doc, _Image, ctypes.c_bool, *_Tags),
+    "WritePdfImageWithAlpha": (ctypes.c_int32, _Doc, _Image, _Image, *_Tags),
+    "WritePdfImageJPEG2000": (ctypes.c_int32, _Doc, _Image, *_Tags),
+    "WritePdfICCProfile": (
+        ctypes.c_int32, _Doc, ctypes.c_void_p, ctypes.c_uint, ctypes.c_int32, _Number),
+    "JTPDFGetDiagnosticMode": (ctypes.c_bool,),
+    "JTPDFSetDiagnosticMode": (None, ctypes.c_bool),
+}
+
+
+def _load() -> ctypes.CDLL:
+    """The library named by JTPDF_LIBRARY, the one in the wheel, or the system's."""
+    packaged = pathlib.Path(__file__).with_name(FILE_NAME)
+    name = os.environ.get("JTPDF_LIBRARY") or (
+        str(packaged) if packaged.exists() else FILE_NAME)
+    try:
+        library = ctypes.CDLL(name, use_errno=True)
+    except OSError as problem:
+        raise ImportError(
+            f"the shared library {name} cannot be loaded ({problem}); install libjtpdf2, or let "
+            "JTPDF_LIBRARY name the library") from problem
+    for function, (result, *arguments) in _PROTOTYPES.items():
+        try:
+            prototype = getattr(library, function)
+        except AttributeError as problem:
+            raise ImportError(f"{name} is no library for this package: {problem}") from problem
+        prototype.restype = result
+        prototype.argtypes = arguments
+    return library
+
+
+library = _load()
+
+
+def call(function: str, *arguments: Any, path: str | None = None) -> None:
+    """Calls a function that gives a result code; raises Error if it is not 0.
+
+    A refusal sets no errno, so with 0 in it beforehand no older failure passes for the reason.
+    """
+    ctypes.set_errno(0)
+    code: int = getattr(library, function)(*arguments)
+    if code != 0:
+        raise Error._of(function, code, path)
+
+
+class Handle:
+    """Owns a document of the C interface, which lives as long as anybody holds the handle."""
+
+    def __init__(self, pointer: int) -> None:
+        self.pointer = pointer
+        # Kept: while the interpreter shuts down, module globals may be gone before this object.
+        self._destroy: Callable[[int], None] = library.DestroyPdfDoc
+
+    def __del__(self) -> None:
+        self._destroy(self.pointer)
+
+
+class _PyBuffer(ctypes.Structure):
+    """Py_buffer of the stable ABI."""
+
+    _fields_ = [
+        ("buf", ctypes.c_void_p),
+        ("obj", ctypes.c_void_p),
+        ("len", ctypes.c_ssize_t),
+        ("itemsize", ctypes.c_ssize_t),
+        ("readonly", ctypes.c_int),
+        ("ndim", ctypes.c_int),
+        ("format", ctypes.c_char_p),
+        ("shape", ctypes.c_void_p),
+        ("strides", ctypes.c_void_p),
+        ("suboffsets", ctypes.c_void_p),
+        ("internal", ctypes.c_void_p),
+    ]
+
+
+_PYBUF_SIMPLE = 0
+_get_buffer = ctypes.pythonapi.PyObject_GetBuffer
+_get_buffer.argtypes = [ctypes.py_object, ctypes.POINTER(_PyBuffer), ctypes.c_int]
+_get_buffer.restype = ctypes.c_int
+_release_buffer = ctypes.pythonapi.PyBuffer_Release
+_release_buffer.argtypes = [ctypes.POINTER(_PyBuffer)]
+_release_buffer.restype = None
+
+
+class Borrowed:
+    """The memory of a bytes-like object, read-only or not, without a copy of it.
+
+    >>> with Borrowed(b"abc") as memory:
+    ...     ctypes.string_at(memory.address, memory.size)
+    b'abc'
+    """
+
+    def __init__(self, data: ReadableBuffer) -> None:
+        self._data = data
+        self._buffer = _PyBuffer()
+
+    def __enter__(self) -> Borrowed:
+        _get_buffer(self._data, ctypes.byref(self._buffer), _PYBUF_SIMPLE)
+        try:
+            if self._buffer.itemsize > 1:
+                raise ValueError(
+                    f"data has elements of {self._buffer.itemsize} bytes, whose order is open; "
+                    "memoryview(data).cast('B') takes them as they lie in memory")
+            if self.size > 0xFFFFFFFF:
+                raise ValueError(f"{self.size} bytes of data are more than 2^32 - 1")
+        except ValueError:
+            _release_buffer(ctypes.byref(self._buffer))
+            raise
+        return self
+
+    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
+                 traceback: TracebackType | None) -> None:
+        _release_buffer(ctypes.byref(self._buffer))
+
+    @property
+    def address(self) -> int | None:
+        address: int | None = self._buffer.buf
+        return address
+
+    @property
+    def size(self) -> int:
+        size: int = self._buffer.len
+        return size
+
+
+def text(value: str, what: str) -> str:
+    """The text, if the library can take it as it is."""
+    if "\0" in value:
+        raise ValueError(f"{what} has a NUL at character {value.index(chr(0))}")
+    value.encode("utf-8")  # raises UnicodeEncodeError for a lone surrogate
+    return value

@@ -1,0 +1,156 @@
+"""What a caller passes: boxes, colours, image data, and what documents give back."""
+
+from __future__ import annotations
+
+import dataclasses
+import enum
+from typing import TYPE_CHECKING, ClassVar
+
+if TYPE_CHECKING:
+    from _typeshed import ReadableBuffer
+
+#: Units: how many PDF points one is. Any number of points can be a unit.
+POINT = 1.0
+INCH = 72.0
+CENTIMETER = 28.346456692944
+MILLIMETER = 2.8346456692944
+
+
+@dataclasses.dataclass(frozen=True)
+class Box:
+    """Lower-left corner and extent in the document's unit, y upwards, turned by an angle.
+
+    The angle is in degrees, counter-clockwise about the centre. Nothing is checked: a negative
+    extent mirrors an image.
+
+    >>> Box(10, 20, 30, 40).inset(1, 2)
+    Box(left=11, bottom=22, width=28, height=36, angle=0.0)
+    """
+
+    left: float
+    bottom: float
+    width: float
+    height: float
+    angle: float = 0.0
+
+    def inset(self, dx: float, dy: float) -> Box:
+        """The box with every side moved inwards; negative values grow it."""
+        return Box(self.left + dx, self.bottom + dy, self.width - 2 * dx, self.height - 2 * dy,
+                   self.angle)
+
+
+@dataclasses.dataclass(frozen=True)
+class Color:
+    """A device RGB colour, its components from 0 to 255.
+
+    Alpha never reaches the file; it only tells ``Color.NONE`` from white. Rectangles leave out a
+    fill or stroke of that colour.
+
+    >>> Color.from_hex("#ff8000")
+    Color(red=255, green=128, blue=0, alpha=255)
+    """
+
+    red: int
+    green: int
+    blue: int
+    alpha: int = 255
+
+    BLACK: ClassVar[Color]
+    WHITE: ClassVar[Color]
+    NONE: ClassVar[Color]
+
+    def __post_init__(self) -> None:
+        for field in dataclasses.fields(self):
+            value = getattr(self, field.name)
+            if not 0 <= value <= 255:
+                raise ValueError(f"{field.name} is {value}; colours go from 0 to 255")
+
+    @staticmethod
+    def from_hex(text: str) -> Color:
+        """The colour of a text such as "#ff8000"."""
+        if len(text) != 7 or text[0] != "#":
+            raise ValueError(f"{text!r} is not # and six hexadecimal digits")
+        return Color(*bytes.fromhex(text[1:]))
+
+
+Color.BLACK = Color(0, 0, 0)
+Color.WHITE = Color(255, 255, 255)
+Color.NONE = Color(255, 255, 255, 0)
+
+
+class Compression(enum.IntEnum):
+    """How bytes are encoded. The library never encodes or decodes."""
+
+    NONE = -1  #: not at all: the samples themselves, or a plain profile
+    JPEG = 0
+    LZW = 1
+    FLATE = 2  #: what zlib.compress gives
+    JPEG2000 = 3
+
+
+class ColorSpace(enum.IntEnum):
+    """The colour space of a device. A Profile can stand wherever one of them can."""
+
+    GRAY = 0
+    RGB = 1
+    CMYK = 2  #: always declared inverted: 255 is no ink
+
+
+class Role(enum.IntEnum):
+    """What an image is for; it is only recorded."""
+
+    BACKGROUND = 0
+    PHOTO = 1
+    MASK = 2
+    BORDER = 3
+    CLIP_ART = 4
+    ALPHA = 5
+    TEXT = 6
+    SHAPE = 7
+    OTHER = 8
+
+
+@dataclasses.dataclass(frozen=True)
+class Image:
+    """The number of an image in its document, from write_image and so on."""
+
+    number: int
+
+
+@dataclasses.dataclass(frozen=True)
+class Form:
+    """The number of a form in its document, from write_canvas."""
+
+    number: int
+
+
+@dataclasses.dataclass(frozen=True)
+class Profile:
+    """The number of a profile's colour space in its document, from write_icc_profile."""
+
+    number: int
+
+
+@dataclasses.dataclass(frozen=True)
+class ImageData:
+    """An image that is encoded already, in any bytes-like object, which is never copied.
+
+    Width and height are pixels; whether they agree with the data is not checked.
+
+    >>> import zlib
+    >>> gradient = ImageData(zlib.compress(bytes(range(256))), Compression.FLATE, 256, 1,
+    ...                      color_space=ColorSpace.GRAY)
+    """
+
+    data: ReadableBuffer
+    compression: Compression
+    width: int
+    height: int
+    bits_per_component: int = 8
+    color_space: ColorSpace | Profile = ColorSpace.RGB
+
+    def __post_init__(self) -> None:
+        for name in ("width", "height", "bits_per_component"):
+            value = getattr(self, name)
+            if not -(2**31) <= value < 2**31:
+                raise ValueError(f"{name} is {value}, which has more than 32 bits")
