@@ -36,4 +36,5 @@ install(FILES README.md CHANGELOG.md LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(FILES docs/album.jpg DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
 
+include(bindings/python/install.cmake)
 include(cmake/JtpdfPackage.cmake)

@@ -15,9 +15,9 @@ def waves(size: int) -> "numpy.typing.NDArray[numpy.uint8]":
 
 
 def write_page(target: str) -> None:
-    with jtpdf.Document(target, unit=jtpdf.MILLIMETER) as doc:
+    with jtpdf.Document(target, unit="mm") as doc:
         picture = doc.write_picture(jtpdf.Picture.from_array(waves(400)), name="waves")
-        doc.write_image_page(picture, jtpdf.Box(0, 0, 100, 100))
+        doc.add_image_page(picture, (0, 0, 100, 100))
 
 
 if __name__ == "__main__":

@@ -109,6 +109,31 @@ class WritesLikeC(unittest.TestCase):
 
         self.check(face, c)
 
+    def test_pages_of_tuples(self) -> None:
+        def face(doc: Document) -> None:
+            doc.fill_rectangle((10, 20, 30, 40, 15), (1, 2, 3))
+            doc.stroke_rectangle((10, 20, 30, 40), (255, 255, 255, 0), 1)
+            form = doc.add_page((0, 0, 210, 297))
+            doc.write_page(form, (0, 0, 210, 297), crop_box=(10, 20, 30, 40))
+            doc.fill_rectangle(BOX, Color.BLACK)
+            doc.add_image_page(jtpdf.Image(7), (10, 20, 30, 40))
+
+        def c(doc: int) -> None:
+            form = ctypes.c_int()
+            sheet, upright = Rect(0, 0, 210, 297, 0), Rect(10, 20, 30, 40, 0)
+            lib.FillPdfRectangle(doc, RECT, rgb(1, 2, 3))
+            lib.StrokePdfRectangle(doc, upright, rgb(255, 255, 255, 0), 1)
+            lib.SetPdfCanvasBoundingBox(doc, sheet)
+            self.assertEqual(lib.WritePdfCanvas(doc, ctypes.byref(form)), 0)
+            self.assertEqual(lib.WritePdfPage(doc, form, sheet, sheet), 0)
+            self.assertEqual(lib.WritePdfPage(doc, form, upright, sheet), 0)
+            lib.SetPdfCanvasBoundingBox(doc, upright)
+            lib.DrawPdfImage(doc, 7)
+            self.assertEqual(lib.WritePdfCanvas(doc, ctypes.byref(form)), 0)
+            self.assertEqual(lib.WritePdfPage(doc, form, upright, upright), 0)
+
+        self.check(face, c)
+
     def test_images(self) -> None:
         def face(doc: Document) -> None:
             gray = ImageData(PIXELS, Compression.FLATE, 3, 2, 8, ColorSpace.GRAY)
@@ -159,6 +184,18 @@ class WritesLikeC(unittest.TestCase):
         for name in ("Point", "Inch", "Centimeter", "Millimeter"):
             unit = ctypes.c_double.in_dll(lib, "PDFCoordinateUnit" + name).value
             self.assertEqual(getattr(jtpdf, name.upper()), unit)
+        units: "list[tuple[jtpdf.Unit, jtpdf.Unit]]" = [
+            ("pt", jtpdf.POINT), ("in", jtpdf.INCH), ("cm", jtpdf.CENTIMETER),
+            ("mm", jtpdf.MILLIMETER)]
+        for name_of_unit, unit_in_points in units:
+            pages = []
+            for way in (name_of_unit, unit_in_points):
+                with Document(unit=way) as doc:
+                    doc.add_page((0, 0, 3, 4))
+                pages.append(bytes(doc.data))
+            self.assertEqual(*pages)
+        with self.assertRaisesRegex(ValueError, "'ell' is none of pt, in, cm, mm"):
+            Document(unit="ell")  # type: ignore[arg-type]
 
     def test_records_have_the_librarys_layout(self) -> None:
         pointer = ctypes.sizeof(ctypes.c_void_p)
@@ -298,7 +335,7 @@ class Failures(unittest.TestCase):
         with self.assertRaisesRegex(TypeError, r"Image\(number=3\) is no Form"):
             doc.write_page(jtpdf.Image(3), BOX)  # type: ignore[arg-type]
         with self.assertRaisesRegex(ValueError, "green is 256"):
-            Color(0, 256, 0)
+            doc.fill_rectangle(BOX, (0, 256, 0))
         with self.assertRaisesRegex(ValueError, "width is 2147483648"):
             ImageData(b"", Compression.FLATE, 2**31, 1)
         for text in ("ff8000", "#ff800", "#gg8000"):

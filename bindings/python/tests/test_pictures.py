@@ -14,7 +14,7 @@ def images_of(picture: jtpdf.Picture) -> "list[tuple[str, int, int, int, bytes]]
     """What the file says of its images: colour space, bits, width, height, decoded samples."""
     with jtpdf.Document() as doc:
         image = doc.write_picture(picture)
-        doc.write_image_page(image, jtpdf.Box(0, 0, 100, 100))
+        doc.add_image_page(image, (0, 0, 100, 100))
     found = []
     for dictionary, stream in re.findall(
             rb"(/BitsPerComponent.*?)>>\r\nstream\r\n(.*?)endstream", bytes(doc.data), re.DOTALL):

@@ -16,7 +16,9 @@ def use(doc: jtpdf.Document, path: pathlib.Path) -> memoryview:
     doc.draw_image(form)  # type: ignore[arg-type]
     doc.write_page(image, doc.canvas_box)  # type: ignore[arg-type]
     doc.draw_image(7)  # type: ignore[arg-type]
-    doc.fill_rectangle((0, 0, 1, 1), jtpdf.Color.BLACK)  # type: ignore[arg-type]
+    doc.fill_rectangle((0, 0, 1, 1, 45), (255, 0, 0))
+    doc.fill_rectangle((0, 0, 1), jtpdf.Color.BLACK)  # type: ignore[arg-type]
+    jtpdf.Document(unit="ell")  # type: ignore[arg-type]
     doc.set_info("Title", b"bytes")  # type: ignore[arg-type]
     return doc.data
 

@@ -1,11 +1,9 @@
 """Writes PDF 1.5 files in one forward pass, over the C library libjtpdf.
 
 >>> import jtpdf
->>> sheet = jtpdf.Box(0, 0, 210, 297)
->>> with jtpdf.Document("hello.pdf", unit=jtpdf.MILLIMETER) as doc:
-...     doc.canvas_box = sheet
-...     doc.fill_rectangle(jtpdf.Box(45, 110, 120, 80, angle=15), jtpdf.Color.from_hex("#d62839"))
-...     doc.write_page(doc.write_canvas(), sheet)
+>>> with jtpdf.Document("hello.pdf", unit="mm") as doc:
+...     doc.fill_rectangle((45, 110, 120, 80, 15), (214, 40, 57))
+...     page = doc.add_page((0, 0, 210, 297))
 
 A document writes images, forms and pages as they come, so its size is limited by the disk and not
 by memory. Failures are jtpdf.Error, an OSError. See Document for all that can be written.
@@ -20,14 +18,15 @@ from . import _native
 from ._document import Document
 from ._errors import Error
 from ._pictures import Picture
-from ._values import (CENTIMETER, INCH, MILLIMETER, POINT, Box, Color, ColorSpace, Compression,
-                      Form, Image, ImageData, Profile, Role)
+from ._values import (CENTIMETER, INCH, MILLIMETER, POINT, Box, BoxLike, Color, ColorLike,
+                      ColorSpace, Compression, Form, Image, ImageData, Profile, Role, Unit)
 
 __version__ = "2.1.6"
 
 __all__ = [
-    "CENTIMETER", "INCH", "MILLIMETER", "POINT", "Box", "Color", "ColorSpace", "Compression",
-    "Document", "Error", "Form", "Image", "ImageData", "Picture", "Profile", "Role",
+    "CENTIMETER", "INCH", "MILLIMETER", "POINT", "Box", "BoxLike", "Color", "ColorLike",
+    "ColorSpace", "Compression", "Document", "Error", "Form", "Image", "ImageData", "Picture",
+    "Profile", "Role", "Unit",
     "diagnostic_mode", "set_diagnostic_mode",
 ]
 

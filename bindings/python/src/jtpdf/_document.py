@@ -11,8 +11,8 @@ from typing import TYPE_CHECKING, Mapping
 from . import _native
 from ._errors import Error
 from ._pictures import Picture
-from ._values import (POINT, Box, Color, ColorSpace, Compression, Form, Image, ImageData, Profile,
-                      Role)
+from ._values import (POINT, Box, BoxLike, Color, ColorLike, ColorSpace, Compression, Form, Image,
+                      ImageData, Profile, Role, Unit, points)
 
 if TYPE_CHECKING:
     from _typeshed import ReadableBuffer, StrOrBytesPath
@@ -26,14 +26,13 @@ class Document:
     """A PDF file that is being written, in one forward pass.
 
     Without a path the document is kept in memory, and ``data`` gives its bytes when it is finished.
-    All lengths are in ``unit``, the number of PDF points that one unit is.
+    All lengths are in ``unit``: "pt", "in", "cm", "mm", or the number of PDF points that one is.
+    Wherever a Box or a Color is wanted, a tuple of its values will do.
 
     >>> import jtpdf
-    >>> sheet = jtpdf.Box(0, 0, 210, 297)
-    >>> with jtpdf.Document("out.pdf", unit=jtpdf.MILLIMETER) as doc:
-    ...     doc.canvas_box = sheet
-    ...     doc.fill_rectangle(jtpdf.Box(20, 20, 60, 40, angle=15), jtpdf.Color(255, 128, 0))
-    ...     doc.write_page(doc.write_canvas(), sheet)
+    >>> with jtpdf.Document("out.pdf", unit="mm") as doc:
+    ...     doc.fill_rectangle((20, 20, 60, 40, 15), (255, 128, 0))
+    ...     page = doc.add_page((0, 0, 210, 297))
 
     The end of the ``with`` block finishes the document. If an exception leaves the block, the
     document is given up instead, and a file stays incomplete. Without a ``with`` block say finish()
@@ -42,13 +41,13 @@ class Document:
     A document is used by one thread at a time; other threads run while it writes.
     """
 
-    def __init__(self, path: StrOrBytesPath | None = None, *, unit: float = POINT,
+    def __init__(self, path: StrOrBytesPath | None = None, *, unit: Unit = POINT,
                  creator: str = "", author: str = "") -> None:
         self._prepare(path, unit, creator, author)
         self.open()
 
     @classmethod
-    def unopened(cls, path: StrOrBytesPath | None = None, *, unit: float = POINT,
+    def unopened(cls, path: StrOrBytesPath | None = None, *, unit: Unit = POINT,
                  creator: str = "", author: str = "") -> Document:
         """A document still to be opened; all that is not written can be set before.
 
@@ -60,7 +59,7 @@ class Document:
         document._prepare(path, unit, creator, author)
         return document
 
-    def _prepare(self, path: StrOrBytesPath | None, unit: float, creator: str,
+    def _prepare(self, path: StrOrBytesPath | None, unit: Unit, creator: str,
                  author: str) -> None:
         self._unfinished = False  # an open file that nothing has settled
         self._handle: _native.Handle | None = None
@@ -69,10 +68,10 @@ class Document:
         author = _native.text(author, "author")
         if self._path is not None:
             pointer = _native.library.CreateFilePdfDoc(
-                unit, _native.text(self._path, "path"), creator, author)
+                points(unit), _native.text(self._path, "path"), creator, author)
             self._handle = _native.Handle(pointer)
             return
-        self._handle = _native.Handle(_native.library.CreateMemoryPdfDoc(unit))
+        self._handle = _native.Handle(_native.library.CreateMemoryPdfDoc(points(unit)))
         if creator:
             self.set_info("Creator", creator)
         if author:
@@ -185,7 +184,7 @@ class Document:
         """Removes all that was drawn since the last form; the canvas box stays."""
         _native.library.ClearPdfCanvas(self._pointer)
 
-    def draw_image(self, image: Image, box: Box | None = None) -> None:
+    def draw_image(self, image: Image, box: BoxLike | None = None) -> None:
         """Draws the image into the box, or over the canvas box as it is at this moment."""
         number = _number(image, Image)
         if box is None:
@@ -193,21 +192,21 @@ class Document:
         else:
             _native.library.DrawPdfImageInRect(self._pointer, number, _rect(box))
 
-    def fill_rectangle(self, box: Box, fill: Color) -> None:
+    def fill_rectangle(self, box: BoxLike, fill: ColorLike) -> None:
         """Fills the box, turned by its angle."""
         _native.library.FillPdfRectangle(self._pointer, _rect(box), _color(fill))
 
-    def stroke_rectangle(self, box: Box, stroke: Color, line_width: float) -> None:
+    def stroke_rectangle(self, box: BoxLike, stroke: ColorLike, line_width: float) -> None:
         """Strokes the box; the stroke lies half inside and half outside of it."""
         _native.library.StrokePdfRectangle(self._pointer, _rect(box), _color(stroke), line_width)
 
-    def fill_and_stroke_rectangle(self, box: Box, fill: Color, stroke: Color,
+    def fill_and_stroke_rectangle(self, box: BoxLike, fill: ColorLike, stroke: ColorLike,
                                   line_width: float) -> None:
         """Fills the box and strokes it."""
         _native.library.FillAndStrokePdfRectangle(
             self._pointer, _rect(box), _color(fill), _color(stroke), line_width)
 
-    def fill_and_stroke_circle(self, box: Box, fill: Color, stroke: Color,
+    def fill_and_stroke_circle(self, box: BoxLike, fill: ColorLike, stroke: ColorLike,
                                line_width: float) -> None:
         """Fills and strokes the ellipse in the box, the stroke inside.
 
@@ -222,7 +221,7 @@ class Document:
         """Makes a form of the canvas and empties it."""
         return Form(self._write("WritePdfCanvas"))
 
-    def write_page(self, form: Form, media_box: Box, *, crop_box: Box | None = None) -> None:
+    def write_page(self, form: Form, media_box: BoxLike, *, crop_box: BoxLike | None = None) -> None:
         """Adds a page that shows the form. The crop box is the part that readers show."""
         crop = media_box if crop_box is None else crop_box
         self._call("WritePdfPage", _number(form, Form), _rect(crop), _rect(media_box))
@@ -275,12 +274,24 @@ class Document:
         return self.write_image_with_alpha(picture.image, picture.alpha, role=role, name=name,
                                            entries=entries)
 
-    def write_image_page(self, image: Image, sheet: Box) -> None:
-        """Adds a page that the image covers. What was on the canvas is lost."""
+    def add_page(self, sheet: BoxLike, *, crop_box: BoxLike | None = None) -> Form:
+        """Adds a page of what was drawn; the form of it may serve other pages, too.
+
+        >>> with Document(unit="in") as doc:
+        ...     doc.fill_rectangle((1, 1, 2, 1, 45), (0, 0, 128))
+        ...     front = doc.add_page((0, 0, 4, 3))
+        ...     doc.write_page(front, (0, 0, 4, 3))
+        """
+        self.canvas_box = _box(sheet)
+        form = self.write_canvas()
+        self.write_page(form, sheet, crop_box=crop_box)
+        return form
+
+    def add_image_page(self, image: Image, sheet: BoxLike) -> Form:
+        """Adds a page that the image covers, and nothing else: the canvas is cleared first."""
         self.clear_canvas()
-        self.canvas_box = sheet
-        self.draw_image(image)
-        self.write_page(self.write_canvas(), sheet)
+        self.draw_image(image, sheet)
+        return self.add_page(sheet)
 
     # -- Calls that can fail
 
@@ -327,11 +338,17 @@ def _tags(role: Role, name: str, entries: Mapping[str, str]) -> tuple[object, ..
     return int(role), _native.text(name, "name"), len(items), items
 
 
-def _rect(box: Box) -> _native.Rect:
+def _box(box: BoxLike) -> Box:
+    return Box(*box) if isinstance(box, tuple) else box
+
+
+def _rect(box: BoxLike) -> _native.Rect:
+    box = _box(box)
     return _native.Rect(box.left, box.bottom, box.width, box.height, box.angle)
 
 
-def _color(color: Color) -> _native.RGBColor:
+def _color(color: ColorLike) -> _native.RGBColor:
+    color = Color(*color) if isinstance(color, tuple) else color
     return _native.RGBColor(color.red, color.green, color.blue, color.alpha)
 
 

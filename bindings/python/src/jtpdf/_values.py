@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import dataclasses
 import enum
-from typing import TYPE_CHECKING, ClassVar
+from typing import TYPE_CHECKING, ClassVar, Dict, Literal, Tuple, Union
 
 if TYPE_CHECKING:
     from _typeshed import ReadableBuffer
@@ -14,6 +14,19 @@ POINT = 1.0
 INCH = 72.0
 CENTIMETER = 28.346456692944
 MILLIMETER = 2.8346456692944
+
+#: What a document takes for its unit.
+Unit = Union[float, Literal["pt", "in", "cm", "mm"]]
+_UNITS: Dict[str, float] = {"pt": POINT, "in": INCH, "cm": CENTIMETER, "mm": MILLIMETER}
+
+
+def points(unit: Unit) -> float:
+    """How many points the unit is."""
+    if not isinstance(unit, str):
+        return unit
+    if unit not in _UNITS:
+        raise ValueError(f"the unit {unit!r} is none of {', '.join(_UNITS)}, nor a number of points")
+    return _UNITS[unit]
 
 
 @dataclasses.dataclass(frozen=True)
@@ -76,6 +89,11 @@ class Color:
 Color.BLACK = Color(0, 0, 0)
 Color.WHITE = Color(255, 255, 255)
 Color.NONE = Color(255, 255, 255, 0)
+
+
+#: What a method takes for a box, and for a colour: one of them, or a tuple of its values.
+BoxLike = Union[Box, Tuple[float, float, float, float], Tuple[float, float, float, float, float]]
+ColorLike = Union[Color, Tuple[int, int, int], Tuple[int, int, int, int]]
 
 
 class Compression(enum.IntEnum):
