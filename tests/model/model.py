@@ -160,22 +160,22 @@ def utf8(units):
 
 def PDFUTF16FromWString(library, units):
     room = 2 * len(units)
-    converted = b""
+    converted = bytearray()
     if is_valid_wide(units):
         for u in units:
             character = chr(u).encode("utf-16-be")
             if len(converted) + len(character) > room:
                 break
             converted += character
-    if converted == b"":
+    if len(converted) == 0:
         if library.diagnostic_mode:
             library.print_error("Error: unable to convert string to UTF-16 BE:0xADDR")
         return b""
-    return b"\xfe\xff" + converted
+    return b"\xfe\xff" + bytes(converted)
 
 
 def PsString(library, units):
-    body = b""
+    body = bytearray()
     for b in PDFUTF16FromWString(library, units):
         if b <= 0x1F:
             body += b"\\" + ("%03o" % b).encode()
@@ -183,7 +183,7 @@ def PsString(library, units):
             body += b"\\" + bytes([b])
         else:
             body += bytes([b])
-    return b"(" + body + b")"
+    return b"(" + bytes(body) + b")"
 
 
 def wide(text):
