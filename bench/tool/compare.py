@@ -1,0 +1,143 @@
+#!/usr/bin/python3
+"""Compares jtpdf with img2pdf and cat: time, size and peak memory, as a Markdown table.
+
+    bench/tool/compare.py JTPDF [--folder DIR] [--rounds N]
+
+DIR must be on a tmpfs (default /dev/shm), where disks have no say; about 4 GB are used and removed.
+Each command runs in turn, round after round, and the best of its rounds counts: what a loaded
+machine adds is not the command's doing. Needs Debian's python3-pil, python3-numpy and img2pdf.
+"""
+import argparse
+import glob
+import io
+import os
+import shutil
+import sys
+import tempfile
+import time
+
+import numpy
+from PIL import Image
+
+
+def photograph(width, height, seed):
+    """Pixels that compress as photographs do: smooth shapes under fine grain."""
+    random = numpy.random.default_rng(seed)
+    coarse = Image.fromarray(random.integers(0, 256, (height // 64, width // 64, 3), numpy.uint8))
+    smooth = numpy.asarray(coarse.resize((width, height), Image.BICUBIC), numpy.int16)
+    grain = random.normal(0, 4, (height, width, 1)).astype(numpy.int16)
+    return Image.fromarray(numpy.clip(smooth + grain, 0, 255).astype(numpy.uint8))
+
+
+def jpeg_of_two_megabytes():
+    image = photograph(3200, 2400, 1)
+    for quality in range(80, 101):
+        data = io.BytesIO()
+        image.save(data, "JPEG", quality=quality)
+        if len(data.getvalue()) >= 2_000_000:
+            break
+    return data.getvalue()
+
+
+def distinct_copies(jpeg, count, folder):
+    """The same picture with a comment of its own in each file, so that no two are equal."""
+    os.mkdir(folder)
+    for number in range(count):
+        comment = f"picture {number:06d}".encode()
+        segment = b"\xff\xfe" + (len(comment) + 2).to_bytes(2, "big") + comment
+        with open(f"{folder}/{number:06d}.jpg", "wb") as file:
+            file.write(jpeg[:2] + segment + jpeg[2:])
+
+
+def make_inputs(folder):
+    distinct_copies(jpeg_of_two_megabytes(), 200, folder + "/large")
+    small = io.BytesIO()
+    photograph(192, 128, 2).save(small, "JPEG", quality=60)
+    distinct_copies(small.getvalue(), 20000, folder + "/small")
+    os.mkdir(folder + "/png")
+    pixels = numpy.asarray(photograph(4032, 3024, 3))
+    for number in range(50):
+        # Shifted, so that the files differ while making them takes seconds.
+        Image.fromarray(numpy.roll(pixels, 80 * number, 1)).save(
+            f"{folder}/png/{number:02d}.png", compress_level=1)
+
+
+def run(arguments, output=None):
+    """Seconds, bytes written and peak memory in MB of one run."""
+    if os.path.exists(output):
+        os.unlink(output)
+    begin = time.monotonic()
+    child = os.fork()
+    if child == 0:
+        if arguments[0] == "cat":
+            os.dup2(os.open(output, os.O_CREAT | os.O_WRONLY, 0o644), 1)
+        os.execvp(arguments[0], arguments)
+    _, status, usage = os.wait4(child, 0)
+    seconds = time.monotonic() - begin
+    if status != 0:
+        sys.exit(f"compare.py: {' '.join(arguments[:4])} ... failed")
+    return seconds, os.path.getsize(output), usage.ru_maxrss / 1024
+
+
+def compare(title, commands, output, rounds):
+    best = {}
+    for _ in range(rounds):
+        for name, arguments in commands.items():
+            seconds, size, memory = run(arguments, output)
+            old = best.get(name, (float("inf"), 0, 0))
+            best[name] = (min(seconds, old[0]), size, max(memory, old[2]))
+    own = best["jtpdf"][0]
+    print(f"\n{title}\n\n| command | seconds | time / jtpdf's | MB written | peak memory, MB |")
+    print("|---|---|---|---|---|")
+    for name, (seconds, size, memory) in best.items():
+        print(f"| {name} | {seconds:.3f} | {seconds / own:.2f} | {size / 1e6:.1f} | {memory:.1f} |",
+              flush=True)
+    return best
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser.add_argument("jtpdf")
+    parser.add_argument("--folder", default="/dev/shm")
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--only", default="large,small,png")
+    options = parser.parse_args()
+    jtpdf = os.path.abspath(options.jtpdf)
+    folder = tempfile.mkdtemp(prefix="jtpdf-bench-", dir=options.folder)
+    try:
+        make_inputs(folder)
+        out = folder + "/out.pdf"
+        large = sorted(glob.glob(folder + "/large/*"))
+        small = sorted(glob.glob(folder + "/small/*"))
+        png = sorted(glob.glob(folder + "/png/*"))
+        peer = ["img2pdf", "--nodate", "-o", out]
+        if "large" in options.only:
+            best = compare("200 JPEG photographs of 2 MB", {
+                "jtpdf": [jtpdf, "-o", out] + large,
+                "cat": ["cat"] + large,
+                "img2pdf": peer + large}, out, options.rounds)
+            print(f"\njtpdf takes {best['jtpdf'][0] / best['cat'][0]:.2f} times as long as cat; "
+                  f"img2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
+                  "jtpdf.")
+        if "small" in options.only:
+            best = compare("20,000 small JPEGs (192 x 128)", {
+                "jtpdf": [jtpdf, "-o", out] + small,
+                "img2pdf": peer + small}, out, min(options.rounds, 2))
+            print(f"\nimg2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
+                  "jtpdf.")
+        if "png" in options.only:
+            commands = {
+                "jtpdf": [jtpdf, "--compression", "1", "-o", out] + png,
+                "jtpdf -j 2": [jtpdf, "--compression", "1", "-j", "2", "-o", out] + png,
+                "jtpdf -j 1": [jtpdf, "--compression", "1", "-j", "1", "-o", out] + png,
+                "img2pdf": peer + png}
+            best = compare("50 PNG photographs of 12 megapixels, --compression 1", commands, out,
+                           min(options.rounds, 2))
+            print(f"\nWith -j 1 jtpdf takes {best['jtpdf -j 1'][0] / best['jtpdf -j 2'][0]:.2f} "
+                  f"times as long as with -j 2; img2pdf takes "
+                  f"{best['img2pdf'][0] / best['jtpdf -j 2'][0]:.2f} times as long as jtpdf -j 2.")
+    finally:
+        shutil.rmtree(folder)
+
+
+main()

@@ -1,0 +1,247 @@
+#include "album.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <new>
+#include <optional>
+#include <utility>
+
+#include "duplicates.h"
+#include "ordered_work.h"
+#include "pdf_document.h"
+#include "readers/reader.h"
+#include "text.h"
+
+namespace tool {
+namespace {
+
+constexpr auto kOutOfMemory =
+    "needs more memory than there is; scale it down, or try with fewer jobs (-j 1)";
+
+struct PlannedInput {
+  std::vector<ImagePlan> images;
+  std::vector<PageLayout> layouts;
+  uint64_t sampleHash = 0;
+  FileIdentity identity;
+  ImageSource held;  // what can be read only once
+};
+
+PlannedInput PlanInput(const Input& input, const Options& options) {
+  PlannedInput planned;
+  ImageSource source =
+      input.standardInput ? ImageSource::Read(0) : ImageSource::Open(input.path, false);
+  const Bytes file = source.View();
+  const Reader* reader = Recognise(file.first(std::min(file.size(), kRecognisedBytes)));
+  if (reader == nullptr) {
+    throw ImageError("is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or "
+                     "WebP");
+  }
+  planned.images = reader->plan(file, options.limits);
+  for (const ImagePlan& image : planned.images) {
+    planned.layouts.push_back(LayOut(image, options.layout));
+  }
+  planned.sampleHash = SampleHash(file);
+  planned.identity = source.Identity();
+  if (!source.IsMapped()) planned.held = std::move(source);
+  return planned;
+}
+
+ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch) {
+  if (!plan.held[input].View().empty()) return plan.held[input].Again();
+  ImageSource source = ImageSource::Open(plan.inputs[input].path, touch);
+  if (source.Identity() != plan.identities[input]) {
+    throw ImageError("changed while it was read; run again when it is complete");
+  }
+  return source;
+}
+
+// Two pages of one image: of the same bytes, and the same page in them.
+void FindDuplicates(const std::vector<PlannedInput>& planned,
+                    const std::vector<size_t>& firstPages, AlbumPlan* plan) {
+  DuplicateFinder finder([&](size_t input) { return OpenInput(*plan, input, false); });
+  for (size_t input = 0; input < planned.size(); ++input) {
+    if (planned[input].images.empty()) continue;
+    size_t first = input;
+    try {
+      first = finder.FirstLike(input, planned[input].sampleHash, planned[input].identity);
+    } catch (const ImageError&) {
+      // It vanished between two looks; writing it will say so.
+    }
+    if (first == input) continue;
+    for (size_t i = 0; i < planned[input].images.size(); ++i) {
+      plan->pages[firstPages[input] + i].sameAs = firstPages[first] + i;
+    }
+  }
+}
+
+// About the memory an encoded page holds until it is written.
+uint64_t WeightOf(const PagePlan& page) {
+  if (page.image.PassesThrough()) return page.image.size;
+  return uint64_t{page.image.width} * page.image.height *
+         static_cast<uint64_t>(Channels(page.image.colour) + (page.image.alpha ? 1 : 0)) *
+         static_cast<uint64_t>(std::max(page.image.depth, 8) / 8);
+}
+
+// An image ready to write, with the bytes that it may be a view of; or why there is none.
+struct Product {
+  ImageSource source;
+  EncodedImage image;
+  std::optional<std::string> error;
+};
+
+Product EncodePage(const AlbumPlan& plan, const PagePlan& page, const Options& options) {
+  Product product;
+  try {
+    product.source = OpenInput(plan, page.input, page.image.PassesThrough());
+    product.image = Encode(page.image, product.source.View(), options.compression);
+    if (!page.image.PassesThrough()) product.source = {};
+  } catch (const ImageError& error) {
+    product.error = error.what();
+  } catch (const std::bad_alloc&) {
+    product.error = kOutOfMemory;
+  }
+  return product;
+}
+
+std::string PageName(const AlbumPlan& plan, const PagePlan& page) {
+  std::string name = plan.inputs[page.input].Name();
+  if (page.image.pages > 1) name += ", page " + std::to_string(page.image.page);
+  return name;
+}
+
+std::wstring ImageName(const AlbumPlan& plan, const PagePlan& page) {
+  const Input& input = plan.inputs[page.input];
+  return input.standardInput ? std::wstring() : FromUtf8Lenient(BaseName(input.path));
+}
+
+const char* ColourName(const ImagePlan& image) {
+  if (image.palette) return image.alpha ? "palette+alpha" : "palette";
+  switch (image.colour) {
+    case Colour::kGrey: return image.alpha ? "grey+alpha" : "grey";
+    case Colour::kRgb: return image.alpha ? "RGB+alpha" : "RGB";
+    default: return image.alpha ? "CMYK+alpha" : "CMYK";
+  }
+}
+
+const char* ProfileName(ProfileUse use) {
+  switch (use) {
+    case ProfileUse::kNone: return "none";
+    case ProfileUse::kUsed: return "used";
+    default: return "left out";
+  }
+}
+
+}  // namespace
+
+AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
+  AlbumPlan plan;
+  plan.inputs = std::move(inputs);
+  std::vector<PlannedInput> planned(plan.inputs.size());
+  ForEachInParallel(plan.inputs.size(), options.jobs, [&](size_t i) {
+    Input& input = plan.inputs[i];
+    if (!input.error.empty()) return;
+    try {
+      planned[i] = PlanInput(input, options);
+    } catch (const ImageError& error) {
+      input.error = error.what();
+    } catch (const std::bad_alloc&) {
+      input.error = kOutOfMemory;
+    }
+  });
+  std::vector<size_t> firstPages;
+  for (size_t i = 0; i < planned.size(); ++i) {
+    firstPages.push_back(plan.pages.size());
+    plan.failed += plan.inputs[i].error.empty() ? 0 : 1;
+    plan.held.push_back(std::move(planned[i].held));
+    plan.identities.push_back(planned[i].identity);
+    for (size_t k = 0; k < planned[i].images.size(); ++k) {
+      plan.pages.push_back({i, planned[i].images[k], planned[i].layouts[k], plan.pages.size()});
+    }
+  }
+  FindDuplicates(planned, firstPages, &plan);
+  return plan;
+}
+
+std::string DescribeAlbum(const AlbumPlan& plan, const Options& options) {
+  std::vector<std::vector<std::string>> rows{{"FORMAT", "PIXELS", "BITS", "COLOUR", "PROFILE",
+                                              "TURNED", "PAGE (PT)", "STORED", "FILE"}};
+  for (size_t i = 0; i < plan.pages.size(); ++i) {
+    const PagePlan& page = plan.pages[i];
+    const ImagePlan& image = page.image;
+    char size[64];
+    std::snprintf(size, sizeof size, "%.6gx%.6g", page.layout.page.width, page.layout.page.height);
+    const int orientation = DrawnOrientation(image, options.layout);
+    std::string stored = image.PassesThrough() ? "as it is" : "decoded: " + image.decodeReason;
+    if (page.sameAs != i) stored = "same as page " + std::to_string(page.sameAs + 1);
+    rows.push_back({ReaderOf(image.format).name,
+                    std::to_string(image.width) + "x" + std::to_string(image.height),
+                    std::to_string(image.depth), ColourName(image), ProfileName(image.profile),
+                    orientation == 1 ? "no" : "EXIF " + std::to_string(orientation), size, stored,
+                    Printable(PageName(plan, page))});
+  }
+  std::vector<size_t> widths(rows[0].size());
+  for (const auto& row : rows) {
+    for (size_t c = 0; c < row.size(); ++c) widths[c] = std::max(widths[c], row[c].size());
+  }
+  std::string table;
+  for (const auto& row : rows) {
+    for (size_t c = 0; c < row.size(); ++c) {
+      table += row[c];
+      if (c + 1 < row.size()) table += std::string(widths[c] - row[c].size() + 2, ' ');
+    }
+    table += '\n';
+  }
+  return table;
+}
+
+size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
+                  Console& console) {
+  constexpr WorkBounds kBounds{uint64_t{8} << 20, 256};
+  PdfDocument document(output, options.metadata, options.compression);
+  std::vector<int> numbers(plan.pages.size(), 0);  // the image of each page; 0 for one that failed
+  uint64_t bytes = 0;
+  size_t failed = 0;
+  const auto isFirst = [&](size_t i) { return plan.pages[i].sameAs == i; };
+  RunInOrder<Product>(
+      plan.pages.size(), options.jobs, kBounds,
+      [&](size_t i) { return isFirst(i) ? WeightOf(plan.pages[i]) : 0; },
+      [&](size_t i) {
+        return isFirst(i) ? EncodePage(plan, plan.pages[i], options) : Product{};
+      },
+      [&](size_t i, Product product) {
+        const PagePlan& page = plan.pages[i];
+        const std::string name = PageName(plan, page);
+        if (product.error) {
+          console.Error(name, *product.error);
+          if (!options.skipBad) throw BadInput();
+          ++failed;
+          return;
+        }
+        for (const Note& note : page.image.notes) console.Say(name, note);
+        for (const Note& note : product.image.notes) console.Say(name, note);
+        if (isFirst(i)) {
+          numbers[i] = document.WriteImage(product.image, options.role, ImageName(plan, page));
+        } else {
+          numbers[i] = numbers[page.sameAs];
+          if (numbers[i] == 0) {
+            console.Error(name, "holds the same damaged picture as " +
+                                    PageName(plan, plan.pages[page.sameAs]));
+            ++failed;
+            return;
+          }
+        }
+        document.AddPage(numbers[i], page.layout);
+        bytes += product.image.pixels.data.size();
+        console.Progress(i + 1, plan.pages.size(), bytes);
+      });
+  console.EndProgress();
+  if (failed == plan.pages.size()) {
+    throw OutputError("was not written: no input is left that could be used");
+  }
+  document.Finish();
+  output.Commit();
+  return failed;
+}
+
+}  // namespace tool

@@ -1,0 +1,53 @@
+// album.h - from the list of inputs to the PDF: first every input is planned, then all are written.
+//
+// Planning reads headers only. It finds nearly everything that can be wrong before the first byte
+// is written, tells how many pages there will be, and finds the images that are given twice.
+#ifndef JTPDF_TOOL_ALBUM_H
+#define JTPDF_TOOL_ALBUM_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "console.h"
+#include "image.h"
+#include "image_source.h"
+#include "input_list.h"
+#include "layout.h"
+#include "options.h"
+#include "output.h"
+
+namespace tool {
+
+// One page to be.
+struct PagePlan {
+  size_t input = 0;
+  ImagePlan image;
+  PageLayout layout;
+  size_t sameAs = 0;  // the first page with the same image: its own number for most
+};
+
+struct AlbumPlan {
+  std::vector<Input> inputs;
+  std::vector<ImageSource> held;         // of each input: what can be read only once, else nothing
+  std::vector<FileIdentity> identities;  // of each input, as it was planned
+  std::vector<PagePlan> pages;
+  size_t failed = 0;  // inputs that cannot be used; each has its error
+};
+
+AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options);
+
+// The table of --dry-run.
+std::string DescribeAlbum(const AlbumPlan& plan, const Options& options);
+
+// Writes all pages and commits the output. With options.skipBad inputs that fail are reported and
+// left out; without it the first throws a BadInput. Returns how many failed here. Throws
+// OutputError.
+size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output, Console& console);
+
+// An input that failed while it was written; reported already.
+struct BadInput {};
+
+}  // namespace tool
+
+#endif  // JTPDF_TOOL_ALBUM_H

@@ -1,0 +1,88 @@
+#include "console.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "text.h"
+
+namespace tool {
+namespace {
+
+int Columns() {
+  winsize size = {};
+  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+std::string Duration(double seconds) {
+  const auto whole = static_cast<long long>(std::ceil(seconds));
+  char text[40];
+  if (whole < 60) {
+    std::snprintf(text, sizeof text, "%lld s", whole);
+  } else {
+    std::snprintf(text, sizeof text, "%lld:%02lld min", whole / 60, whole % 60);
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string ProgressLine(uint64_t pages, uint64_t allPages, uint64_t bytes, double seconds,
+                         int columns) {
+  const double share = allPages == 0 ? 1 : static_cast<double>(pages) / allPages;
+  const double left = share > 0 ? seconds * (1 - share) / share : 0;
+  char facts[128];
+  std::snprintf(facts, sizeof facts, " %llu/%llu pages, %.1f MB/s, %s left",
+                static_cast<unsigned long long>(pages), static_cast<unsigned long long>(allPages),
+                static_cast<double>(bytes) / 1e6 / std::max(seconds, 1e-3), Duration(left).c_str());
+  const std::string text = facts;
+  // The last column stays free: a full line would wrap on some terminals.
+  const int room = std::min(40, columns - 1 - static_cast<int>(text.size()) - 2);
+  if (room < 5) return text.substr(1, static_cast<size_t>(std::max(columns - 1, 0)));
+  const auto done = static_cast<size_t>(share * room);
+  return "[" + std::string(done, '#') + std::string(static_cast<size_t>(room) - done, '-') + "]" +
+         text;
+}
+
+Console::Console(Verbosity verbosity)
+    : verbosity_(verbosity),
+      bar_(verbosity != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
+
+void Console::Print(std::string_view about, std::string_view text) {
+  EndProgress();
+  std::string line = "jtpdf: ";
+  if (!about.empty()) line += Printable(about) + ": ";
+  line += Printable(text) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+void Console::Error(std::string_view about, std::string_view text) { Print(about, text); }
+
+void Console::Say(std::string_view about, const Note& note) {
+  if (verbosity_ == Verbosity::kQuiet || (!note.always && verbosity_ != Verbosity::kVerbose)) return;
+  Print(about, note.text);
+}
+
+void Console::Progress(uint64_t pages, uint64_t allPages, uint64_t bytes) {
+  using namespace std::chrono_literals;
+  if (!bar_) return;
+  const Clock::time_point now = Clock::now();
+  if (now - begin_ < 1s || (drawn_ && now - drawnAt_ < 100ms)) return;
+  const double seconds = std::chrono::duration<double>(now - begin_).count();
+  std::fprintf(stderr, "\r\033[K%s", ProgressLine(pages, allPages, bytes, seconds, Columns()).c_str());
+  std::fflush(stderr);
+  drawn_ = true;
+  drawnAt_ = now;
+}
+
+void Console::EndProgress() {
+  if (!drawn_) return;
+  std::fputs("\r\033[K", stderr);
+  std::fflush(stderr);
+  drawn_ = false;
+}
+
+}  // namespace tool

@@ -1,0 +1,76 @@
+#include "exif.h"
+
+#include <string>
+
+namespace tool {
+namespace {
+
+// Numbers in the byte order that the data names; out of range they read as nothing.
+class TiffNumbers {
+ public:
+  explicit TiffNumbers(Bytes bytes) : bytes_(bytes), little_(StartsWith(bytes, "II")) {}
+
+  std::optional<uint32_t> At16(uint64_t offset) const {
+    const Bytes b = Slice(bytes_, offset, 2);
+    if (b.empty()) return std::nullopt;
+    return little_ ? uint32_t{b[1]} << 8 | b[0] : Be16(b.data());
+  }
+  std::optional<uint32_t> At32(uint64_t offset) const {
+    const auto first = At16(offset), second = At16(offset + 2);
+    if (!first || !second) return std::nullopt;
+    return little_ ? *second << 16 | *first : *first << 16 | *second;
+  }
+  double Rational(uint64_t offset) const {
+    const auto above = At32(offset), below = At32(offset + 4);
+    return above && below && *below != 0 ? double{*above * 1.0} / *below : 0;
+  }
+
+ private:
+  Bytes bytes_;
+  bool little_;
+};
+
+}  // namespace
+
+ExifFacts ReadExif(Bytes tiff) {
+  enum Tag { kOrientation = 0x0112, kXResolution = 0x011A, kYResolution = 0x011B, kUnit = 0x0128 };
+  enum Type { kShort = 3, kLong = 4, kRational = 5 };
+  ExifFacts facts;
+  if (!StartsWith(tiff, "II") && !StartsWith(tiff, "MM")) return facts;
+  const TiffNumbers numbers(tiff);
+  const auto directory = numbers.At32(4);
+  if (numbers.At16(2) != 42u || !directory) return facts;
+  const uint32_t entries = numbers.At16(*directory).value_or(0);
+  uint32_t unit = 2;  // inches, unless it says otherwise
+  Resolution perUnit;
+  for (uint32_t i = 0; i < entries; ++i) {
+    const uint64_t entry = uint64_t{*directory} + 2 + 12 * uint64_t{i};
+    const auto tag = numbers.At16(entry), type = numbers.At16(entry + 2);
+    const auto count = numbers.At32(entry + 4), value = numbers.At32(entry + 8);
+    if (!tag || !type || !count || !value) break;
+    if (*count != 1) continue;
+    const uint32_t number = *type == kShort ? *numbers.At16(entry + 8) : *value;
+    const bool isInteger = *type == kShort || *type == kLong;
+    if (*tag == kOrientation && isInteger) facts.orientation = static_cast<int>(number & 0xFFFF);
+    if (*tag == kUnit && isInteger) unit = number;
+    if (*tag == kXResolution && *type == kRational) perUnit.x = numbers.Rational(*value);
+    if (*tag == kYResolution && *type == kRational) perUnit.y = numbers.Rational(*value);
+  }
+  const double inches = unit == 2 ? 1 : unit == 3 ? 2.54 : 0;  // 1: no unit, so no resolution
+  facts.resolution = {perUnit.x * inches, perUnit.y * inches};
+  return facts;
+}
+
+void ApplyExif(const ExifFacts& facts, ImagePlan* plan) {
+  if (facts.orientation) {
+    if (*facts.orientation >= 1 && *facts.orientation <= 8) {
+      plan->orientation = *facts.orientation;
+    } else {
+      plan->notes.push_back({true, "its EXIF orientation " + std::to_string(*facts.orientation) +
+                                       " is none of 1 to 8 and was ignored; turn it with -r"});
+    }
+  }
+  if (!plan->resolution.Known()) plan->resolution = facts.resolution;
+}
+
+}  // namespace tool

@@ -1,0 +1,20 @@
+// flate.h - zlib streams (RFC 1950) through libdeflate.
+#ifndef JTPDF_TOOL_FLATE_H
+#define JTPDF_TOOL_FLATE_H
+
+#include <optional>
+
+#include "bytes.h"
+
+namespace tool {
+
+// Compresses at level 0 (stored) to 12 (smallest). The result depends on the bytes and the level
+// alone. Throws std::bad_alloc.
+Buffer Deflate(Bytes bytes, int level);
+
+// Decompresses a zlib stream; nothing where it is damaged or holds more than `most` bytes.
+std::optional<Buffer> Inflate(Bytes stream, size_t most);
+
+}  // namespace tool
+
+#endif  // JTPDF_TOOL_FLATE_H

@@ -1,0 +1,50 @@
+// image_source.h - the bytes of an input: a file mapped into memory, or what a pipe held.
+#ifndef JTPDF_TOOL_IMAGE_SOURCE_H
+#define JTPDF_TOOL_IMAGE_SOURCE_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "bytes.h"
+
+namespace tool {
+
+// Which file it is, and in which state: equal for the same unchanged file.
+struct FileIdentity {
+  uint64_t device = 0;
+  uint64_t inode = 0;
+  uint64_t size = 0;
+  int64_t changed = 0;  // nanoseconds
+  bool operator==(const FileIdentity&) const = default;
+};
+
+class ImageSource {
+ public:
+  ImageSource() = default;
+  ImageSource(ImageSource&& other) noexcept;
+  ImageSource& operator=(ImageSource&& other) noexcept;
+  ~ImageSource();
+
+  // Opens the file; what cannot be mapped (a pipe) is read to its end. With `touch` its pages are
+  // fetched at once, for bytes that will be read from begin to end. Throws an ImageError.
+  static ImageSource Open(const std::string& path, bool touch);
+  // Reads the descriptor to its end.
+  static ImageSource Read(int descriptor);
+  // More of the same bytes, where they can be had only once: not for mapped files.
+  ImageSource Again() const;
+
+  Bytes View() const { return view_; }
+  bool IsMapped() const { return mapped_; }
+  const FileIdentity& Identity() const { return identity_; }
+
+ private:
+  Bytes view_;
+  bool mapped_ = false;
+  std::shared_ptr<const Buffer> held_;
+  FileIdentity identity_;
+};
+
+}  // namespace tool
+
+#endif  // JTPDF_TOOL_IMAGE_SOURCE_H

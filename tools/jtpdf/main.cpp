@@ -1,0 +1,134 @@
+// main.cpp - jtpdf: images to PDF.
+//
+// The way of an image: Input (a name) -> ImageSource (bytes) -> ImagePlan (its header) -> PageLayout
+// (its place) -> EncodedImage (made by the workers) -> PdfDocument (one writer, in order).
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "album.h"
+#include "console.h"
+#include "input_list.h"
+#include "options.h"
+#include "output.h"
+
+namespace tool {
+namespace {
+
+enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
+
+std::vector<Input> CollectInputs(const Options& options) {
+  std::vector<std::string> arguments = options.inputs;
+  if (!options.fromFile.empty()) {
+    const std::vector<std::string> names = ReadNameList(options.fromFile);
+    arguments.insert(arguments.end(), names.begin(), names.end());
+  }
+  return ListInputs(arguments);
+}
+
+// The file to write must not be one that is read: -o is easily put in front of the wrong name.
+void RefuseToReplaceInput(const AlbumPlan& plan, const Options& options) {
+  if (options.ToStandardOutput()) return;
+  FileIdentity output;
+  try {
+    output = ImageSource::Open(options.output, false).Identity();
+  } catch (const ImageError&) {
+    return;  // it is not there, or no file to be replaced
+  }
+  for (size_t i = 0; i < plan.inputs.size(); ++i) {
+    if (output.inode != 0 && plan.identities[i] == output) {
+      throw UsageError(plan.inputs[i].path + " is an input and would be replaced by the output; "
+                       "choose another name with -o");
+    }
+  }
+}
+
+ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console) {
+  const std::string name = options.ToStandardOutput() ? "standard output" : options.output;
+  try {
+    InstallSignalHandlers();
+    const std::unique_ptr<Output> output = options.ToStandardOutput()
+                                               ? OpenStandardOutput()
+                                               : OpenFileOutput(options.output);
+    const size_t failed = plan.failed + WriteAlbum(plan, options, *output, console);
+    if (failed > 0) {
+      console.Error(name, std::to_string(failed) + " of " +
+                              std::to_string(plan.pages.size() + plan.failed) +
+                              " inputs failed and were left out");
+      return kFailed;
+    }
+    return kDone;
+  } catch (const OutputError& error) {
+    console.Error(name, error.what());
+  } catch (const BadInput&) {
+    console.Error(name, "was not written, because an input failed; --skip-bad leaves such inputs "
+                        "out");
+  }
+  return kFailed;
+}
+
+ExitStatus Run(const Options& options) {
+  Console console(options.verbosity);
+  if (!options.dryRun && options.ToStandardOutput() && isatty(STDOUT_FILENO) == 1) {
+    throw UsageError("a PDF is not written to a terminal; name a file with -o, or pipe it on");
+  }
+  std::vector<Input> inputs;
+  try {
+    inputs = CollectInputs(options);
+  } catch (const ImageError& error) {
+    console.Error(options.fromFile == "-" ? "standard input" : options.fromFile, error.what());
+    return kFailed;
+  }
+  if (inputs.empty()) throw UsageError("the list of --from-file is empty; there is nothing to do");
+
+  const AlbumPlan plan = PlanAlbum(std::move(inputs), options);
+  for (const Input& input : plan.inputs) {
+    if (!input.error.empty()) console.Error(input.Name(), input.error);
+  }
+  if (options.dryRun) {
+    const std::string table = DescribeAlbum(plan, options);
+    std::fwrite(table.data(), 1, table.size(), stdout);
+    if (std::fflush(stdout) != 0) {
+      console.Error("standard output", "cannot be written");
+      return kFailed;
+    }
+    return plan.failed == 0 ? kDone : kFailed;
+  }
+  RefuseToReplaceInput(plan, options);
+  if (plan.pages.empty() || (plan.failed > 0 && !options.skipBad)) {
+    console.Error("", "nothing was written: " + std::to_string(plan.failed) + " of " +
+                          std::to_string(plan.inputs.size()) + " inputs cannot be used" +
+                          (plan.pages.empty() ? "" : "; --skip-bad leaves them out"));
+    return kFailed;
+  }
+  return Write(plan, options, console);
+}
+
+}  // namespace
+}  // namespace tool
+
+int main(int count, char** arguments) {
+  try {
+    const tool::Options options = tool::ParseOptions(count, arguments);
+    if (options.help || options.version) {
+      const std::string text = options.help ? std::string(tool::kHelp)
+                                            : std::string("jtpdf " JTPDF_TOOL_VERSION "\n");
+      std::fwrite(text.data(), 1, text.size(), stdout);
+      return std::fflush(stdout) == 0 ? tool::kDone : tool::kFailed;
+    }
+    return tool::Run(options);
+  } catch (const tool::UsageError& error) {
+    std::fprintf(stderr, "jtpdf: %s (see jtpdf --help)\n", error.what());
+    return tool::kUsage;
+  } catch (const std::bad_alloc&) {
+    std::fputs("jtpdf: there is not enough memory; try with fewer jobs (-j 1)\n", stderr);
+    return tool::kFailed;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "jtpdf: %s\n", error.what());
+    return tool::kFailed;
+  }
+}

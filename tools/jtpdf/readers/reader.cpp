@@ -1,0 +1,118 @@
+// reader.cpp - the list of formats, and what they have in common.
+#include "readers/reader.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+#include "flate.h"
+#include "icc.h"
+
+namespace tool {
+namespace {
+
+constexpr std::array kReaders{&kJpegReader, &kPngReader, &kJpeg2000Reader, &kTiffReader,
+                              &kWebpReader};
+
+Colour ColourOf(const Raster& raster) {
+  return raster.channels == 1   ? Colour::kGrey
+         : raster.channels == 3 ? Colour::kRgb
+                                : Colour::kCmyk;
+}
+
+EncodedStream Compress(Raster raster, int level) {
+  EncodedStream stream;
+  stream.owned = Deflate(raster.bytes.View(), level);
+  if (stream.owned.Size() > std::numeric_limits<uint32_t>::max()) {
+    throw ImageError("compresses to more than 4 GiB, the most one PDF image can hold; scale it");
+  }
+  stream.data = stream.owned.View();
+  stream.colour = ColourOf(raster);
+  stream.width = raster.width;
+  stream.height = raster.height;
+  stream.bits = raster.bits;
+  return stream;
+}
+
+// Rows are padded with ones where the alpha is opaque, so whole bytes can be looked at.
+bool OpaqueThroughout(const Raster& alpha) {
+  const Bytes bytes = alpha.bytes.View();
+  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0xFF; });
+}
+
+}  // namespace
+
+const Reader* Recognise(Bytes head) {
+  const auto it = std::find_if(kReaders.begin(), kReaders.end(),
+                               [&](const Reader* reader) { return reader->recognises(head); });
+  return it == kReaders.end() ? nullptr : *it;
+}
+
+const Reader& ReaderOf(Format format) {
+  return **std::find_if(kReaders.begin(), kReaders.end(),
+                        [&](const Reader* reader) { return reader->format == format; });
+}
+
+void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits) {
+  const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+  if (width == 0 || height == 0) {
+    throw ImageError("has no pixels (" + size + "); the file is damaged, save the picture again");
+  }
+  constexpr uint64_t kMost = std::numeric_limits<int32_t>::max();
+  if (width > kMost || height > kMost || width > limits.maxPixels / height) {
+    throw ImageError("claims " + size + ", more than the " + std::to_string(limits.maxPixels) +
+                     " allowed; if that is right, allow it with --max-pixels");
+  }
+}
+
+EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {
+  EncodedImage image;
+  if (plan.PassesThrough()) {
+    image.pixels.data = Slice(file, plan.place, plan.size);
+    image.pixels.compression =
+        plan.format == Format::kJpeg ? kPdfCompressionJPEG : kPdfCompressionJPEG2000;
+    image.pixels.colour = plan.colour;
+    image.pixels.width = plan.width;
+    image.pixels.height = plan.height;
+    image.pixels.bits = plan.depth;
+  } else {
+    std::vector<Note> notes;
+    image = EncodeDecoded(ReaderOf(plan.format).decode(plan, file, &notes), level);
+    image.notes = std::move(notes);
+  }
+  // A JPEG 2000 file that passes through keeps its profile inside.
+  if (plan.profile == ProfileUse::kUsed &&
+      image.pixels.compression != kPdfCompressionJPEG2000 && image.pixels.colour == Colour::kRgb) {
+    image.profile = ReaderOf(plan.format).profile(plan, file);
+  }
+  return image;
+}
+
+EncodedImage EncodeDecoded(DecodedImage decoded, int level) {
+  EncodedImage image;
+  if (decoded.alpha && !OpaqueThroughout(*decoded.alpha)) {
+    image.alpha = Compress(std::move(*decoded.alpha), level);
+  }
+  decoded.alpha.reset();
+  image.pixels = Compress(std::move(decoded.pixels), level);
+  return image;
+}
+
+void JudgeProfile(ImagePlan* plan, Bytes profile) {
+  if (profile.empty()) return;
+  const ProfileFacts facts = ReadProfile(profile);
+  if (!facts.valid) {
+    plan->profile = ProfileUse::kLeftOut;
+    plan->notes.push_back({false, "its colour profile is damaged and was left out"});
+  } else if (facts.space != "RGB " || plan->colour != Colour::kRgb) {
+    plan->profile = ProfileUse::kLeftOut;
+    plan->notes.push_back({false, "its colour profile (" + facts.Describe() +
+                                      ") was left out: only RGB profiles of RGB pictures can be "
+                                      "declared"});
+  } else {
+    plan->profile = ProfileUse::kUsed;
+  }
+}
+
+}  // namespace tool

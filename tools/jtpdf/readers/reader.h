@@ -1,0 +1,61 @@
+// reader.h - what every picture format offers: recognise, plan (header only), encode.
+//
+// Readers are given untrusted bytes. They check sizes before they take memory, never read outside
+// their bytes, and report what they cannot do as an ImageError.
+#ifndef JTPDF_TOOL_READER_H
+#define JTPDF_TOOL_READER_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "bytes.h"
+#include "image.h"
+
+namespace tool {
+
+struct ReadLimits {
+  uint64_t maxPixels = 500'000'000;
+};
+
+struct Reader {
+  Format format;
+  const char* name;                // "PNG"
+  bool (*recognises)(Bytes head);  // by the first bytes, at most 64 of them
+  // The pages in the file: one, but for TIFF. Cheap: no pixel is decoded.
+  std::vector<ImagePlan> (*plan)(Bytes file, const ReadLimits& limits);
+  // Decodes. Called only for plans with a decodeReason.
+  DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
+  // The embedded ICC profile, empty where there is none.
+  Buffer (*profile)(const ImagePlan& plan, Bytes file);
+};
+
+extern const Reader kJpegReader;
+extern const Reader kJpeg2000Reader;
+extern const Reader kPngReader;
+extern const Reader kTiffReader;
+extern const Reader kWebpReader;
+
+// How many of a file's first bytes Recognise needs.
+inline constexpr size_t kRecognisedBytes = 64;
+
+// The reader for a file that begins so; null for what is not a picture that the tool knows.
+const Reader* Recognise(Bytes head);
+const Reader& ReaderOf(Format format);
+
+// Throws an ImageError unless the picture has pixels, and no more than the limit.
+void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits);
+
+// Turns the picture into what the PDF holds: its own bytes, or decoded and Flate-compressed ones
+// (level 0 to 12). `file` must outlive the result.
+EncodedImage Encode(const ImagePlan& plan, Bytes file, int level);
+
+// The same for pixels at hand: compresses them, and the alpha unless it is opaque throughout.
+EncodedImage EncodeDecoded(DecodedImage decoded, int level);
+
+// Settles in the plan whether the profile can be declared, which holds for RGB alone.
+void JudgeProfile(ImagePlan* plan, Bytes profile);
+
+}  // namespace tool
+
+#endif  // JTPDF_TOOL_READER_H
