@@ -19,15 +19,19 @@ namespace {
 constexpr auto kOutOfMemory =
     "needs more memory than there is; scale it down, or try with fewer jobs (-j 1)";
 
+// Small files are kept from their planning to their writing, as many as fit in here, which is less
+// than one photograph takes when it is decoded: opening a small file is most of the work on it.
+constexpr size_t kMostHeld = size_t{16} << 20;
+
 struct PlannedInput {
   std::vector<ImagePlan> images;
   std::vector<PageLayout> layouts;
   uint64_t sampleHash = 0;
   FileIdentity identity;
-  ImageSource held;  // what can be read only once
+  ImageSource held;  // what can be read only once, or was kept
 };
 
-PlannedInput PlanInput(const Input& input, const Options& options) {
+PlannedInput PlanInput(const Input& input, const Options& options, std::atomic<size_t>* heldBytes) {
   PlannedInput planned;
   ImageSource source =
       input.standardInput ? ImageSource::Read(0) : ImageSource::Open(input.path, false);
@@ -43,7 +47,9 @@ PlannedInput PlanInput(const Input& input, const Options& options) {
   }
   planned.sampleHash = SampleHash(file);
   planned.identity = source.Identity();
-  if (!source.IsMapped()) planned.held = std::move(source);
+  const bool keep = !source.CanReopen() ||
+                    (!source.IsMapped() && heldBytes->fetch_add(file.size()) <= kMostHeld);
+  if (keep) planned.held = std::move(source);
   return planned;
 }
 
@@ -138,11 +144,12 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   AlbumPlan plan;
   plan.inputs = std::move(inputs);
   std::vector<PlannedInput> planned(plan.inputs.size());
+  std::atomic<size_t> heldBytes = 0;
   ForEachInParallel(plan.inputs.size(), options.jobs, [&](size_t i) {
     Input& input = plan.inputs[i];
     if (!input.error.empty()) return;
     try {
-      planned[i] = PlanInput(input, options);
+      planned[i] = PlanInput(input, options, &heldBytes);
     } catch (const ImageError& error) {
       input.error = error.what();
     } catch (const std::bad_alloc&) {

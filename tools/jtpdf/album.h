@@ -29,7 +29,7 @@ struct PagePlan {
 
 struct AlbumPlan {
   std::vector<Input> inputs;
-  std::vector<ImageSource> held;         // of each input: what can be read only once, else nothing
+  std::vector<ImageSource> held;         // of each input: its bytes, or nothing: open it again
   std::vector<FileIdentity> identities;  // of each input, as it was planned
   std::vector<PagePlan> pages;
   size_t failed = 0;  // inputs that cannot be used; each has its error

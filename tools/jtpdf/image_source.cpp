@@ -35,17 +35,34 @@ class Descriptor {
   throw ImageError("cannot be read: " + std::generic_category().message(code) + advice);
 }
 
+// The `size` bytes of a file, or fewer where it has become shorter.
+Buffer ReadAll(int file, size_t size) {
+  Buffer bytes(size);
+  size_t filled = 0;
+  while (filled < size) {
+    const ssize_t count = read(file, bytes.Data() + filled, size - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) ThrowUnreadable();
+    if (count == 0) break;
+    filled += static_cast<size_t>(count);
+  }
+  bytes.Shrink(filled);
+  return bytes;
+}
+
 }  // namespace
 
 ImageSource::ImageSource(ImageSource&& other) noexcept
     : view_(std::exchange(other.view_, {})),
       mapped_(std::exchange(other.mapped_, false)),
+      reopens_(other.reopens_),
       held_(std::move(other.held_)),
       identity_(other.identity_) {}
 
 ImageSource& ImageSource::operator=(ImageSource&& other) noexcept {
   std::swap(view_, other.view_);
   std::swap(mapped_, other.mapped_);
+  std::swap(reopens_, other.reopens_);
   std::swap(held_, other.held_);
   std::swap(identity_, other.identity_);
   return *this;
@@ -65,16 +82,25 @@ ImageSource ImageSource::Open(const std::string& path, bool touch) {
   if (!S_ISREG(status.st_mode)) return Read(number);
   if (status.st_size == 0) throw ImageError("is empty; it holds no picture, copy or save it again");
   const auto size = static_cast<size_t>(status.st_size);
+  ImageSource source;
+  source.reopens_ = true;
+  source.identity_ = {status.st_dev, status.st_ino, size,
+                      int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
+  // Mapping and unmapping make every thread's processor forget addresses: for thousands of small
+  // files that takes longer than to copy them.
+  constexpr size_t kSmall = size_t{64} << 10;
+  if (size <= kSmall) {
+    source.held_ = std::make_shared<const Buffer>(ReadAll(number, size));
+    source.view_ = source.held_->View();
+    return source;
+  }
   void* at = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | (touch ? MAP_POPULATE : 0), number, 0);
   if (at == MAP_FAILED) {
     if (errno == ENODEV) return Read(number);  // file systems without maps
     ThrowUnreadable();
   }
-  ImageSource source;
   source.view_ = {static_cast<const uint8_t*>(at), size};
   source.mapped_ = true;
-  source.identity_ = {status.st_dev, status.st_ino, size,
-                      int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
   return source;
 }
 

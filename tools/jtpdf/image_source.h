@@ -1,4 +1,4 @@
-// image_source.h - the bytes of an input: a file mapped into memory, or what a pipe held.
+// image_source.h - the bytes of an input: a file, mapped or read, or what a pipe held.
 #ifndef JTPDF_TOOL_IMAGE_SOURCE_H
 #define JTPDF_TOOL_IMAGE_SOURCE_H
 
@@ -26,21 +26,25 @@ class ImageSource {
   ImageSource& operator=(ImageSource&& other) noexcept;
   ~ImageSource();
 
-  // Opens the file; what cannot be mapped (a pipe) is read to its end. With `touch` its pages are
-  // fetched at once, for bytes that will be read from begin to end. Throws an ImageError.
+  // Opens the file: a large one is mapped, a small one read, which for its size is faster, and
+  // what is no file (a pipe) is read to its end. With `touch` the pages of a map are fetched at
+  // once, for bytes that will be read from begin to end. Throws an ImageError.
   static ImageSource Open(const std::string& path, bool touch);
   // Reads the descriptor to its end.
   static ImageSource Read(int descriptor);
-  // More of the same bytes, where they can be had only once: not for mapped files.
+  // Whether Open would give the same bytes again; they are gone with a pipe.
+  bool CanReopen() const { return reopens_; }
+  bool IsMapped() const { return mapped_; }
+  // The same bytes once more, of what is not mapped: both hold them.
   ImageSource Again() const;
 
   Bytes View() const { return view_; }
-  bool IsMapped() const { return mapped_; }
   const FileIdentity& Identity() const { return identity_; }
 
  private:
   Bytes view_;
   bool mapped_ = false;
+  bool reopens_ = false;
   std::shared_ptr<const Buffer> held_;
   FileIdentity identity_;
 };

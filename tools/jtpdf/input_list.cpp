@@ -1,6 +1,7 @@
 #include "input_list.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -58,11 +59,12 @@ void AddFolder(const std::string& folder, std::vector<Input>* inputs) {
 
 std::vector<Input> ListInputs(const std::vector<std::string>& arguments) {
   std::vector<Input> inputs;
+  inputs.reserve(arguments.size());
   for (const std::string& argument : arguments) {
-    std::error_code ignored;
+    struct stat status;
     if (argument == "-") {
       inputs.push_back({argument, true, {}});
-    } else if (fs::is_directory(argument, ignored)) {
+    } else if (stat(argument.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
       AddFolder(argument, &inputs);
     } else {
       inputs.push_back({argument, false, {}});

@@ -2,6 +2,7 @@
 //
 // The way of an image: Input (a name) -> ImageSource (bytes) -> ImagePlan (its header) -> PageLayout
 // (its place) -> EncodedImage (made by the workers) -> PdfDocument (one writer, in order).
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -33,14 +34,10 @@ std::vector<Input> CollectInputs(const Options& options) {
 // The file to write must not be one that is read: -o is easily put in front of the wrong name.
 void RefuseToReplaceInput(const AlbumPlan& plan, const Options& options) {
   if (options.ToStandardOutput()) return;
-  FileIdentity output;
-  try {
-    output = ImageSource::Open(options.output, false).Identity();
-  } catch (const ImageError&) {
-    return;  // it is not there, or no file to be replaced
-  }
+  struct stat output;
+  if (stat(options.output.c_str(), &output) != 0 || !S_ISREG(output.st_mode)) return;
   for (size_t i = 0; i < plan.inputs.size(); ++i) {
-    if (output.inode != 0 && plan.identities[i] == output) {
+    if (plan.identities[i].inode == output.st_ino && plan.identities[i].device == output.st_dev) {
       throw UsageError(plan.inputs[i].path + " is an input and would be replaced by the output; "
                        "choose another name with -o");
     }

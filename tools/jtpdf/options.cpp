@@ -14,7 +14,7 @@ namespace tool {
 
 // Twenty-four lines of eighty columns: the smallest terminal shows them all.
 const std::string_view kHelp =
-    R"(Usage: jtpdf [OPTION]... FILE|FOLDER|-...   Each image becomes a page of the PDF.
+    R"(Usage: jtpdf [OPTION]... FILE|FOLDER|-...   Each image becomes a page of a PDF
  -o, --output FILE     else to standard output    --from-file FILE  more inputs
  -S, --pagesize SIZE   A4, A5, A3, Letter, Legal, WxH (mm, cm, in, pt), A4^T
  -s, --imgsize SIZE    WxH, Wx, xH, 300dpi, 50%       -b, --border V[:H]

@@ -36,6 +36,94 @@ struct WorkBounds {
   size_t items = 0;
 };
 
+// The items that have been begun and not yet used, shared by the workers and the user.
+template <class Product, class Weigh>
+class WorkWindow {
+ public:
+  WorkWindow(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& weigh)
+      : count_(count), jobs_(jobs), bounds_(bounds), weigh_(weigh) {}
+
+  struct Batch {
+    size_t first = 0;
+    size_t size = 0;  // 0: there is nothing more to do
+  };
+
+  // Takes the next items to produce, waiting for room. Light ones come by the dozen: handing over
+  // one small picture costs more than making it.
+  Batch Take() {
+    std::unique_lock lock(mutex_);
+    roomMade_.wait(lock, [&] { return stop_ || begun_ == count_ || MayBegin(); });
+    Batch batch{begun_, 0};
+    if (stop_) return batch;
+    uint64_t batchWeight = 0;
+    while (begun_ < count_ && batch.size < kMostInBatch && MayBegin()) {
+      const uint64_t next = weigh_(begun_);
+      if (batch.size > 0 && batchWeight + next > bounds_.weight / kBatches) break;
+      batchWeight += next;
+      weight_ += next;
+      ++begun_;
+      ++batch.size;
+    }
+    window_.resize(begun_ - used_);
+    return batch;
+  }
+
+  void Put(const Batch& batch, std::vector<Product> products) {
+    const std::lock_guard lock(mutex_);
+    for (size_t i = 0; i < batch.size; ++i) {
+      window_[batch.first + i - used_] = std::move(products[i]);
+    }
+    if (batch.first == used_) productMade_.notify_one();
+  }
+
+  // Waits for the next product, and gives it with all that are ready behind it.
+  std::vector<Product> Get() {
+    std::unique_lock lock(mutex_);
+    productMade_.wait(lock, [&] { return !window_.empty() && window_.front().has_value(); });
+    std::vector<Product> products;
+    for (size_t i = 0; i < window_.size() && window_[i].has_value(); ++i) {
+      products.push_back(std::move(*window_[i]));
+    }
+    return products;
+  }
+
+  // Says that `count` products were used: only then their room is free.
+  void Release(size_t count) {
+    const std::lock_guard lock(mutex_);
+    for (size_t i = 0; i < count; ++i) weight_ -= weigh_(used_ + i);
+    window_.erase(window_.begin(), window_.begin() + static_cast<std::ptrdiff_t>(count));
+    used_ += count;
+    roomMade_.notify_all();
+  }
+
+  void Stop() {
+    const std::lock_guard lock(mutex_);
+    stop_ = true;
+    roomMade_.notify_all();
+  }
+
+ private:
+  static constexpr size_t kMostInBatch = 64;
+  static constexpr uint64_t kBatches = 16;
+
+  bool MayBegin() const {
+    const size_t ahead = begun_ - used_;
+    return ahead <= jobs_ ||
+           (ahead < bounds_.items && weight_ + weigh_(begun_) <= bounds_.weight);
+  }
+
+  const size_t count_;
+  const unsigned jobs_;
+  const WorkBounds bounds_;
+  const Weigh& weigh_;
+  std::mutex mutex_;
+  std::condition_variable roomMade_, productMade_;
+  std::deque<std::optional<Product>> window_;  // of the items used_ to begun_
+  size_t used_ = 0, begun_ = 0;
+  uint64_t weight_ = 0;
+  bool stop_ = false;
+};
+
 // Calls produce(i) for every i below `count` from `jobs` threads, and consume(i, product) in order
 // from the calling one. weigh(i) estimates the memory a product holds until it is consumed.
 // An exception from consume ends the work and is passed on; produce must not throw.
@@ -46,67 +134,28 @@ void RunInOrder(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& wei
     for (size_t i = 0; i < count; ++i) consume(i, produce(i));
     return;
   }
-  std::mutex mutex;
-  std::condition_variable roomMade, productMade;
-  std::deque<std::optional<Product>> window;  // of the items `used` to `begun`
-  size_t used = 0, begun = 0;
-  uint64_t weight = 0;
-  bool stop = false;
-
-  const auto mayBegin = [&] {
-    if (stop || begun == count) return true;  // to notice that there is nothing more to do
-    const size_t ahead = begun - used;
-    return ahead <= jobs || (ahead < bounds.items && weight + weigh(begun) <= bounds.weight);
-  };
-  const auto work = [&] {
-    std::unique_lock lock(mutex);
-    for (;;) {
-      roomMade.wait(lock, mayBegin);
-      if (stop || begun == count) return;
-      const size_t i = begun++;
-      weight += weigh(i);
-      window.emplace_back();
-      lock.unlock();
-      Product product = produce(i);
-      lock.lock();
-      window[i - used] = std::move(product);
-      if (i == used) productMade.notify_one();
-    }
-  };
-
+  WorkWindow<Product, Weigh> window(count, jobs, bounds, weigh);
   std::vector<std::jthread> helpers;
-  // Whatever ends this function, the helpers must be told before they are waited for.
+  // Whatever ends this function, the helpers are told before they are waited for.
   struct Stopper {
-    std::mutex& mutex;
-    std::condition_variable& roomMade;
-    bool& stop;
-    ~Stopper() {
-      {
-        const std::lock_guard lock(mutex);
-        stop = true;
+    WorkWindow<Product, Weigh>& window;
+    ~Stopper() { window.Stop(); }
+  } stopper{window};
+  for (size_t i = 0; i < std::min<size_t>(jobs, count); ++i) {
+    helpers.emplace_back([&] {
+      for (auto batch = window.Take(); batch.size > 0; batch = window.Take()) {
+        std::vector<Product> products;
+        products.reserve(batch.size);
+        for (size_t k = 0; k < batch.size; ++k) products.push_back(produce(batch.first + k));
+        window.Put(batch, std::move(products));
       }
-      roomMade.notify_all();
-    }
-  } stopper{mutex, roomMade, stop};
-  for (size_t i = 0; i < std::min<size_t>(jobs, count); ++i) helpers.emplace_back(work);
-
-  std::unique_lock lock(mutex);
-  struct Unlock {  // before the stopper locks
-    std::unique_lock<std::mutex>& lock;
-    ~Unlock() {
-      if (lock.owns_lock()) lock.unlock();
-    }
-  } unlock{lock};
-  while (used < count) {
-    productMade.wait(lock, [&] { return !window.empty() && window.front().has_value(); });
-    Product product = std::move(*window.front());
-    lock.unlock();
-    consume(used, std::move(product));
-    lock.lock();
-    window.pop_front();
-    weight -= weigh(used);
-    ++used;
-    roomMade.notify_all();
+    });
+  }
+  for (size_t used = 0; used < count;) {
+    std::vector<Product> products = window.Get();
+    for (size_t k = 0; k < products.size(); ++k) consume(used + k, std::move(products[k]));
+    used += products.size();
+    window.Release(products.size());
   }
 }
 

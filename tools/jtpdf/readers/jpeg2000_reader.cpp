@@ -172,10 +172,17 @@ Jpeg2000Facts ReadFacts(Bytes file) {
   return facts;
 }
 
+// The second of two components and the fourth of four that are not CMYK are alpha by custom, where
+// the file does not say what they are.
+bool AlphaByCustom(const Jpeg2000Facts& facts) {
+  return !facts.alpha && !facts.palette &&
+         (facts.components == 2 || (facts.components == 4 && facts.model != Model::kCmyk));
+}
+
 // Why the file must be decoded; empty where it passes through.
 std::string DecodeReason(const Jpeg2000Facts& facts) {
   if (facts.bare) return "a JPEG 2000 codestream without a JP2 file";
-  if (facts.alpha) return "JPEG 2000 with alpha";
+  if (facts.alpha || AlphaByCustom(facts)) return "JPEG 2000 with alpha";
   if (facts.palette) return "JPEG 2000 with a palette";
   const bool grey = facts.model == Model::kGrey && facts.components == 1;
   const bool rgb = facts.model == Model::kRgb && facts.components == 3;
@@ -193,7 +200,7 @@ std::vector<ImagePlan> PlanJpeg2000(Bytes file, const ReadLimits& limits) {
   plan.width = facts.width;
   plan.height = facts.height;
   plan.depth = facts.depth;
-  plan.alpha = facts.alpha || (facts.bare && (facts.components == 2 || facts.components == 4));
+  plan.alpha = facts.alpha || AlphaByCustom(facts);
   plan.palette = facts.palette;
   if (facts.components > 5 || facts.depth > 16) {
     throw ImageError("has " + std::to_string(facts.components) + " components of up to " +
@@ -349,10 +356,7 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
   std::optional<Component> alpha;
   bool premultiplied = false;
   for (uint32_t i = 0; i < image.numcomps; ++i) {
-    const bool last = i + 1 == image.numcomps;
-    // Bare codestreams do not say what a second or a fourth component is; it is alpha by custom.
-    const bool byCustom = facts.bare && last && (image.numcomps == 2 || image.numcomps == 4);
-    if (image.comps[i].alpha != 0 || byCustom) {
+    if (image.comps[i].alpha != 0 || (AlphaByCustom(facts) && i + 1 == image.numcomps)) {
       if (!alpha) alpha.emplace(image.comps[i], image);
       premultiplied = image.comps[i].alpha == 2;
     } else {

@@ -1,0 +1,108 @@
+#include "options.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+
+namespace tool {
+namespace {
+
+Options Parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "jtpdf");
+  return ParseOptions(static_cast<int>(arguments.size()), arguments.data());
+}
+
+TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
+  EXPECT_DOUBLE_EQ(ParseLength("25.4mm"), 72);
+  EXPECT_DOUBLE_EQ(ParseLength("2.54CM"), 72);
+  EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
+  EXPECT_DOUBLE_EQ(ParseLength("12pt"), 12);
+  EXPECT_DOUBLE_EQ(ParseLength("12"), 12);
+  for (const char* text : {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
+    EXPECT_THROW(ParseLength(text), UsageError) << text;
+  }
+}
+
+TEST(ParseLength, TakesAPointWhateverTheLocale) {
+  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no German locale here";
+  EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
+  std::setlocale(LC_ALL, "C");
+}
+
+TEST(ParsePageSize, KnowsNamesAndTurnsThem) {
+  EXPECT_NEAR(*ParsePageSize("a4").width, 595.2756, 1e-4);
+  EXPECT_NEAR(*ParsePageSize("A4^T").width, 841.8898, 1e-4);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("LETTER").height, 792);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("legal").height, 1008);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("72x2in^T").width, 144);
+}
+
+TEST(ParsePageSize, TakesOneSideAlone) {
+  EXPECT_EQ(ParsePageSize("100").height, std::nullopt);
+  EXPECT_EQ(ParsePageSize("100x").height, std::nullopt);
+  EXPECT_EQ(ParsePageSize("x100").width, std::nullopt);
+  EXPECT_EQ(*ParsePageSize("x100").height, 100);
+}
+
+TEST(ParsePageSize, RefusesNonsense) {
+  for (const char* text : {"", "x", "A4x", "10x10x10", "A4^", "0x10", "2x100", "14401x10", "^T"}) {
+    EXPECT_THROW(ParsePageSize(text), UsageError) << text;
+  }
+}
+
+TEST(ParseImageSize, TakesPercentAndDpi) {
+  EXPECT_EQ(*ParseImageSize("300dpi").dpi, 300);
+  EXPECT_TRUE(ParseImageSize("50%").width->percent);
+  const ImageSize mixed = ParseImageSize("50%x10cm");
+  EXPECT_TRUE(mixed.width->percent);
+  EXPECT_FALSE(mixed.height->percent);
+  EXPECT_THROW(ParseImageSize("%"), UsageError);
+  EXPECT_THROW(ParseImageSize("dpi"), UsageError);
+}
+
+TEST(ParseBorder, IsVerticalThenHorizontal) {
+  EXPECT_EQ(ParseBorder("1").horizontal, 1);
+  EXPECT_EQ(ParseBorder("1:2").vertical, 1);
+  EXPECT_EQ(ParseBorder("1:2").horizontal, 2);
+  EXPECT_THROW(ParseBorder(":2"), UsageError);
+}
+
+TEST(ParseDate, BecomesAPdfDate) {
+  EXPECT_EQ(ParseDate("2026"), L"D:2026");
+  EXPECT_EQ(ParseDate("2026-05-17"), L"D:20260517");
+  EXPECT_EQ(ParseDate("2026-05-17T12:30"), L"D:202605171230");
+  EXPECT_EQ(ParseDate("2026-05-17 12:30:01Z"), L"D:20260517123001Z");
+  EXPECT_EQ(ParseDate("2026-05-17T12:30:01+02:00"), L"D:20260517123001+02'00'");
+  EXPECT_EQ(ParseDate("2026-05-17T12:30:01-0330"), L"D:20260517123001-03'30'");
+  EXPECT_EQ(ParseDate("2024-02-29"), L"D:20240229");
+}
+
+TEST(ParseDate, RefusesDaysThatAreNone) {
+  for (const char* text : {"", "now", "2026-13-01", "2026-00-01", "2025-02-29", "2026-5-1",
+                           "2026-05-17T24:00", "2026-05-17T12:30:00+25:00", "2026-05-17Z", "T"}) {
+    EXPECT_THROW(ParseDate(text), UsageError) << text;
+  }
+}
+
+TEST(ParseOptions, KeepsNamesInBrackets) {
+  const Options options = Parse({"[a,b]", "--title", "[x]", "-o", "[o]", "--author=[y]"});
+  EXPECT_EQ(options.inputs, std::vector<std::string>{"[a,b]"});
+  EXPECT_EQ(options.metadata.title, L"[x]");
+  EXPECT_EQ(options.metadata.author, L"[y]");
+  EXPECT_EQ(options.output, "[o]");
+}
+
+TEST(ParseOptions, TakesNamesThatBeginWithADashBehindTwo) {
+  EXPECT_EQ(Parse({"-q", "--", "-v.png", "-"}).inputs, (std::vector<std::string>{"-v.png", "-"}));
+}
+
+TEST(ParseOptions, TakesOptionsAnywhere) {
+  const Options options = Parse({"a", "-S", "A4", "b", "-ar90", "c", "-j3"});
+  EXPECT_EQ(options.inputs.size(), 3u);
+  EXPECT_TRUE(options.layout.autoOrient);
+  EXPECT_EQ(options.layout.turn, 90);
+  EXPECT_EQ(options.jobs, 3u);
+}
+
+}  // namespace
+}  // namespace tool

@@ -1,0 +1,57 @@
+#include "text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace tool {
+namespace {
+
+TEST(FromUtf8, DecodesEveryLength) {
+  EXPECT_EQ(FromUtf8("a\xC3\xA4\xE5\x86\x99\xF0\x9F\x98\x80"), L"a\u00E4\u5199\U0001F600");
+  EXPECT_EQ(FromUtf8(""), L"");
+}
+
+TEST(FromUtf8, RefusesWhatIsNotUtf8) {
+  for (const char* text : {"\xFF", "\xC3", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80",
+                           "\xF4\x90\x80\x80", "\x80", "a\xE5\x86", "\xF5\x80\x80\x80"}) {
+    EXPECT_EQ(FromUtf8(text), std::nullopt) << text;
+  }
+}
+
+TEST(FromUtf8Lenient, PutsAReplacementForEachBadByte) {
+  EXPECT_EQ(FromUtf8Lenient("a\xFF\xC3\xA4\xE5z"), L"a\uFFFD\u00E4\uFFFDz");
+}
+
+TEST(WithRoomForPairs, AddsOneCharacterForEachAboveFFFF) {
+  EXPECT_EQ(WithRoomForPairs(L"a\U0001F600b\U0001F3BE"), L"a\U0001F600b\U0001F3BE  ");
+  EXPECT_EQ(WithRoomForPairs(L"plain"), L"plain");
+}
+
+TEST(NaturalLess, SortsNumbersByValueAndLettersWithoutCase) {
+  const std::vector<std::string> sorted{"1.png",      "Scan.png",   "scan1.png", "scan2.png",
+                                        "Scan3.png",  "scan10.png", "scan10a",   "scan99999999999999999999",
+                                        "scan100000000000000000000", "x"};
+  std::vector<std::string> shuffled(sorted.rbegin(), sorted.rend());
+  std::sort(shuffled.begin(), shuffled.end(), NaturalLess);
+  EXPECT_EQ(shuffled, sorted);
+}
+
+TEST(NaturalLess, IsAStrictOrderEvenForEqualNumbers) {
+  EXPECT_NE(NaturalLess("a01", "a1"), NaturalLess("a1", "a01"));
+  EXPECT_NE(NaturalLess("A1", "a1"), NaturalLess("a1", "A1"));
+  EXPECT_FALSE(NaturalLess("a1", "a1"));
+}
+
+TEST(BaseName, IsTheLastPart) {
+  EXPECT_EQ(BaseName("/a/b c.png"), "b c.png");
+  EXPECT_EQ(BaseName("b.png"), "b.png");
+  EXPECT_EQ(BaseName("a/b/"), "b");
+  EXPECT_EQ(BaseName("/"), "/");
+}
+
+TEST(Printable, HidesControlCharacters) { EXPECT_EQ(Printable("a\x1B[1m\n\x7Fä"), "a?[1m??ä"); }
+
+}  // namespace
+}  // namespace tool
