@@ -33,8 +33,7 @@ TEST(ReadExif, ReadsOrientationAndResolution) {
 }
 
 TEST(ReadExif, ReadsBothByteOrders) {
-  const std::string little =
-      "II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x08\0\0\0\0\0\0\0"s;
+  const std::string little = "II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x08\0\0\0\0\0\0\0"s;
   EXPECT_EQ(ReadExif(AsBytes(little)).orientation, 8);
 }
 

@@ -30,20 +30,22 @@ Point Place(const JTPDFRect& box, Point corner) {
 
 struct Upright {
   int orientation;
-  const char* firstRow;     // where the stored picture's first row is to be seen, as EXIF words it
+  const char* firstRow;  // where the stored picture's first row is to be seen, as EXIF words it
   const char* firstColumn;
 };
 
 class OrientedBoxTest : public testing::TestWithParam<Upright> {};
 
 // The table of the EXIF standard itself, tag 274.
-INSTANTIATE_TEST_SUITE_P(
-    All, OrientedBoxTest,
-    testing::Values(Upright{1, "top", "left"}, Upright{2, "top", "right"},
-                    Upright{3, "bottom", "right"}, Upright{4, "bottom", "left"},
-                    Upright{5, "left", "top"}, Upright{6, "right", "top"},
-                    Upright{7, "right", "bottom"}, Upright{8, "left", "bottom"}),
-    [](const auto& info) { return "Orientation" + std::to_string(info.param.orientation); });
+INSTANTIATE_TEST_SUITE_P(All, OrientedBoxTest,
+                         testing::Values(Upright{1, "top", "left"}, Upright{2, "top", "right"},
+                                         Upright{3, "bottom", "right"},
+                                         Upright{4, "bottom", "left"}, Upright{5, "left", "top"},
+                                         Upright{6, "right", "top"}, Upright{7, "right", "bottom"},
+                                         Upright{8, "left", "bottom"}),
+                         [](const auto& row) {
+                           return "Orientation" + std::to_string(row.param.orientation);
+                         });
 
 TEST_P(OrientedBoxTest, PutsTheFirstRowAndColumnWhereExifSays) {
   const JTPDFRect box = OrientedBox(100, 50, 60, 20, GetParam().orientation);

@@ -18,7 +18,8 @@ TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
   EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
   EXPECT_DOUBLE_EQ(ParseLength("12pt"), 12);
   EXPECT_DOUBLE_EQ(ParseLength("12"), 12);
-  for (const char* text : {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
+  for (const char* text :
+       {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
     EXPECT_THROW(ParseLength(text), UsageError) << text;
   }
 }

@@ -62,9 +62,9 @@ TEST(Samples, OfOddDepthsCrossBytes) {
   const uint8_t row[] = {0xAB, 0xCD, 0xEF};
   EXPECT_EQ(SampleAt(row, 0, 12), 0xABCu);
   EXPECT_EQ(SampleAt(row, 1, 12), 0xDEFu);
-  EXPECT_EQ(SampleAt(row, 1, 3), 2u);   // 101 010 11|1 100...
+  EXPECT_EQ(SampleAt(row, 1, 3), 2u);  // 101 010 11|1 100...
   EXPECT_EQ(SampleAt(row, 2, 3), 7u);
-  EXPECT_EQ(SampleAt(row, 2, 7), 0x7Bu);
+  EXPECT_EQ(SampleAt(row, 2, 7), 0x3Du);
 }
 
 TEST(SampleWriter, FillsTheLastByteWithOnes) {

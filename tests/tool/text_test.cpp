@@ -30,9 +30,16 @@ TEST(WithRoomForPairs, AddsOneCharacterForEachAboveFFFF) {
 }
 
 TEST(NaturalLess, SortsNumbersByValueAndLettersWithoutCase) {
-  const std::vector<std::string> sorted{"1.png",      "Scan.png",   "scan1.png", "scan2.png",
-                                        "Scan3.png",  "scan10.png", "scan10a",   "scan99999999999999999999",
-                                        "scan100000000000000000000", "x"};
+  const std::vector<std::string> sorted{"1.png",
+                                        "Scan.png",
+                                        "scan1.png",
+                                        "scan2.png",
+                                        "Scan3.png",
+                                        "scan10.png",
+                                        "scan10a",
+                                        "scan99999999999999999999",
+                                        "scan100000000000000000000",
+                                        "x"};
   std::vector<std::string> shuffled(sorted.rbegin(), sorted.rend());
   std::sort(shuffled.begin(), shuffled.end(), NaturalLess);
   EXPECT_EQ(shuffled, sorted);
@@ -51,7 +58,9 @@ TEST(BaseName, IsTheLastPart) {
   EXPECT_EQ(BaseName("/"), "/");
 }
 
-TEST(Printable, HidesControlCharacters) { EXPECT_EQ(Printable("a\x1B[1m\n\x7Fä"), "a?[1m??ä"); }
+TEST(Printable, HidesControlCharacters) {
+  EXPECT_EQ(Printable("a\x1B[1m\n\x7Fä"), "a?[1m??ä");
+}
 
 }  // namespace
 }  // namespace tool

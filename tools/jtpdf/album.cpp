@@ -38,8 +38,9 @@ PlannedInput PlanInput(const Input& input, const Options& options, std::atomic<s
   const Bytes file = source.View();
   const Reader* reader = Recognise(file.first(std::min(file.size(), kRecognisedBytes)));
   if (reader == nullptr) {
-    throw ImageError("is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or "
-                     "WebP");
+    throw ImageError(
+        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or "
+        "WebP");
   }
   planned.images = reader->plan(file, options.limits);
   for (const ImagePlan& image : planned.images) {
@@ -47,8 +48,8 @@ PlannedInput PlanInput(const Input& input, const Options& options, std::atomic<s
   }
   planned.sampleHash = SampleHash(file);
   planned.identity = source.Identity();
-  const bool keep = !source.CanReopen() ||
-                    (!source.IsMapped() && heldBytes->fetch_add(file.size()) <= kMostHeld);
+  const bool keep =
+      !source.CanReopen() || (!source.IsMapped() && heldBytes->fetch_add(file.size()) <= kMostHeld);
   if (keep) planned.held = std::move(source);
   return planned;
 }
@@ -63,8 +64,8 @@ ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch) {
 }
 
 // Two pages of one image: of the same bytes, and the same page in them.
-void FindDuplicates(const std::vector<PlannedInput>& planned,
-                    const std::vector<size_t>& firstPages, AlbumPlan* plan) {
+void FindDuplicates(const std::vector<PlannedInput>& planned, const std::vector<size_t>& firstPages,
+                    AlbumPlan* plan) {
   DuplicateFinder finder([&](size_t input) { return OpenInput(*plan, input, false); });
   for (size_t input = 0; input < planned.size(); ++input) {
     if (planned[input].images.empty()) continue;
@@ -124,17 +125,23 @@ std::wstring ImageName(const AlbumPlan& plan, const PagePlan& page) {
 const char* ColourName(const ImagePlan& image) {
   if (image.palette) return image.alpha ? "palette+alpha" : "palette";
   switch (image.colour) {
-    case Colour::kGrey: return image.alpha ? "grey+alpha" : "grey";
-    case Colour::kRgb: return image.alpha ? "RGB+alpha" : "RGB";
-    default: return image.alpha ? "CMYK+alpha" : "CMYK";
+    case Colour::kGrey:
+      return image.alpha ? "grey+alpha" : "grey";
+    case Colour::kRgb:
+      return image.alpha ? "RGB+alpha" : "RGB";
+    default:
+      return image.alpha ? "CMYK+alpha" : "CMYK";
   }
 }
 
 const char* ProfileName(ProfileUse use) {
   switch (use) {
-    case ProfileUse::kNone: return "none";
-    case ProfileUse::kUsed: return "used";
-    default: return "left out";
+    case ProfileUse::kNone:
+      return "none";
+    case ProfileUse::kUsed:
+      return "used";
+    default:
+      return "left out";
   }
 }
 
@@ -171,8 +178,8 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
 }
 
 std::string DescribeAlbum(const AlbumPlan& plan, const Options& options) {
-  std::vector<std::vector<std::string>> rows{{"FORMAT", "PIXELS", "BITS", "COLOUR", "PROFILE",
-                                              "TURNED", "PAGE (PT)", "STORED", "FILE"}};
+  std::vector<std::vector<std::string>> rows{
+      {"FORMAT", "PIXELS", "BITS", "COLOUR", "PROFILE", "TURNED", "PAGE (PT)", "STORED", "FILE"}};
   for (size_t i = 0; i < plan.pages.size(); ++i) {
     const PagePlan& page = plan.pages[i];
     const ImagePlan& image = page.image;
@@ -202,8 +209,7 @@ std::string DescribeAlbum(const AlbumPlan& plan, const Options& options) {
   return table;
 }
 
-size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
-                  Console& console) {
+size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output, Console& console) {
   constexpr WorkBounds kBounds{uint64_t{8} << 20, 256};
   PdfDocument document(output, options.metadata, options.compression);
   std::vector<int> numbers(plan.pages.size(), 0);  // the image of each page; 0 for one that failed
@@ -213,9 +219,7 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
   RunInOrder<Product>(
       plan.pages.size(), options.jobs, kBounds,
       [&](size_t i) { return isFirst(i) ? WeightOf(plan.pages[i]) : 0; },
-      [&](size_t i) {
-        return isFirst(i) ? EncodePage(plan, plan.pages[i], options) : Product{};
-      },
+      [&](size_t i) { return isFirst(i) ? EncodePage(plan, plan.pages[i], options) : Product{}; },
       [&](size_t i, Product product) {
         const PagePlan& page = plan.pages[i];
         const std::string name = PageName(plan, page);

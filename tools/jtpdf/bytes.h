@@ -40,8 +40,12 @@ class Buffer {
 };
 
 // Big-endian numbers at a place the caller has checked.
-inline uint32_t Be16(const uint8_t* at) { return uint32_t{at[0]} << 8 | at[1]; }
-inline uint32_t Be32(const uint8_t* at) { return Be16(at) << 16 | Be16(at + 2); }
+inline uint32_t Be16(const uint8_t* at) {
+  return uint32_t{at[0]} << 8 | at[1];
+}
+inline uint32_t Be32(const uint8_t* at) {
+  return Be16(at) << 16 | Be16(at + 2);
+}
 
 // The `size` bytes at `offset`, or nothing where they are not all there.
 inline Bytes Slice(Bytes bytes, uint64_t offset, uint64_t size) {
@@ -50,8 +54,7 @@ inline Bytes Slice(Bytes bytes, uint64_t offset, uint64_t size) {
 }
 
 inline bool StartsWith(Bytes bytes, std::string_view magic) {
-  return bytes.size() >= magic.size() &&
-         std::memcmp(bytes.data(), magic.data(), magic.size()) == 0;
+  return bytes.size() >= magic.size() && std::memcmp(bytes.data(), magic.data(), magic.size()) == 0;
 }
 
 }  // namespace tool

@@ -48,8 +48,7 @@ std::string ProgressLine(uint64_t pages, uint64_t allPages, uint64_t bytes, doub
 }
 
 Console::Console(Verbosity verbosity)
-    : verbosity_(verbosity),
-      bar_(verbosity != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
+    : verbosity_(verbosity), bar_(verbosity != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
 
 void Console::Print(std::string_view about, std::string_view text) {
   EndProgress();
@@ -59,10 +58,13 @@ void Console::Print(std::string_view about, std::string_view text) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-void Console::Error(std::string_view about, std::string_view text) { Print(about, text); }
+void Console::Error(std::string_view about, std::string_view text) {
+  Print(about, text);
+}
 
 void Console::Say(std::string_view about, const Note& note) {
-  if (verbosity_ == Verbosity::kQuiet || (!note.always && verbosity_ != Verbosity::kVerbose)) return;
+  if (verbosity_ == Verbosity::kQuiet || (!note.always && verbosity_ != Verbosity::kVerbose))
+    return;
   Print(about, note.text);
 }
 
@@ -72,7 +74,8 @@ void Console::Progress(uint64_t pages, uint64_t allPages, uint64_t bytes) {
   const Clock::time_point now = Clock::now();
   if (now - begin_ < 1s || (drawn_ && now - drawnAt_ < 100ms)) return;
   const double seconds = std::chrono::duration<double>(now - begin_).count();
-  std::fprintf(stderr, "\r\033[K%s", ProgressLine(pages, allPages, bytes, seconds, Columns()).c_str());
+  std::fprintf(stderr, "\r\033[K%s",
+               ProgressLine(pages, allPages, bytes, seconds, Columns()).c_str());
   std::fflush(stderr);
   drawn_ = true;
   drawnAt_ = now;

@@ -33,8 +33,8 @@ libdeflate_compressor* CompressorOf(int level) {
 Buffer Deflate(Bytes bytes, int level) {
   libdeflate_compressor* compressor = CompressorOf(level);
   Buffer out(libdeflate_zlib_compress_bound(compressor, bytes.size()));
-  out.Shrink(libdeflate_zlib_compress(compressor, bytes.data(), bytes.size(), out.Data(),
-                                      out.Size()));
+  out.Shrink(
+      libdeflate_zlib_compress(compressor, bytes.data(), bytes.size(), out.Data(), out.Size()));
   return out;
 }
 

@@ -84,8 +84,8 @@ std::vector<std::string> SplitNames(std::string_view list) {
 }
 
 std::vector<std::string> ReadNameList(const std::string& path) {
-  const ImageSource list = path == "-" ? ImageSource::Read(STDIN_FILENO)
-                                       : ImageSource::Open(path, false);
+  const ImageSource list =
+      path == "-" ? ImageSource::Read(STDIN_FILENO) : ImageSource::Open(path, false);
   return SplitNames({reinterpret_cast<const char*>(list.View().data()), list.View().size()});
 }
 

@@ -13,7 +13,9 @@ struct Extent {
   double height;
 };
 
-bool SwapsSides(int orientation) { return orientation >= 5; }
+bool SwapsSides(int orientation) {
+  return orientation >= 5;
+}
 
 Extent NaturalExtent(const ImagePlan& plan, int orientation, std::optional<double> dpi) {
   Resolution resolution = plan.resolution;
@@ -57,8 +59,9 @@ std::optional<double> Less(std::optional<double> side, double border) {
   if (!side) return std::nullopt;
   const double left = *side - 2 * border;
   if (left <= 0) {
-    throw ImageError("has no room left on its page inside the border; choose a smaller -b or a "
-                     "larger -S");
+    throw ImageError(
+        "has no room left on its page inside the border; choose a smaller -b or a "
+        "larger -S");
   }
   return left;
 }
@@ -94,10 +97,14 @@ JTPDFRect Inset(JTPDFRect box, Border border) {
 int DrawnOrientation(const ImagePlan& plan, const LayoutOptions& options) {
   if (!options.turn) return plan.orientation;
   switch (*options.turn) {
-    case 90: return 6;
-    case 180: return 3;
-    case 270: return 8;
-    default: return 1;
+    case 90:
+      return 6;
+    case 180:
+      return 3;
+    case 270:
+      return 8;
+    default:
+      return 1;
   }
 }
 
@@ -108,7 +115,7 @@ JTPDFRect OrientedBox(double centreX, double centreY, double width, double heigh
     double angle;  // counter-clockwise
     int x, y;      // -1 mirrors
   };
-  constexpr Placement kPlacements[] = {{0, 1, 1},   {0, -1, 1}, {180, 1, 1},  {0, 1, -1},
+  constexpr Placement kPlacements[] = {{0, 1, 1},   {0, -1, 1},  {180, 1, 1},  {0, 1, -1},
                                        {90, -1, 1}, {270, 1, 1}, {270, -1, 1}, {90, 1, 1}};
   const Placement& placement = kPlacements[orientation - 1];
   if (SwapsSides(orientation)) std::swap(width, height);

@@ -63,8 +63,7 @@ PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options);
 int DrawnOrientation(const ImagePlan& plan, const LayoutOptions& options);
 
 // The box that draws a picture over width x height around a centre in an orientation.
-JTPDFRect OrientedBox(double centreX, double centreY, double width, double height,
-                      int orientation);
+JTPDFRect OrientedBox(double centreX, double centreY, double width, double height, int orientation);
 
 }  // namespace tool
 

@@ -1,7 +1,8 @@
 // main.cpp - jtpdf: images to PDF.
 //
-// The way of an image: Input (a name) -> ImageSource (bytes) -> ImagePlan (its header) -> PageLayout
-// (its place) -> EncodedImage (made by the workers) -> PdfDocument (one writer, in order).
+// The way of an image: Input (a name) -> ImageSource (bytes) -> ImagePlan (its header) ->
+// PageLayout (its place) -> EncodedImage (made by the workers) -> PdfDocument (one writer, in
+// order).
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -38,7 +39,8 @@ void RefuseToReplaceInput(const AlbumPlan& plan, const Options& options) {
   if (stat(options.output.c_str(), &output) != 0 || !S_ISREG(output.st_mode)) return;
   for (size_t i = 0; i < plan.inputs.size(); ++i) {
     if (plan.identities[i].inode == output.st_ino && plan.identities[i].device == output.st_dev) {
-      throw UsageError(plan.inputs[i].path + " is an input and would be replaced by the output; "
+      throw UsageError(plan.inputs[i].path +
+                       " is an input and would be replaced by the output; "
                        "choose another name with -o");
     }
   }
@@ -48,9 +50,8 @@ ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console
   const std::string name = options.ToStandardOutput() ? "standard output" : options.output;
   try {
     InstallSignalHandlers();
-    const std::unique_ptr<Output> output = options.ToStandardOutput()
-                                               ? OpenStandardOutput()
-                                               : OpenFileOutput(options.output);
+    const std::unique_ptr<Output> output =
+        options.ToStandardOutput() ? OpenStandardOutput() : OpenFileOutput(options.output);
     const size_t failed = plan.failed + WriteAlbum(plan, options, *output, console);
     if (failed > 0) {
       console.Error(name, std::to_string(failed) + " of " +
@@ -62,8 +63,9 @@ ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console
   } catch (const OutputError& error) {
     console.Error(name, error.what());
   } catch (const BadInput&) {
-    console.Error(name, "was not written, because an input failed; --skip-bad leaves such inputs "
-                        "out");
+    console.Error(name,
+                  "was not written, because an input failed; --skip-bad leaves such inputs "
+                  "out");
   }
   return kFailed;
 }
@@ -112,8 +114,8 @@ int main(int count, char** arguments) {
   try {
     const tool::Options options = tool::ParseOptions(count, arguments);
     if (options.help || options.version) {
-      const std::string text = options.help ? std::string(tool::kHelp)
-                                            : std::string("jtpdf " JTPDF_TOOL_VERSION "\n");
+      const std::string text =
+          options.help ? std::string(tool::kHelp) : std::string("jtpdf " JTPDF_TOOL_VERSION "\n");
       std::fwrite(text.data(), 1, text.size(), stdout);
       return std::fflush(stdout) == 0 ? tool::kDone : tool::kFailed;
     }

@@ -54,8 +54,8 @@ std::string Lower(std::string_view text) {
 // A number at the text's begin, with a point whatever the locale; what follows it is the unit.
 std::optional<std::pair<double, std::string_view>> SplitNumber(std::string_view text) {
   double value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value,
-                                            std::chars_format::fixed);
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
   if (error != std::errc{} || !(value >= 0 && value <= 1e6)) return std::nullopt;
   return std::pair(value, text.substr(static_cast<size_t>(end - text.data())));
 }
@@ -78,8 +78,7 @@ constexpr auto kLengthHelp = "length; write it as 20mm, 2cm, 0.8in or 57pt";
 constexpr auto kPageHelp =
     "page size; choose A4, A5, A3, Letter, Legal or a size such as 10cmx15cm (mm, cm, in, pt), "
     "with ^T behind it to lay it on its side";
-constexpr auto kImageHelp =
-    "image size; write it as 10cmx15cm, 10cm, x15cm, 50%, 300dpi or A4";
+constexpr auto kImageHelp = "image size; write it as 10cmx15cm, 10cm, x15cm, 50%, 300dpi or A4";
 
 struct Paper {
   std::string_view name;
@@ -171,13 +170,16 @@ Number ParseNumber(const std::string& text, Number least, Number most, const cha
   Number value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc{} || end != text.data() + text.size() || value < least || value > most) {
-    throw UsageError(std::string(option) + ": \"" + Printable(text) + "\" is no whole number from " +
-                     std::to_string(least) + " to " + std::to_string(most));
+    throw UsageError(std::string(option) + ": \"" + Printable(text) +
+                     "\" is no whole number from " + std::to_string(least) + " to " +
+                     std::to_string(most));
   }
   return value;
 }
 
-bool IsLeapYear(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
+bool IsLeapYear(int year) {
+  return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+}
 
 }  // namespace
 
@@ -195,8 +197,8 @@ PageSize ParsePageSize(std::string_view text) {
     size = {paper->width, paper->height};
   } else {
     const SideTexts sides = SplitSides(rest);
-    for (const auto& [side, to] : {std::pair(&sides.width, &size.width),
-                                   std::pair(&sides.height, &size.height)}) {
+    for (const auto& [side, to] :
+         {std::pair(&sides.width, &size.width), std::pair(&sides.height, &size.height)}) {
       if (side->empty()) continue;
       *to = TryLength(*side);
       if (!*to || **to <= 0) Refuse(text, kPageHelp);
@@ -227,8 +229,8 @@ ImageSize ParseImageSize(std::string_view text) {
     size.dpi = number->first;
   } else {
     const SideTexts sides = SplitSides(rest);
-    for (const auto& [side, to] : {std::pair(&sides.width, &size.width),
-                                   std::pair(&sides.height, &size.height)}) {
+    for (const auto& [side, to] :
+         {std::pair(&sides.width, &size.width), std::pair(&sides.height, &size.height)}) {
       if (side->empty()) continue;
       const auto number = SplitNumber(*side);
       const bool percent = number && number->second == "%";
@@ -271,9 +273,8 @@ std::wstring ParseDate(std::string_view text) {
     }
   }
   const auto fits = [](std::string_view value, std::string_view pattern) {
-    return std::ranges::equal(value, pattern, [](char v, char p) {
-      return p == '0' ? v >= '0' && v <= '9' : v == p;
-    });
+    return std::ranges::equal(
+        value, pattern, [](char v, char p) { return p == '0' ? v >= '0' && v <= '9' : v == p; });
   };
   if (std::none_of(std::begin(kPatterns), std::end(kPatterns),
                    [&](std::string_view pattern) { return fits(rest, pattern); })) {
@@ -368,18 +369,17 @@ Options ParseOptions(int count, const char* const* arguments) {
   if (fit) options.layout.fit = Choose(kFits, *fit, "-f");
   if (turn) options.layout.turn = ParseTurn(*turn);
   if (role) options.role = Choose(kRoles, *role, "--role");
-  options.metadata = {ParseText(title, "--title"),       ParseText(author, "--author"),
-                      ParseText(subject, "--subject"),   ParseText(keywords, "--keywords"),
-                      ParseText(creator, "--creator"),
-                      creationDate ? ParseDate(*creationDate) : L"",
-                      modDate ? ParseDate(*modDate) : L""};
+  options.metadata = {
+      ParseText(title, "--title"),        ParseText(author, "--author"),
+      ParseText(subject, "--subject"),    ParseText(keywords, "--keywords"),
+      ParseText(creator, "--creator"),    creationDate ? ParseDate(*creationDate) : L"",
+      modDate ? ParseDate(*modDate) : L""};
   constexpr unsigned kMostJobs = 256;
   options.jobs = jobs ? ParseNumber(*jobs, 1u, kMostJobs, "-j")
                       : std::clamp(std::thread::hardware_concurrency(), 1u, kMostJobs);
   if (compression) options.compression = ParseNumber(*compression, 0, 12, "--compression");
   if (pixels) {
-    options.limits.maxPixels =
-        ParseNumber<uint64_t>(*pixels, 1, uint64_t{1} << 40, "--max-pixels");
+    options.limits.maxPixels = ParseNumber<uint64_t>(*pixels, 1, uint64_t{1} << 40, "--max-pixels");
   }
   if (quiet && verbose) throw UsageError("-q and -v contradict each other; choose one");
   if (quiet) options.verbosity = Verbosity::kQuiet;

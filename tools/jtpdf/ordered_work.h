@@ -108,8 +108,7 @@ class WorkWindow {
 
   bool MayBegin() const {
     const size_t ahead = begun_ - used_;
-    return ahead <= jobs_ ||
-           (ahead < bounds_.items && weight_ + weigh_(begun_) <= bounds_.weight);
+    return ahead <= jobs_ || (ahead < bounds_.items && weight_ + weigh_(begun_) <= bounds_.weight);
   }
 
   const size_t count_;

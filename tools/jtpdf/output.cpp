@@ -56,7 +56,9 @@ std::wstring WidePath(const std::string& path, int descriptor) {
   return wide ? *wide : DescriptorPath(descriptor);
 }
 
-[[noreturn]] void ThrowProblem(int code) { throw OutputError(WriteProblem(code)); }
+[[noreturn]] void ThrowProblem(int code) {
+  throw OutputError(WriteProblem(code));
+}
 
 mode_t NewFileMode() {
   const mode_t mask = umask(0);
@@ -146,9 +148,13 @@ class StandardOutput : public Output {
     pump_ = std::thread([this] { Pump(); });
   }
 
-  ~StandardOutput() override { Finish(); }
+  ~StandardOutput() override {
+    Finish();
+  }
 
-  const std::wstring& Path() const override { return path_; }
+  const std::wstring& Path() const override {
+    return path_;
+  }
 
   void Commit() override {
     Finish();
@@ -213,15 +219,26 @@ std::string WriteProblem(int code) {
   const char* advice = "";
   switch (code) {
     case ENOSPC:
-    case EDQUOT: advice = "; make room or choose another place with -o"; break;
-    case EPIPE: advice = "; the program that reads it ended early"; break;
+    case EDQUOT:
+      advice = "; make room or choose another place with -o";
+      break;
+    case EPIPE:
+      advice = "; the program that reads it ended early";
+      break;
     case ENOENT:
-    case ENOTDIR: advice = "; make its folder first"; break;
+    case ENOTDIR:
+      advice = "; make its folder first";
+      break;
     case EACCES:
     case EPERM:
-    case EROFS: advice = "; choose another place with -o"; break;
-    case EISDIR: advice = "; name a file in it"; break;
-    default: break;
+    case EROFS:
+      advice = "; choose another place with -o";
+      break;
+    case EISDIR:
+      advice = "; name a file in it";
+      break;
+    default:
+      break;
   }
   // The library gives -1 where the system gave no reason.
   return "cannot be written: " +
@@ -243,7 +260,9 @@ std::unique_ptr<Output> OpenFileOutput(const std::string& file) {
   return std::make_unique<RenamedFile>(real.data(), status);
 }
 
-std::unique_ptr<Output> OpenStandardOutput() { return std::make_unique<StandardOutput>(); }
+std::unique_ptr<Output> OpenStandardOutput() {
+  return std::make_unique<StandardOutput>();
+}
 
 void InstallSignalHandlers() {
   std::signal(SIGPIPE, SIG_IGN);

@@ -15,9 +15,9 @@ PdfDocument::PdfDocument(Output& output, const Metadata& metadata, int compressi
       compression_(compression),
       document_(CreateFilePdfDoc(PDFCoordinateUnitPoint, output.Path().c_str(), nullptr, nullptr)) {
   const std::pair<const char*, const std::wstring&> items[] = {
-      {"Title", metadata.title},         {"Author", metadata.author},
-      {"Subject", metadata.subject},     {"Keywords", metadata.keywords},
-      {"Creator", metadata.creator},     {"CreationDate", metadata.creationDate},
+      {"Title", metadata.title},     {"Author", metadata.author},
+      {"Subject", metadata.subject}, {"Keywords", metadata.keywords},
+      {"Creator", metadata.creator}, {"CreationDate", metadata.creationDate},
       {"ModDate", metadata.modDate}};
   for (const auto& [key, value] : items) {
     if (!value.empty()) SetPdfInfoItem(document_.get(), key, WithRoomForPairs(value).c_str());

@@ -66,8 +66,8 @@ struct Jpeg2000Facts {
   uint32_t width = 0;
   uint32_t height = 0;
   int components = 0;
-  int depth = 0;           // of the deepest component
-  bool uniform = true;     // one depth, unsigned, no subsampling
+  int depth = 0;        // of the deepest component
+  bool uniform = true;  // one depth, unsigned, no subsampling
   Model model = Model::kUnknown;
   bool palette = false;
   bool alpha = false;
@@ -122,11 +122,20 @@ void ReadColour(Bytes box, Jpeg2000Facts* facts) {
   if (facts->model != Model::kUnknown || box.size() < 4) return;  // the first that is known counts
   if (box[0] == 1 && box.size() >= 7) {
     switch (Be32(&box[3])) {
-      case 12: facts->model = Model::kCmyk; break;
-      case 16: facts->model = Model::kRgb; break;
-      case 17: facts->model = Model::kGrey; break;
-      case 18: facts->model = Model::kYcc; break;
-      default: break;
+      case 12:
+        facts->model = Model::kCmyk;
+        break;
+      case 16:
+        facts->model = Model::kRgb;
+        break;
+      case 17:
+        facts->model = Model::kGrey;
+        break;
+      case 18:
+        facts->model = Model::kYcc;
+        break;
+      default:
+        break;
     }
   } else if (box[0] == 2 && box.size() > 3 + 20) {
     facts->profile = box.subspan(3);
@@ -277,8 +286,7 @@ Image Decode(Bytes file, bool bare) {
   std::string error;
   Memory memory{file};
   const Stream stream(opj_stream_create(size_t{64} << 10, OPJ_TRUE), opj_stream_destroy);
-  const Codec codec(opj_create_decompress(bare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2),
-                    opj_destroy_codec);
+  const Codec codec(opj_create_decompress(bare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2), opj_destroy_codec);
   if (!stream || !codec) throw std::bad_alloc();
   opj_stream_set_user_data(stream.get(), &memory, nullptr);
   opj_stream_set_user_data_length(stream.get(), file.size());
@@ -363,8 +371,8 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
       colours.emplace_back(image.comps[i], image);
     }
   }
-  const bool ycc = (facts.model == Model::kYcc || image.color_space == OPJ_CLRSPC_SYCC) &&
-                   colours.size() >= 3;
+  const bool ycc =
+      (facts.model == Model::kYcc || image.color_space == OPJ_CLRSPC_SYCC) && colours.size() >= 3;
   const bool cmyk = plan.colour == Colour::kCmyk && colours.size() >= 4;
   const size_t channels = cmyk ? 4 : colours.size() >= 3 && plan.colour != Colour::kGrey ? 3 : 1;
   if (colours.empty()) throw ImageError("holds alpha only, no picture; save it again");

@@ -5,9 +5,9 @@
 // libjpeg-turbo decodes the few files that cannot pass through.
 #include <cstdio>  // jpeglib.h needs it
 
+#include <jpeglib.h>
 #include <csetjmp>
 #include <cstring>
-#include <jpeglib.h>
 #include <optional>
 #include <string>
 #include <utility>
@@ -21,9 +21,24 @@ namespace {
 using namespace std::string_view_literals;
 
 enum Marker : uint8_t {
-  kSof0 = 0xC0, kSof1 = 0xC1, kSof2 = 0xC2, kSof9 = 0xC9, kSof10 = 0xCA, kDht = 0xC4, kJpg = 0xC8,
-  kDac = 0xCC, kRst0 = 0xD0, kRst7 = 0xD7, kSoi = 0xD8, kEoi = 0xD9, kSos = 0xDA,
-  kApp0 = 0xE0, kApp1 = 0xE1, kApp2 = 0xE2, kApp14 = 0xEE, kTem = 0x01
+  kSof0 = 0xC0,
+  kSof1 = 0xC1,
+  kSof2 = 0xC2,
+  kSof9 = 0xC9,
+  kSof10 = 0xCA,
+  kDht = 0xC4,
+  kJpg = 0xC8,
+  kDac = 0xCC,
+  kRst0 = 0xD0,
+  kRst7 = 0xD7,
+  kSoi = 0xD8,
+  kEoi = 0xD9,
+  kSos = 0xDA,
+  kApp0 = 0xE0,
+  kApp1 = 0xE1,
+  kApp2 = 0xE2,
+  kApp14 = 0xEE,
+  kTem = 0x01
 };
 
 constexpr auto kCutOff =
@@ -108,7 +123,8 @@ JpegFacts ReadFacts(Bytes file) {
       default:
         if (walk.marker >= kSof0 && walk.marker <= 0xCF && walk.marker != kDht &&
             walk.marker != kJpg && walk.marker != kDac) {
-          if (facts.frame != 0) throw ImageError("is damaged: it has two JPEG frames; save it again");
+          if (facts.frame != 0)
+            throw ImageError("is damaged: it has two JPEG frames; save it again");
           facts.frame = walk.marker;
           facts.sof = data;
         }
@@ -158,7 +174,8 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
   const bool arithmetic = facts.frame == kSof9 || facts.frame == kSof10;
   if ((!huffman && !arithmetic) || depth != 8) {
     throw ImageError("is a JPEG of a rare kind (lossless, hierarchical or " +
-                     std::to_string(depth) + "-bit) that PDF readers cannot show; save it as an "
+                     std::to_string(depth) +
+                     "-bit) that PDF readers cannot show; save it as an "
                      "ordinary 8-bit JPEG or as PNG");
   }
   if (components != 1 && components != 3 && components != 4) {
@@ -170,9 +187,10 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
     plan.decodeReason = "arithmetic coding, which PDF does not know";
   } else if (plan.colour == Colour::kCmyk && !facts.adobeTransform) {
     plan.decodeReason = "CMYK that is not stored inverted";
-    plan.notes.push_back({true, "is CMYK without the Adobe marker, so its inks are not stored "
-                                "inverted as PDF declares them here; it was decoded and stored "
-                                "without loss"});
+    plan.notes.push_back({true,
+                          "is CMYK without the Adobe marker, so its inks are not stored "
+                          "inverted as PDF declares them here; it was decoded and stored "
+                          "without loss"});
   } else if (plan.colour == Colour::kRgb && !facts.adobeTransform && NamedRgb(facts)) {
     plan.decodeReason = "RGB by component names, which PDF readers take for YCbCr";
   }
@@ -293,8 +311,8 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
                      "); the file is damaged, save the picture again");
   }
   if (failure.manager.num_warnings > 0) {
-    notes->push_back({true, std::string("is damaged and may show faults (libjpeg: ") +
-                                failure.text + ")"});
+    notes->push_back(
+        {true, std::string("is damaged and may show faults (libjpeg: ") + failure.text + ")"});
   }
   // Inks of files with the Adobe marker come out inverted already, as the PDF declares them.
   if (plan.colour == Colour::kCmyk && !ReadFacts(file).adobeTransform) {
@@ -304,7 +322,9 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
   return image;
 }
 
-bool IsJpeg(Bytes head) { return StartsWith(head, "\xFF\xD8\xFF"); }
+bool IsJpeg(Bytes head) {
+  return StartsWith(head, "\xFF\xD8\xFF");
+}
 
 }  // namespace
 

@@ -51,8 +51,9 @@ PngFacts ReadFacts(Bytes file) {
     const Bytes head = Slice(file, at, 8);
     const Bytes chunk = head.empty() ? Bytes{} : Slice(file, at + 8, Be32(head.data()));
     if (head.empty() || chunk.size() != Be32(head.data())) {
-      throw ImageError("ends before its picture does; the file was cut off, copy it again from "
-                       "its source");
+      throw ImageError(
+          "ends before its picture does; the file was cut off, copy it again from "
+          "its source");
     }
     const std::string_view name(reinterpret_cast<const char*>(&head[4]), 4);
     if (at == kSignature.size()) {
@@ -86,10 +87,10 @@ struct Rgb {
 struct Palette {
   std::array<Rgb, 256> colours{};
   std::array<uint8_t, 256> alpha{};
-  bool grey = true;     // every entry is
-  int greyBits = 1;     // and they all can be written in so many bits
+  bool grey = true;  // every entry is
+  int greyBits = 1;  // and they all can be written in so many bits
   bool opaque = true;
-  bool binary = true;   // every alpha is 0 or 255
+  bool binary = true;  // every alpha is 0 or 255
 
   explicit Palette(const PngFacts& facts) {
     alpha.fill(255);
@@ -297,8 +298,8 @@ struct RowConverter {
 DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   const PngFacts facts = ReadFacts(file);
   const Palette palette(facts);
-  const int stored = facts.IsPalette()                  ? 1
-                     : Channels(plan.colour) + (facts.Has(PNG_COLOR_MASK_ALPHA) ? 1 : 0);
+  const int stored =
+      facts.IsPalette() ? 1 : Channels(plan.colour) + (facts.Has(PNG_COLOR_MASK_ALPHA) ? 1 : 0);
   if (facts.depth < 1 || facts.depth > 16 || (facts.IsPalette() && facts.depth > 8)) {
     throw ImageError("is damaged: " + std::to_string(facts.depth) + " bits; save it again");
   }
@@ -348,7 +349,9 @@ DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   return image;
 }
 
-bool IsPng(Bytes head) { return StartsWith(head, kSignature); }
+bool IsPng(Bytes head) {
+  return StartsWith(head, kSignature);
+}
 
 }  // namespace
 

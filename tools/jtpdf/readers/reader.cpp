@@ -16,9 +16,7 @@ constexpr std::array kReaders{&kJpegReader, &kPngReader, &kJpeg2000Reader, &kTif
                               &kWebpReader};
 
 Colour ColourOf(const Raster& raster) {
-  return raster.channels == 1   ? Colour::kGrey
-         : raster.channels == 3 ? Colour::kRgb
-                                : Colour::kCmyk;
+  return raster.channels == 1 ? Colour::kGrey : raster.channels == 3 ? Colour::kRgb : Colour::kCmyk;
 }
 
 EncodedStream Compress(Raster raster, int level) {
@@ -82,8 +80,8 @@ EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {
     image.notes = std::move(notes);
   }
   // A JPEG 2000 file that passes through keeps its profile inside.
-  if (plan.profile == ProfileUse::kUsed &&
-      image.pixels.compression != kPdfCompressionJPEG2000 && image.pixels.colour == Colour::kRgb) {
+  if (plan.profile == ProfileUse::kUsed && image.pixels.compression != kPdfCompressionJPEG2000 &&
+      image.pixels.colour == Colour::kRgb) {
     image.profile = ReaderOf(plan.format).profile(plan, file);
   }
   return image;

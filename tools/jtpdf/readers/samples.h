@@ -63,13 +63,15 @@ inline int PdfBits(int bits) {
   return bits <= 8 ? 8 : 16;
 }
 
-inline unsigned MaxSample(int bits) { return (1u << bits) - 1; }
+inline unsigned MaxSample(int bits) {
+  return (1u << bits) - 1;
+}
 
 // From the range of one depth to that of another, so that black stays black and white white.
 inline unsigned Rescale(unsigned sample, int from, int to) {
   if (from == to) return sample;
-  return static_cast<unsigned>(
-      (uint64_t{sample} * MaxSample(to) + MaxSample(from) / 2) / MaxSample(from));
+  return static_cast<unsigned>((uint64_t{sample} * MaxSample(to) + MaxSample(from) / 2) /
+                               MaxSample(from));
 }
 
 }  // namespace tool

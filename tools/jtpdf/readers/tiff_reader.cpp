@@ -41,7 +41,9 @@ tmsize_t Read(thandle_t handle, void* to, tmsize_t size) {
   return static_cast<tmsize_t>(count);
 }
 
-tmsize_t RefuseWrite(thandle_t, void*, tmsize_t) { return 0; }
+tmsize_t RefuseWrite(thandle_t, void*, tmsize_t) {
+  return 0;
+}
 
 toff_t Seek(thandle_t handle, toff_t offset, int whence) {
   auto* memory = static_cast<Memory*>(handle);
@@ -51,8 +53,12 @@ toff_t Seek(thandle_t handle, toff_t offset, int whence) {
   return memory->at;
 }
 
-int Close(thandle_t) { return 0; }
-toff_t Size(thandle_t handle) { return static_cast<Memory*>(handle)->bytes.size(); }
+int Close(thandle_t) {
+  return 0;
+}
+toff_t Size(thandle_t handle) {
+  return static_cast<Memory*>(handle)->bytes.size();
+}
 
 int Map(thandle_t handle, void** base, toff_t* size) {
   const Bytes bytes = static_cast<Memory*>(handle)->bytes;
@@ -179,7 +185,8 @@ Page ReadPage(TIFF* tiff) {
   const int colours = page.IsPalette() ? 1 : page.Channels();
   if (page.samples < colours || page.samples > 64 || (page.IsPalette() && page.bits > 8)) {
     throw ImageError("has " + std::to_string(page.samples) + " samples of " +
-                     std::to_string(page.bits) + " bits, which its colour model cannot be; save "
+                     std::to_string(page.bits) +
+                     " bits, which its colour model cannot be; save "
                      "it again");
   }
   uint16_t extraCount = 0;
@@ -264,8 +271,8 @@ std::vector<ImagePlan> PlanTiff(Bytes file, const ReadLimits& limits) {
     plans[i].pages = static_cast<unsigned>(plans.size());
   }
   if (reduced > 0) {
-    plans[0].notes.push_back({false, "its " + std::to_string(reduced) +
-                                         " previews or masks were left out"});
+    plans[0].notes.push_back(
+        {false, "its " + std::to_string(reduced) + " previews or masks were left out"});
   }
   if (!memory.warning.empty()) plans[0].notes.push_back({false, "libtiff: " + memory.warning});
   return plans;
@@ -312,8 +319,7 @@ class PageRows {
   void LoadStrip(uint32_t band, size_t plane) {
     const uint32_t rows = std::min(bandRows_, height_ - band * bandRows_);
     const auto wanted = static_cast<tmsize_t>(stride_ * rows);
-    const uint32_t strip =
-        TIFFComputeStrip(tiff_, band * bandRows_, static_cast<uint16_t>(plane));
+    const uint32_t strip = TIFFComputeStrip(tiff_, band * bandRows_, static_cast<uint16_t>(plane));
     if (TIFFReadEncodedStrip(tiff_, strip, bands_[plane].Data(), wanted) != wanted) {
       ThrowDamaged(memory_);
     }
@@ -414,8 +420,8 @@ class PageConverter {
 
   unsigned Sample(uint32_t y, size_t x, int sample) {
     const uint8_t* row = rows_.Row(y, page_.separate ? sample : 0);
-    const size_t i = page_.separate ? x : x * static_cast<size_t>(page_.samples) +
-                                              static_cast<size_t>(sample);
+    const size_t i =
+        page_.separate ? x : x * static_cast<size_t>(page_.samples) + static_cast<size_t>(sample);
     if (page_.bits == 16) {
       uint16_t value = 0;
       std::memcpy(&value, row + 2 * i, 2);

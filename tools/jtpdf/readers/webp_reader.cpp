@@ -22,7 +22,9 @@ struct FreeAnimation {
   void operator()(WebPAnimDecoder* decoder) const { WebPAnimDecoderDelete(decoder); }
 };
 
-WebPData AsData(Bytes file) { return {file.data(), file.size()}; }
+WebPData AsData(Bytes file) {
+  return {file.data(), file.size()};
+}
 
 Demuxer Demux(Bytes file) {
   const WebPData data = AsData(file);
@@ -71,8 +73,8 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
   ApplyExif(ReadExif(exif), &plan);
   JudgeProfile(&plan, Chunk(demuxer.get(), "ICCP"));
   if (const uint32_t frames = WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT); frames > 1) {
-    plan.notes.push_back({false, "only the first of its " + std::to_string(frames) +
-                                     " frames was used"});
+    plan.notes.push_back(
+        {false, "only the first of its " + std::to_string(frames) + " frames was used"});
   }
   std::vector<ImagePlan> plans;
   plans.push_back(std::move(plan));
