@@ -1,0 +1,165 @@
+// Every allocation fails once, at every place of a document that uses every export. The exception
+// reaches the host, nothing leaks, and the document can be destroyed.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <new>
+
+#include "allocation_faults.h"
+#include "reference_document.h"
+#include "support/cases.h"
+#include "support/temp_dir.h"
+
+namespace faults {
+
+namespace {
+
+struct Row {
+  const char* name;
+  bool inMemory;
+  After after;
+};
+
+long OpenDescriptors() {
+  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+  return std::distance(begin(descriptors), end(descriptors));
+}
+
+class AllocationFaults : public testing::TestWithParam<Row> {
+ protected:
+  AllocationFaults() : path_(dir_.File("document.pdf")) {}
+
+  Outcome RunWith(bool inMemory, After after) {
+    Options options;
+    if (!inMemory) options.path = path_;
+    options.after = after;
+    return RunReference(options);
+  }
+
+  std::string Bytes(const Outcome& outcome, bool inMemory) {
+    return inMemory ? outcome.memory : ReadFile(path_);
+  }
+
+  TempDir dir_;
+  std::filesystem::path path_;
+};
+
+// What a failed call of these leaves is as it was before: once there is memory again, the call can
+// be made again, and nobody can tell from the file.
+bool IsAllOrNothing(const std::string& name) {
+  return name == "SetPdfInfoItem" || name == "WritePdfCanvas";
+}
+
+// In the first document of a process even constants are set up. Blocks that those keep are no leak,
+// so only what the calls say is looked at.
+TEST_F(AllocationFaults, FirstDocumentOfAProcess) {
+  long failed = 0;
+  for (bool inside = true; inside; failed += inside) {
+    FailAllocation(failed, InsideCall);
+    const Outcome outcome = RunWith(true, After::kStop);
+    inside = StopFailingAllocations().failed;
+    ASSERT_EQ(outcome.misbehavior, "");
+    ASSERT_NE(outcome.failures.empty(), inside);
+  }
+  EXPECT_GT(failed, 100);
+}
+
+TEST_P(AllocationFaults, FailOnceAtEveryPlace) {
+  const auto [name, inMemory, after] = GetParam();
+  const Outcome undisturbed = RunWith(inMemory, after);
+  const std::string whole = Bytes(undisturbed, inMemory);
+  ASSERT_EQ(undisturbed.finalized, after != After::kAbandon);
+  const long descriptors = OpenDescriptors();
+  long failed = 0;
+  long finalized = 0;
+  long madeUp = 0;
+
+  for (bool inside = true; inside; failed += inside) {
+    SCOPED_TRACE("allocation " + std::to_string(failed));
+    const long blocks = LiveBlocks();
+    {
+      FailAllocation(failed, InsideCall);
+      const Outcome outcome = RunWith(inMemory, after);
+      inside = StopFailingAllocations().failed;
+      ASSERT_EQ(outcome.misbehavior, "");
+      ASSERT_NE(outcome.failures.empty(), inside) << "an allocation failed and nobody was told";
+      if (inside) {
+        ASSERT_EQ(outcome.failures[0].exception, "std::bad_alloc") << outcome.failures[0].name;
+        if (outcome.finalized) {
+          ++finalized;
+          if (Bytes(outcome, inMemory) == whole) {
+            ++madeUp;
+          } else {
+            ASSERT_FALSE(after == After::kRetry && IsAllOrNothing(outcome.failures[0].name))
+                << outcome.failures[0].name;
+          }
+        }
+      }
+    }
+    ASSERT_EQ(LiveBlocks(), blocks) << "memory leaked";
+  }
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+  ASSERT_GT(failed, 100);
+  std::cout << "faults: " << name << ": " << failed << " allocations failed, no leak; " << finalized
+            << " documents finalised all the same, " << madeUp << " as if nothing had happened\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Memory, AllocationFaults,
+                         testing::Values(Row{"MemoryHostStops", true, After::kStop},
+                                         Row{"MemoryHostCarriesOn", true, After::kCarryOn},
+                                         Row{"MemoryHostRetries", true, After::kRetry},
+                                         Row{"MemoryHostAbandons", true, After::kAbandon}),
+                         NameOf<Row>);
+
+INSTANTIATE_TEST_SUITE_P(File, AllocationFaults,
+                         testing::Values(Row{"FileHostStops", false, After::kStop},
+                                         Row{"FileHostCarriesOn", false, After::kCarryOn},
+                                         Row{"FileHostRetries", false, After::kRetry},
+                                         Row{"FileHostAbandons", false, After::kAbandon}),
+                         NameOf<Row>);
+
+// The report of a failure needs memory too. Without it the host gets the exception, and not a code
+// of 0.
+TEST_F(AllocationFaults, ReportOfARefusedCall) {
+  std::cerr.flush();
+  const int standardError = dup(STDERR_FILENO);
+  const int nowhere = open("/dev/null", O_WRONLY);
+  ASSERT_GE(dup2(nowhere, STDERR_FILENO), 0);
+  JTPDFSetDiagnosticMode(true);
+  JTPDFDocument* const doc = CreateMemoryPdfDoc(PDFCoordinateUnitPoint);
+  long failed = 0;
+  for (bool inside = true; inside; failed += inside) {
+    const long blocks = LiveBlocks();
+    int form = kUntouched;
+    std::int32_t code = 0;
+    bool thrown = false;
+    errno = EDOM;
+    FailAllocation(failed);
+    try {
+      code = WritePdfCanvas(doc, &form);
+    } catch (const std::bad_alloc&) {
+      thrown = true;
+    }
+    inside = StopFailingAllocations().failed;
+    EXPECT_TRUE(thrown || code == EDOM);
+    EXPECT_EQ(thrown, inside);
+    EXPECT_EQ(form, kUntouched);
+    EXPECT_LE(LiveBlocks(), blocks + 5) << "the canvas keeps the entries of its form";
+  }
+  EXPECT_GT(failed, 1);
+  DestroyPdfDoc(doc);
+  JTPDFSetDiagnosticMode(false);
+  dup2(standardError, STDERR_FILENO);
+  close(standardError);
+  close(nowhere);
+}
+
+}  // namespace
+
+}  // namespace faults
