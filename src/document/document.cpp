@@ -87,11 +87,12 @@ std::streampos JTPDFDocument::WriteLn(std::string_view line) {
 void JTPDFDocument::AppendLine(std::string_view line) {
   constexpr std::string_view kLineEnd = "\r\n";
   if (line.size() + kLineEnd.size() > lines.Room()) FlushLines();
-  if (line.size() + kLineEnd.size() > lines.Room()) {
+  if (line.size() + kLineEnd.size() <= lines.Room()) {
+    lines << line;
+  } else {
     WriteRaw(line.data(), line.size());
-    line = std::string_view();
   }
-  lines << line << kLineEnd;
+  lines << kLineEnd;
 }
 
 void JTPDFDocument::WriteRaw(char const* data, unsigned long size) {

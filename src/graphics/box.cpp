@@ -7,7 +7,6 @@
 
 #include "graphics/box.h"
 
-#include <cerrno>
 #include <cmath>
 
 namespace {
@@ -31,11 +30,11 @@ JTPDFBox JTPDFBox::AsPoints(double factor) const {
 
 ShapeText& JTPDFBox::WriteMatrix(ShapeText& text, bool scaleToBox) const {
   const double radians = angle * kRadiansPerDegree;
-  // The sine of an infinite angle would set errno, and with it the code of a later refusal.
-  const int savedErrno = errno;
-  const double cosine = std::cos(radians);
-  const double sine = std::sin(radians);
-  errno = savedErrno;
+  // An infinite angle has neither sine nor cosine. The C library gives this quotient, a NaN, for
+  // both, but sets errno, and with it the code of a later refusal.
+  const bool infinite = std::isinf(radians);
+  const double cosine = infinite ? radians / radians : std::cos(radians);
+  const double sine = infinite ? radians / radians : std::sin(radians);
 
   // The halves and the sine are negated as they are, so an upright box has "-0.0000" in its
   // rotation and a box without width "-0.0000" in its offset (kept).
