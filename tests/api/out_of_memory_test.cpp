@@ -3,31 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <functional>
-#include <new>
 
 #include "jtpdf/jtpdf.h"
 #include "support/bytes.h"
 #include "support/cases.h"
 #include "support/doc.h"
+#include "support/failing_new.h"
 #include "support/temp_dir.h"
-
-// How many allocations succeed before all fail; negative: all succeed.
-static long allocationsLeft = -1;
-
-void* operator new(std::size_t size) {
-  if (allocationsLeft == 0) throw std::bad_alloc();
-  if (allocationsLeft > 0) --allocationsLeft;
-  if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 struct Call {
   char const* name;
@@ -80,18 +63,9 @@ class OutOfMemory : public testing::TestWithParam<Call> {};
 
 INSTANTIATE_TEST_SUITE_P(Call, OutOfMemory, testing::ValuesIn(kCalls), NameOf<Call>);
 
-enum class Outcome { kSuccess, kBadAlloc, kCode };
-
 // Lets the call fail at its n-th allocation.
 Outcome FailAt(long n, Call const& call, JTPDFDocument* doc) {
-  allocationsLeft = n;
-  Outcome outcome = Outcome::kBadAlloc;
-  try {
-    outcome = call.call(doc) == 0 ? Outcome::kSuccess : Outcome::kCode;
-  } catch (std::bad_alloc const&) {
-  }
-  allocationsLeft = -1;
-  return outcome;
+  return WithAllocations(n, [&] { return call.call(doc) == 0; });
 }
 
 TEST_P(OutOfMemory, ReachesTheCallerOfAFileDocumentAndItCanBeDestroyed) {
@@ -112,13 +86,11 @@ TEST_P(OutOfMemory, ReachesTheCallerOfAFileDocumentAndItCanBeDestroyed) {
 TEST(OutOfMemoryCreate, ReachesTheCallerAndLeavesNothingBehind) {
   for (long n = 0;; ++n) {
     ASSERT_LT(n, 1000) << "never succeeds";
-    allocationsLeft = n;
     JTPDFDocument* doc = nullptr;
-    try {
+    WithAllocations(n, [&] {
       doc = CreateFilePdfDoc(1, kText, kText, kText);
-    } catch (std::bad_alloc const&) {
-    }
-    allocationsLeft = -1;
+      return true;
+    });
     if (doc == nullptr) continue;
     DestroyPdfDoc(doc);
     EXPECT_GT(n, 2);

@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
+#include <functional>
+#include <string>
 
-#include "support/cases.h"
-
-using namespace std::string_literals;
+#include "support/failing_new.h"
 
 TEST(JTPDFStringListAdd, PartsAreJoinedWithOneBlank) {
   JTPDFStringList list;
@@ -103,6 +102,28 @@ TEST(JTPDFStringListAdd, TakesOneToTenStrings) {
     expected += (i == 0 ? "" : "\r\n") + line;
   }
   EXPECT_EQ(expected, list.Text());
+}
+
+TEST(JTPDFStringListAdd, LeavesTheListUnchangedWhenThereIsNoMemory) {
+  constexpr char kLong[] = "a text that is longer than a string holds by itself";
+  auto addCounted = [&](JTPDFStringList& list) { list.Add(3u, kLong, kLong, kLong); };
+  auto addTexts = [&](JTPDFStringList& list) { list.Add(kLong, kLong, kLong); };
+  for (std::function<void(JTPDFStringList&)> const& add :
+       {std::function<void(JTPDFStringList&)>(addCounted),
+        std::function<void(JTPDFStringList&)>(addTexts)}) {
+    long n = 0;
+    for (;; ++n) {
+      JTPDFStringList list;
+      list.Add("q");
+      const Outcome outcome = WithAllocations(n, [&] {
+        add(list);
+        return true;
+      });
+      if (outcome == Outcome::kSuccess) break;
+      EXPECT_EQ("q", list.Text()) << "allocation " << n;
+    }
+    EXPECT_GT(n, 0);
+  }
 }
 
 TEST(JTPDFStringListText, NoLinesGiveNoText) {

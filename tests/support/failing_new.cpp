@@ -1,0 +1,23 @@
+// Under valgrind, which puts its own operator new in the place of this one, run such a program with
+// --soname-synonyms=somalloc=nouserintercepts.
+
+#include "support/failing_new.h"
+
+#include <cstdlib>
+
+long allocationsLeft = -1;
+
+void* operator new(std::size_t size) {
+  if (allocationsLeft == 0) throw std::bad_alloc();
+  if (allocationsLeft > 0) --allocationsLeft;
+  if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
