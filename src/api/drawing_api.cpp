@@ -1,18 +1,12 @@
 // Exports: drawing on the canvas, and writing images, colour spaces, forms and pages.
 
-#include <string>
-
 #include "api/guarded_call.h"
 #include "document/document.h"
+#include "document/images.h"
 #include "jtpdf/jtpdf.h"
+#include "objects/text_string.h"
 
 namespace {
-
-constexpr int kNoSoftMask = -1;
-
-std::wstring TextOrEmpty(const wchar_t* text) {
-  return text == nullptr ? L"" : text;
-}
 
 // Runs a writer that gives an object number; stores it on success only.
 template <typename Writer>

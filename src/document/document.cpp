@@ -8,15 +8,12 @@
 
 #include "objects/diagnostic_note.h"
 #include "objects/platform_text.h"
+#include "objects/text_string.h"
 #include "objects/value_format.h"
 
 namespace {
 
 constexpr wchar_t cPdfProducer[] = L"JTPDF 2.1.6";
-
-std::wstring TextOrEmpty(wchar_t const* text) {
-  return text == nullptr ? L"" : text;
-}
 
 }  // namespace
 

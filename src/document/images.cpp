@@ -21,8 +21,6 @@
 
 namespace {
 
-constexpr int kNoSoftMask = -1;
-
 struct ColorSpaceEntries {
   std::string colorSpace;  // empty: no /ColorSpace
   std::string whiteMask;   // empty: no /Mask

@@ -20,7 +20,7 @@
 #include "objects/value_format.h"
 
 void JTPDFDocument::SetInfoItem(char const* key, wchar_t const* value) {
-  std::string literal = PsString(value == nullptr ? L"" : value);
+  std::string literal = PsString(TextOrEmpty(value));
   infoDict[JTPDFDict::ValidKey(key)] = std::move(literal);
 }
 

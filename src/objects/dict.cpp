@@ -109,8 +109,7 @@ bool IsRendered(std::string const& key) {
 
 JTPDFDict::JTPDFDict(unsigned int count, JTPDFDictionaryItem const* items) {
   for (unsigned int i = 0; i < count; ++i) {
-    wchar_t const* const value = items[i].value;
-    std::string literal = PsString(value == nullptr ? L"" : value);
+    std::string literal = PsString(TextOrEmpty(items[i].value));
     (*this)[ValidKey(items[i].key)] = std::move(literal);
   }
 }

@@ -69,6 +69,10 @@ std::string PsString(std::wstring const& text) {
   return literal;
 }
 
+std::wstring TextOrEmpty(wchar_t const* text) {
+  return text == nullptr ? L"" : text;
+}
+
 std::string DebugRepOfWideStr(wchar_t const* text) {
   if (text == nullptr) return "(NULL)";
   std::string representation;

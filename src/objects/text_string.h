@@ -16,6 +16,9 @@ std::basic_string<unsigned short> PDFUTF16FromWString(std::wstring const& text);
 // The PDF string literal of text; "()" where PDFUTF16FromWString gives nothing.
 std::string PsString(std::wstring const& text);
 
+// The text as a string; null counts as empty.
+std::wstring TextOrEmpty(wchar_t const* text);
+
 // For debugging: "0x00000041, 0x00000042", "" for no units, "(NULL)" for null.
 std::string DebugRepOfWideStr(wchar_t const* text);
 
