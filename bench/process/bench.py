@@ -186,9 +186,9 @@ def span(values, form):
     return f"{middle} ({form(min(values))} to {form(max(values))})"
 
 
-def ratios(results, program, base):
-    """The wall time of a program over that of another, round by round."""
-    return [a["wall"] / b["wall"]
+def ratios(results, program, base, kind="wall"):
+    """The time of a program over that of another, round by round."""
+    return [a[kind] / b[kind]
             for a, b in zip(results[program]["runs"], results[base]["runs"])]
 
 
@@ -201,16 +201,16 @@ def table(workload, results, instructions, count):
         f"**{workload.title.format(f'{count:,}')}** (times and instructions per {workload.item})",
         "",
         "| program | wall time | CPU time | peak memory | instructions | time ÷ floor | "
-        "time ÷ library |",
-        "|---|---|---|---|---|---|---|",
+        "time ÷ library | CPU ÷ library |",
+        "|---|---|---|---|---|---|---|---|",
     ]
     for program, result in results.items():
         first, runs = result["check"], result["runs"]
         if first["status"] == NOT_AVAILABLE:
-            lines.append(f"| {program} | n/a | | | | | |")
+            lines.append(f"| {program} | n/a | | | | | | |")
             continue
         if first["status"] == -1:
-            lines.append(f"| {program} | over {LIMIT} s, stopped | | | | | |")
+            lines.append(f"| {program} | over {LIMIT} s, stopped | | | | | | |")
             continue
         counted = instructions.get(program)
         lines.append("| " + " | ".join([
@@ -221,39 +221,43 @@ def table(workload, results, instructions, count):
             f"{counted:,.0f}" if counted is not None else "",
             times(ratios(results, program, "floor")),
             times(ratios(results, program, "library")),
+            times(ratios(results, program, "library", "cpu")),
         ]) + " |")
     return "\n".join(lines) + "\n"
 
 
 class Targets:
-    """What the library is held to, and what came out."""
+    """What the library is held to, and what came out. Times are judged by the wall clock; what the
+    CPU time gives stands beside it, because other work on the machine disturbs it less."""
 
     def __init__(self):
         self.rows = []
 
-    def at_most(self, what, limit, value, form="{:.2f}"):
-        if value is not None:
-            self.rows.append((what, "at most " + form.format(limit), form.format(value),
-                              value <= limit))
+    def _add(self, what, sign, limit, value, cpu, form):
+        if value is None:
+            return
+        met = value <= limit if sign == "at most" else value >= limit
+        self.rows.append((what, f"{sign} {form.format(limit)}", form.format(value),
+                          "" if cpu is None else form.format(cpu), "met" if met else "**missed**"))
 
-    def at_least(self, what, limit, value, form="{:.2f}"):
-        if value is not None:
-            self.rows.append((what, "at least " + form.format(limit), form.format(value),
-                              value >= limit))
+    def at_most(self, what, limit, value, cpu=None, form="{:.2f}"):
+        self._add(what, "at most", limit, value, cpu, form)
+
+    def at_least(self, what, limit, value, cpu=None, form="{:.2f}"):
+        self._add(what, "at least", limit, value, cpu, form)
 
     def table(self):
-        lines = ["| target | limit | measured | |", "|---|---|---|---|"]
-        for what, limit, value, met in self.rows:
-            lines.append(f"| {what} | {limit} | {value} | {'met' if met else '**missed**'} |")
+        lines = ["| target | limit | measured | by CPU time | |", "|---|---|---|---|---|"]
+        lines += ["| " + " | ".join(row) + " |" for row in self.rows]
         return "\n".join(lines) + "\n"
 
 
 def judge(targets, workload, results, instructions):
     """Adds the targets of a workload."""
-    def ratio(program, base):
+    def ratio(program, base, kind="wall"):
         if program not in results or base not in results:
             return None
-        values = ratios(results, program, base)
+        values = ratios(results, program, base, kind)
         return statistics.median(values) if values else None
 
     def peak(program):
@@ -265,13 +269,15 @@ def judge(targets, workload, results, instructions):
               "documents": ("libharu", 4)}
     if name in faster:
         peer, limit = faster[name]
-        targets.at_least(f"{name}: times as fast as {peer}", limit, ratio(peer, "library"))
+        targets.at_least(f"{name}: times as fast as {peer}", limit, ratio(peer, "library"),
+                         ratio(peer, "library", "cpu"))
     if name in ("rectangles", "rotated", "ellipses") and instructions.get("floor"):
         targets.at_most(f"{name}: instructions ÷ floor", 3,
                         instructions["library"] / instructions["floor"])
     if name == "jpeg-file":
-        targets.at_most(f"{name}: time ÷ floor", 1.1, ratio("library", "floor"))
-        targets.at_most(f"{name}: peak memory (MB)", 12, peak("library") / 1e6, "{:.1f}")
+        targets.at_most(f"{name}: time ÷ floor", 1.1, ratio("library", "floor"),
+                        ratio("library", "floor", "cpu"))
+        targets.at_most(f"{name}: peak memory (MB)", 12, peak("library") / 1e6, form="{:.1f}")
     if name == "jpeg-memory":
         targets.at_most(f"{name}: peak memory ÷ output", 1.1,
                         peak("library") / results["library"]["check"]["size"])
@@ -372,7 +378,7 @@ def footprint(machine, targets):
         costs.append((float(words[1]), float(words[3])))
     stripped.unlink()
     loading, document = (statistics.median(column) for column in zip(*costs))
-    targets.at_most("shared library, stripped (KB)", 120, size / 1000, "{:.1f}")
+    targets.at_most("shared library, stripped (KB)", 120, size / 1000, form="{:.1f}")
     targets.at_most("dlopen and a first document: CPU time (ms)", 2,
                     statistics.median(sum(pair) for pair in costs) / 1000)
     return (f"The shared library, stripped: {size:,} bytes. Loaded by `dlopen` into a C program "

@@ -68,13 +68,16 @@ struct Document {
 };
 
 void FillAndStroke(fz_context* context, fz_device* device, fz_path* path, Shape const& s,
-                   fz_matrix matrix, fz_stroke_state* stroke) {
+                   fz_matrix matrix) {
   const float fill[3] = {s.fill.red / 255.0f, s.fill.green / 255.0f, s.fill.blue / 255.0f};
   const float line[3] = {s.stroke.red / 255.0f, s.stroke.green / 255.0f, s.stroke.blue / 255.0f};
   fz_colorspace* const rgb = fz_device_rgb(context);
+  // One for each shape: the device takes the same address for the same line width.
+  fz_stroke_state* const stroke = fz_new_stroke_state(context);
   stroke->linewidth = static_cast<float>(s.lineWidth);
   fz_fill_path(context, device, path, 0, matrix, rgb, fill, 1, fz_default_color_params);
   fz_stroke_path(context, device, path, stroke, matrix, rgb, line, 1, fz_default_color_params);
+  fz_drop_stroke_state(context, stroke);
 }
 
 float Real(double value) {
@@ -100,8 +103,7 @@ void AddEllipse(fz_context* context, fz_path* path, Shape const& s) {
   fz_closepath(context, path);
 }
 
-void DrawShape(fz_context* context, fz_device* device, fz_stroke_state* stroke, Workload workload,
-               Shape const& s) {
+void DrawShape(fz_context* context, fz_device* device, Workload workload, Shape const& s) {
   fz_path* const path = fz_new_path(context);
   fz_matrix matrix = fz_identity;
   if (workload == Workload::kEllipses) {
@@ -115,7 +117,7 @@ void DrawShape(fz_context* context, fz_device* device, fz_stroke_state* stroke, 
     fz_rectto(context, path, Real(s.left), Real(s.bottom), Real(s.left + s.width),
               Real(s.bottom + s.height));
   }
-  FillAndStroke(context, device, path, s, matrix, stroke);
+  FillAndStroke(context, device, path, s, matrix);
   fz_drop_path(context, path);
 }
 
@@ -126,11 +128,7 @@ void DrawPage(Document& doc, Workload workload, std::size_t count, ShapeSource& 
   pdf_obj* resources = nullptr;
   fz_buffer* contents = nullptr;
   fz_device* const device = pdf_page_write(context, doc.doc, box, &resources, &contents);
-  fz_stroke_state* const stroke = fz_new_stroke_state(context);
-  for (std::size_t i = 0; i < count; ++i) {
-    DrawShape(context, device, stroke, workload, source.Next());
-  }
-  fz_drop_stroke_state(context, stroke);
+  for (std::size_t i = 0; i < count; ++i) DrawShape(context, device, workload, source.Next());
   fz_close_device(context, device);
   fz_drop_device(context, device);
   doc.AddPage(box, resources, contents);
