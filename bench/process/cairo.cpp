@@ -112,17 +112,20 @@ void Release(void* held) {
 
 void WriteJpegs(Job const& job, InputFiles& files, Document& doc) {
   for (std::size_t i = 0; i < job.count; ++i) {
-    // cairo keeps the file's bytes until their page is shown, and never touches the pixels.
+    // cairo keeps the file's bytes until their page is shown. It takes the picture from them and
+    // not from the pixels, so one pixel will do, scaled to the page: more would be cleared and
+    // copied.
     const std::string_view jpeg = files.Read(i);
     bool held = true;
-    cairo_surface_t* const image =
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, files.Width(), files.Height());
+    cairo_surface_t* const image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1);
     Check(cairo_surface_set_mime_data(image, CAIRO_MIME_TYPE_JPEG,
                                       reinterpret_cast<unsigned char const*>(jpeg.data()),
                                       jpeg.size(), Release, &held));
+    cairo_save(doc);
+    cairo_scale(doc, files.Width(), files.Height());
     cairo_set_source_surface(doc, image, 0, 0);
     cairo_paint(doc);
-    cairo_set_source_rgb(doc, 0, 0, 0);
+    cairo_restore(doc);
     cairo_surface_destroy(image);
     cairo_show_page(doc);
     if (held) throw std::runtime_error("cairo holds an image whose page was shown");
