@@ -35,6 +35,9 @@ void Pixels(Host& host);
 // everything_document.cpp
 void Everything(Host& host);
 
+// generated_document.cpp
+void Generated(Host& host, unsigned seed);
+
 }  // namespace golden
 
 #endif  // JTPDF_TESTS_GOLDEN_DRAWINGS_H

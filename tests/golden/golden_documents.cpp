@@ -30,6 +30,17 @@ void Write(JTPDFDocument* doc, const Document& document, Facts* facts) {
   if (document.finished) Host::Check(FinalizePdfDoc(doc, document.closing), "FinalizePdfDoc");
 }
 
+Handle OpenFile(const Document& document, const std::string& path) {
+  std::wstring wide;
+  for (const char c : path) {
+    if (static_cast<unsigned char>(c) > 0x7F) {
+      throw std::runtime_error("the golden documents are written to ASCII paths only: " + path);
+    }
+    wide += static_cast<wchar_t>(c);
+  }
+  return Handle(CreateFilePdfDoc(document.unit, wide.c_str(), document.creator, document.author));
+}
+
 }  // namespace
 
 const std::vector<Document>& Documents() {
@@ -89,16 +100,17 @@ std::string WriteToMemory(const Document& document, Facts* facts) {
 }
 
 void WriteToFile(const Document& document, const std::string& path, Facts* facts) {
-  std::wstring wide;
-  for (const char c : path) {
-    if (static_cast<unsigned char>(c) > 0x7F) {
-      throw std::runtime_error("the golden documents are written to ASCII paths only: " + path);
-    }
-    wide += static_cast<wchar_t>(c);
-  }
-  const Handle doc(
-      CreateFilePdfDoc(document.unit, wide.c_str(), document.creator, document.author));
+  const Handle doc = OpenFile(document, path);
   Write(doc.get(), document, facts);
+}
+
+void WriteGenerated(unsigned seed, const std::string& path) {
+  const Handle doc = OpenFile({}, path);
+  Facts unused;
+  Host host(doc.get(), PDFCoordinateUnitPoint, unused);
+  Host::Check(InitPdfDoc(doc.get()), "InitPdfDoc");
+  Generated(host, seed);
+  Host::Check(FinalizePdfDoc(doc.get(), nullptr), "FinalizePdfDoc");
 }
 
 }  // namespace golden

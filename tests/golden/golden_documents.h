@@ -24,8 +24,8 @@ struct Facts {
 class Host;
 
 struct Document {
-  const char* name;
-  void (*draw)(Host&);
+  const char* name = nullptr;
+  void (*draw)(Host&) = nullptr;
   double unit = 1.0;
   const wchar_t* creator = nullptr;
   const wchar_t* author = nullptr;
@@ -44,6 +44,9 @@ const Document& FindDocument(const std::string& name);
 // std::runtime_error. A document that is not finished has no bytes in memory. Paths are ASCII.
 std::string WriteToMemory(const Document& document, Facts* facts = nullptr);
 void WriteToFile(const Document& document, const std::string& path, Facts* facts = nullptr);
+
+// Writes the file document number seed of those that are made by chance and kept nowhere.
+void WriteGenerated(unsigned seed, const std::string& path);
 
 }  // namespace golden
 

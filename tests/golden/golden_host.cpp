@@ -1,4 +1,5 @@
-// golden_host list | facts NAME | file NAME PATH | memory NAME PATH | all DIRECTORY
+// golden_host list | facts NAME | file NAME PATH | memory NAME PATH | all DIRECTORY |
+//             generated COUNT DIRECTORY
 //
 // Writes the golden documents with whatever library it is linked to, so that builds can be compared
 // with each other, and tells what it wrote for the tests that ask readers.
@@ -19,7 +20,9 @@ constexpr const char* kUsage =
     "       golden_host facts NAME          what the document holds, a line each\n"
     "       golden_host file NAME PATH      writes it as a file document\n"
     "       golden_host memory NAME PATH    writes it as a memory document\n"
-    "       golden_host all DIRECTORY       writes each as DIRECTORY/NAME.pdf\n";
+    "       golden_host all DIRECTORY       writes each as DIRECTORY/NAME.pdf\n"
+    "       golden_host generated COUNT DIRECTORY\n"
+    "                                       writes documents made by chance\n";
 
 void PrintBox(const char* name, const JTPDFRect& box) {
   std::printf(" %s %.4f %.4f %.4f %.4f", name, box.left, box.bottom, box.left + box.width,
@@ -56,6 +59,12 @@ int Run(int argc, char** argv) {
   } else if (command == "all" && argc == 3) {
     for (const golden::Document& document : golden::Documents()) {
       golden::WriteToFile(document, std::string(argv[2]) + "/" + document.name + ".pdf");
+    }
+  } else if (command == "generated" && argc == 4) {
+    const unsigned count = static_cast<unsigned>(std::stoul(argv[2]));
+    for (unsigned seed = 1; seed <= count; ++seed) {
+      golden::WriteGenerated(seed,
+                             std::string(argv[3]) + "/generated_" + std::to_string(seed) + ".pdf");
     }
   } else {
     std::cerr << kUsage;

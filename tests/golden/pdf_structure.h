@@ -1,4 +1,4 @@
-// A strict checker of the files that this library writes, in one forward pass and with some twenty
+// A strict checker of the files that this library writes, in one forward pass and with some fifty
 // bytes of memory an object, so that it also takes files of many gigabytes and streams that cannot
 // seek. It knows nothing of the library's sources and is far stricter than a reader: every byte has
 // to be a byte that the library may write at that place.

@@ -16,7 +16,7 @@ class Expected:
 
     def __init__(self, documents, reader, pattern, reason, refuses=False):
         self.documents, self.reader, self.reason = documents, reader, reason
-        self.pattern = re.compile(pattern)
+        self.pattern = re.compile(pattern)  # of a whole line
         self.refuses = refuses
 
     def about(self, document, reader):
@@ -83,6 +83,13 @@ EXPECTED = (
         refuses=True,
     ),
     Expected(
+        NO_PAGE,
+        "PDFium",
+        "",
+        "It shows one blank page where there is none.",
+        refuses=True,
+    ),
+    Expected(
         ["pages_191"],
         "Ghostscript",
         r"counts 200 pages, shows \d+|\s+\*\*\*\* Error: (Couldn't get page info|page not found)\."
@@ -102,3 +109,28 @@ def explained(document, reader, warning):
 
 def refuses(document, reader):
     return any(e.refuses and e.about(document, reader) for e in EXPECTED)
+
+
+BOUND = 8.0  # the mean difference of a page's rendering, out of 255
+
+
+class Bound:
+    """A document that a reader may show more differently than BOUND, and why."""
+
+    def __init__(self, document, reader, bound, reason):
+        self.document, self.reader, self.bound, self.reason = document, reader, bound, reason
+
+
+_COLORS = "It shows ICC-based images by device RGB, and CMYK by a conversion of its own."
+
+BOUNDS = tuple(
+    Bound(document, reader, 20.0, _COLORS)
+    for document in ("images", "everything", "album")
+    for reader in ("MuPDF", "pdf.js")
+)
+
+
+def bound(document, reader):
+    return max(
+        [BOUND] + [b.bound for b in BOUNDS if b.reader == reader and fnmatch(document, b.document)]
+    )

@@ -209,7 +209,7 @@ class Ghostscript(Reader):
     def render(self, pdf, folder):
         out, complaints = run(
             [*self._COMMAND, "-sDEVICE=ppmraw", f"-r{DPI}", "-dUseCropBox"]
-            + [f"-sOutputFile={folder}/page-%d.ppm", pdf]
+            + ["-dGraphicsAlphaBits=4", f"-sOutputFile={folder}/page-%d.ppm", pdf]
         )
         return rendered(folder), complaints + [line for line in out.splitlines() if line.strip()]
 
