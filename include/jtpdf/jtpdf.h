@@ -100,8 +100,10 @@ JTPDF_EXPORT int32_t InitPdfDoc(JTPDFDocument* doc);
 /* Writes the queued pages, the page tree, the catalog, the information items, the
  * cross-reference table and the trailer; then closes the file or hands the bytes to GetPdfData.
  * closingText (may be null) becomes one more line after the end-of-file marker.
- * A second call after a success changes nothing and returns 0. A document without a page is
- * written, but some readers refuse such a file. */
+ * A second call after a success changes nothing and returns 0.
+ * A document without a page is written, but some readers refuse such a file. Of more than 100 pages
+ * whose number ends in 91 to 99 (or of more than 1000 in 901 to 999, and so on) all are shown, but
+ * Ghostscript expects more and ends with an error: one page more or less avoids it. */
 JTPDF_EXPORT int32_t FinalizePdfDoc(JTPDFDocument* doc, const char* closingText);
 
 /* Returns the bytes of a finalised memory document; null for a file document or before

@@ -102,7 +102,8 @@ typedef struct JTPDFRGBColor {
 } JTPDFRGBColor;
 
 /* One extra entry for an image dictionary. It is written before the library's own entries are
- * set, so an own entry of the same key wins. */
+ * set, so an own entry of the same key wins. Leave the keys /Length and /Stream to the library:
+ * they are not written, and behind a nested key they leave its dictionary open. */
 typedef struct JTPDFDictionaryItem {
   const char* key;      /* not null. "Name" or "/Name"; "/Outer/Name" nests. Bytes outside 0x21 to
                            0x7E are dropped; a key with nothing left becomes /JT_DUMMY_KEY */
