@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <ostream>
 
 namespace tool {
 namespace {
@@ -33,6 +34,10 @@ struct Upright {
   const char* firstRow;  // where the stored picture's first row is to be seen, as EXIF words it
   const char* firstColumn;
 };
+
+void PrintTo(const Upright& row, std::ostream* to) {
+  *to << row.firstRow << row.firstColumn;
+}
 
 class OrientedBoxTest : public testing::TestWithParam<Upright> {};
 

@@ -1,0 +1,31 @@
+// read_image_fuzzer.cpp - hands any bytes to one reader: the whole way from file to PDF stream.
+//
+// Built once for each format (FUZZED_READER), so that a corpus stays with what it exercises. What a
+// reader may do is throw an ImageError; it must not crash, hang or take more memory than the pixels
+// that it was allowed.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "readers/reader.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using namespace tool;
+  constexpr ReadLimits kLimits{1 << 18};
+  const Reader& reader = FUZZED_READER;
+  const Bytes file(data, size);
+  if (!reader.recognises(file.first(size < kRecognisedBytes ? size : kRecognisedBytes))) return 0;
+  try {
+    size_t pages = 0;
+    for (const ImagePlan& plan : reader.plan(file, kLimits)) {
+      if (++pages > 4) break;
+      const EncodedImage image = Encode(plan, file, 1);
+      // What would make a PDF that no reader can open.
+      if (image.pixels.data.empty() || image.pixels.width == 0 || image.pixels.height == 0) abort();
+      if (uint64_t{image.pixels.width} * image.pixels.height > kLimits.maxPixels) abort();
+      if (plan.orientation < 1 || plan.orientation > 8) abort();
+    }
+  } catch (const ImageError&) {
+  }
+  return 0;
+}
