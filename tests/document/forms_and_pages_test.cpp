@@ -63,12 +63,12 @@ TEST(JTPDFDocumentWriteCanvas, OwnEntriesReplaceThoseOfTheCanvas) {
   doc.Init();
   doc->GetCanvas()["/Type"] = "/Other";
   doc->GetCanvas()["/BBox"] = "[]";
-  doc->GetCanvas()["/Extra"] = "1";
+  doc->GetCanvas()["/Extra"] = "/Kept";
   doc.Form();
   const std::string object = Pdf(doc.Finish()).Object(2);
   EXPECT_EQ(1, Count(object, "/Type /XObject\r\n")) << object;
   EXPECT_EQ(1, Count(object, "/BBox [0.0000 0.0000 0.0000 0.0000]\r\n")) << object;
-  EXPECT_EQ(1, Count(object, "/Extra 1\r\n")) << object;
+  EXPECT_EQ(1, Count(object, "/Extra /Kept\r\n")) << object;
 }
 
 TEST(JTPDFDocumentWriteCanvas, BoundingBoxIsInPoints) {
