@@ -37,4 +37,6 @@ install(FILES README.md CHANGELOG.md LICENSE
 install(FILES docs/album.jpg DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
 
 include(bindings/python/install.cmake)
+include(bindings/python/install.cmake)
+
 include(cmake/JtpdfPackage.cmake)

@@ -48,6 +48,7 @@ JTPDFDocument::~JTPDFDocument() {
     // A standard error stream that throws, or no memory for the line: there is nobody to tell.
   }
   fileStream.exceptions(std::ios_base::goodbit);
+  FlushLines();  // of an object that an exception cut short: what was written stays
   fileStream.close();
   errno = savedErrno;
 }

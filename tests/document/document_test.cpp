@@ -353,6 +353,16 @@ TEST(JTPDFDocumentDestructor, LeavesWhatWasWrittenInTheFile) {
   EXPECT_BYTES(Head(), ReadFile(dir.File("a.pdf")));
 }
 
+TEST(JTPDFDocumentDestructor, LeavesAlsoTheLinesOfAnObjectThatWasCutShort) {
+  TempDir dir;
+  {
+    JTPDFDocument document(1, dir.File("a.pdf").wstring().c_str(), nullptr, nullptr);
+    document.Initialize();
+    document.WriteLn("2 0 obj");
+  }
+  EXPECT_BYTES(Head() + "2 0 obj\r\n", ReadFile(dir.File("a.pdf")));
+}
+
 TEST(JTPDFDocumentDestructor, DoesNotThrowWhenClosingFails) {
   Diagnostics diagnostics;
   Doc(std::filesystem::path("/dev/full")).Init();
