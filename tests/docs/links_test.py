@@ -1,0 +1,61 @@
+#!/usr/bin/env python3
+"""links_test.py ROOT PAGE...: every relative link in the Markdown pages leads somewhere.
+
+PAGE is a path or a pattern below ROOT. A link may name a heading of a page, as page.md#heading.
+"""
+
+import pathlib
+import re
+import sys
+from typing import Iterator, Set, Tuple
+
+FENCED = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
+CODE = re.compile(r"(`+)[^`]+?\1")
+LINK = re.compile(r"\]\(\s*<?([^)\s>]+)>?(?:\s+\"[^\"]*\")?\s*\)|<(?:img|a)\s[^>]*(?:src|href)=\"([^\"]+)\"")
+HEADING = re.compile(r"^#+ +(.*?)\s*(?:\{#([\w-]+)\})?$", re.MULTILINE)
+
+
+def links(text: str) -> Iterator[str]:
+    for match in LINK.finditer(CODE.sub("", FENCED.sub("", text))):
+        yield match[1] or match[2]
+
+
+def anchors(text: str) -> Set[str]:
+    """The names that headings go by in a link."""
+    names = set()
+    for title, name in HEADING.findall(FENCED.sub("", text)):
+        names.add(name or re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-"))
+    return names
+
+
+def dead_links(page: pathlib.Path) -> Iterator[Tuple[str, str]]:
+    text = page.read_text(encoding="utf-8")
+    for link in links(text):
+        if re.match(r"[a-z]+:", link):
+            continue
+        path, _, anchor = link.partition("#")
+        target = page.parent / path if path else page
+        if not target.exists():
+            yield link, "there is no such file"
+        elif anchor and target.suffix == ".md" and anchor not in anchors(target.read_text("utf-8")):
+            yield link, "the page has no such heading"
+
+
+def main() -> None:
+    root = pathlib.Path(sys.argv[1])
+    pages = []
+    for pattern in sys.argv[2:]:
+        found = sorted(root.glob(pattern))
+        if not found:
+            print(f"{root}: there is no {pattern}")
+        pages += found or [None]
+    dead = [(page, *problem) for page in pages if page for problem in dead_links(page)]
+    for page, link, reason in dead:
+        print(f"{page.relative_to(root)}: {link}: {reason}")
+    if dead or None in pages:
+        sys.exit(1)
+    print(len(pages), "pages")
+
+
+if __name__ == "__main__":
+    main()
