@@ -105,6 +105,7 @@ class Length {
   Unit unit_ = point;
 };
 
+// 12 * jtpdf::millimeter.
 constexpr Length operator*(double value, Unit unit) noexcept {
   return {value, unit};
 }
@@ -250,11 +251,13 @@ class Category final : public std::error_category {
 
 }  // namespace detail
 
+// The category of Errc.
 inline const std::error_category& category() noexcept {
   static const detail::Category instance;
   return instance;
 }
 
+// What std::error_code needs to be made of an Errc.
 inline std::error_code make_error_code(Errc code) noexcept {
   return {static_cast<int>(code), category()};
 }
