@@ -641,6 +641,7 @@ class [[nodiscard]] Document {
     return Document(CreateMemoryPdfDoc(unit.points()), unit, kMemory);
   }
 
+  // What was moved from may only be assigned to or destroyed.
   Document(Document&& other) noexcept = default;
   // The document assigned to is dropped as by the destructor.
   Document& operator=(Document&& other) noexcept {
@@ -677,6 +678,7 @@ class [[nodiscard]] Document {
   Bytes bytes() const& noexcept { return {GetPdfData(handle()), GetPdfDataSize(handle())}; }
   Bytes bytes() const&& = delete;
 
+  // What the lengths of the C document are in.
   Unit unit() const noexcept { return unit_; }
 
   // The document of the C interface, for calls of its own; the face stays the owner.
@@ -736,10 +738,12 @@ class [[nodiscard]] Document {
     check("WritePdfPage",
           [&] { return WritePdfPage(handle(), form.number(), rect(crop.box), rect(media.box)); });
   }
+  // Shows all of the sheet.
   void write_page(Form form, const Box& sheet) {
     write_page(form, CropBox(sheet), MediaBox(sheet));
   }
 
+  // The image as it is.
   Image write_image(const ImageData& image, const ImageTags& tags = {}) {
     return write_image(image, false, tags);
   }

@@ -4,6 +4,7 @@
 PAGE is a path or a pattern below ROOT. A link may name a heading of a page, as page.md#heading.
 """
 
+import collections
 import pathlib
 import re
 import sys
@@ -12,7 +13,7 @@ from typing import Iterator, Set, Tuple
 FENCED = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
 CODE = re.compile(r"(`+)[^`]+?\1")
 LINK = re.compile(r"\]\(\s*<?([^)\s>]+)>?(?:\s+\"[^\"]*\")?\s*\)|<(?:img|a)\s[^>]*(?:src|href)=\"([^\"]+)\"")
-HEADING = re.compile(r"^#+ +(.*?)\s*(?:\{#([\w-]+)\})?$", re.MULTILINE)
+HEADING = re.compile(r"^#+ +(.*?)\s*$", re.MULTILINE)
 
 
 def links(text: str) -> Iterator[str]:
@@ -21,10 +22,13 @@ def links(text: str) -> Iterator[str]:
 
 
 def anchors(text: str) -> Set[str]:
-    """The names that headings go by in a link."""
-    names = set()
-    for title, name in HEADING.findall(FENCED.sub("", text)):
-        names.add(name or re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-"))
+    """The names that headings go by in a link; the second of one name has a number behind it."""
+    names: Set[str] = set()
+    count: "collections.Counter[str]" = collections.Counter()
+    for title in HEADING.findall(FENCED.sub("", text)):
+        name = re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-")
+        names.add(f"{name}-{count[name]}" if count[name] else name)
+        count[name] += 1
     return names
 
 

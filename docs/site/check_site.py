@@ -1,0 +1,71 @@
+"""What a finished site holds: nothing that is not used, and no link that leads nowhere."""
+
+import collections
+import pathlib
+import re
+from html.parser import HTMLParser
+from typing import Dict, List, Set
+from urllib.parse import unquote, urlsplit
+
+
+class Page(HTMLParser):
+    """The names that a page defines and the links that it has."""
+
+    def __init__(self, text: str) -> None:
+        super().__init__()
+        self.names: Set[str] = set()
+        self.links: List[str] = []
+        self.feed(text)
+
+    def handle_starttag(self, tag, attrs) -> None:
+        for key, value in attrs:
+            if key in ("id", "name") and value:
+                self.names.add(value)
+            elif key in ("href", "src") and value is not None:
+                self.links.append(value)
+
+
+def _pages(folder: pathlib.Path) -> Dict[str, Page]:
+    return {file.name: Page(file.read_text(encoding="utf-8")) for file in folder.glob("*.html")}
+
+
+def tidy(folder: pathlib.Path) -> None:
+    """Takes out the links from the head of a reference page into itself; some lead nowhere."""
+    for file in folder.glob("*.html"):
+        text = file.read_text(encoding="utf-8")
+        file.write_text(re.sub(r'<div class="summary">.*?</div>', "", text, flags=re.DOTALL),
+                        encoding="utf-8")
+
+
+def prune(folder: pathlib.Path) -> None:
+    """Removes what no page leads to, from the first page on: Doxygen writes more than we use."""
+    pages = _pages(folder)
+    reached = {"index.html"}
+    waiting = collections.deque(reached)
+    while waiting:
+        page = pages.get(waiting.popleft())
+        for link in page.links if page else []:
+            name = unquote(urlsplit(link).path)
+            if name and name not in reached:
+                reached.add(name)
+                waiting.append(name)
+    for file in folder.iterdir():
+        if file.is_file() and file.name not in reached:
+            file.unlink()
+
+
+def problems(folder: pathlib.Path) -> List[str]:
+    pages = _pages(folder)
+    found = []
+    for name, page in sorted(pages.items()):
+        for link in page.links:
+            parts = urlsplit(link)
+            if parts.scheme in ("http", "https", "mailto"):
+                continue
+            target = unquote(parts.path) or name
+            if parts.scheme or not (folder / target).is_file():
+                found.append(f"{name}: {link}: there is no such file in the site")
+            elif parts.fragment and target in pages and \
+                    unquote(parts.fragment) not in pages[target].names:
+                found.append(f"{name}: {link}: the page has no such place")
+    return found
