@@ -117,6 +117,7 @@ def run_doxygen(doxygen: str, work: pathlib.Path) -> List[str]:
         f"PROJECT_NUMBER = {version()}",
         f"HTML_HEADER = {work}/header.html",
         f"HTML_FOOTER = {SITE}/footer.html",
+        f"LAYOUT_FILE = {SITE}/layout.xml",
         f"GENERATE_TAGFILE = {work}/tags.xml",
     ])
     result = subprocess.run([doxygen, "-"], input=settings, text=True, check=False,

@@ -30,11 +30,12 @@ def _pages(folder: pathlib.Path) -> Dict[str, Page]:
 
 
 def tidy(folder: pathlib.Path) -> None:
-    """Takes out the links from the head of a reference page into itself; some lead nowhere."""
+    """Takes out what reference pages begin with: the folder, and links into the page itself."""
     for file in folder.glob("*.html"):
         text = file.read_text(encoding="utf-8")
-        file.write_text(re.sub(r'<div class="summary">.*?</div>', "", text, flags=re.DOTALL),
-                        encoding="utf-8")
+        text = re.sub(r'<div class="summary">.*?</div>', "", text, flags=re.DOTALL)
+        text = re.sub(r'<div id="nav-path".*?</div>', "", text, flags=re.DOTALL)
+        file.write_text(text, encoding="utf-8")
 
 
 def prune(folder: pathlib.Path) -> None:

@@ -67,7 +67,7 @@ def _close(lines: List[str], row: int, is_open: bool) -> None:
 
 
 def c_header(text: str) -> str:
-    lines = text.split("\n")
+    lines = text.replace("\n * Conventions\n", "\n * **Conventions**\n").split("\n")
     _trailing(lines)
     # A class that is only declared has no page, and the handle deserves one.
     for row, line in enumerate(lines):

@@ -75,6 +75,8 @@ class Pages:
             part = PICTURE.sub(lambda match: self._picture(page, match[1], match[2]), part)
             return LINK.sub(lambda match: self._link(page, match[1], match[2]), part)
 
+        if not re.search(r"^# ", FENCED.sub("", text), re.MULTILINE):  # its first heading is the title
+            text = outside_code(text, lambda part: re.sub(r"^##", "#", part, flags=re.MULTILINE))
         text = outside_code(text, change)
         # Doxygen knows the languages by the ends of file names.
         for language, end in (("sh", "unparsed"), ("text", "unparsed"), ("cmake", "unparsed"),
@@ -86,11 +88,13 @@ class Pages:
         return pathlib.Path(os.path.normpath(page.parent / link))
 
     def _link(self, page: pathlib.Path, title: str, link: str) -> str:
-        title = " ".join(title.split())  # Doxygen loses its way in titles of two lines
         if re.match(r"[a-z]+:", link):
             return f"[{title}]({link})"
         path, _, anchor = link.partition("#")
         target = self._target(page, path) if path else page
+        if target in self.names or target.parent == self.headers:
+            # Doxygen takes neither code nor a second line in the title of a reference.
+            title = " ".join(title.replace("`", "").split())
         if target in self.names:
             name = self.names[target]
             return f'[{title}](@ref {name}{"-" + anchor if anchor else ""})'
