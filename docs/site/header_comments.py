@@ -55,7 +55,7 @@ def _trailing(lines: List[str]) -> None:
             continue
         if re.search(r"[;,\w{] +//[^/]", line):
             code, comment = line.split("//", 1)
-            lines[row] = (f"/** {comment.strip()} */ {code}" if code.rstrip().endswith("{")
+            lines[row] = (f"/** {comment.strip().capitalize()}. */ {code}" if code.rstrip().endswith("{")
                           else f"{code}///<{comment}")
         elif re.search(r"[;,\w] +/\*[^*]", line):
             lines[row] = line.replace("/*", "/**<", 1)
@@ -98,7 +98,7 @@ def c_header(text: str) -> str:
                 lines[row] += " */"
             lines[last] += " /** @{ */"
             is_open = True
-        else:
+        elif lines[last + 1]:  # a remark with an empty line behind it is about nothing single
             lines[row] = lines[row].replace("/*", "/**", 1)
             _share(lines, last + 1, body)
         row = last + 1
@@ -147,7 +147,7 @@ def cpp_header(text: str, functions: Set[str]) -> str:
         section = SECTION.match(words[0])
         if row == 0:
             name, summary = re.match(r"(\S+) - (.*)", words[0]).groups()
-            words[0] = f"@file {name}\n/// @brief {summary}"
+            words[0] = f"@file {name}\n/// @brief {summary[0].upper()}{summary[1:]}"
             lines[row:last + 1] = [f"/// {word}" for word in words]
         elif section:
             if words[0].startswith("----"):

@@ -16,6 +16,7 @@ PICTURE = re.compile(r"!\[([^\]]*)\]\(([^)]+)\)")
 LINK = re.compile(r"(?<!!)\[((?:[^\[\]`]|`[^`]*`)*)\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^(#+) (.*)$", re.MULTILINE)
 AT_SIGN = re.compile(r"(`[^`]*`)|@")
+BYTES = re.compile(r"(^\| byte \|.*\n(?:^\|.*\n)+)", re.MULTILINE)
 COMMENT = re.compile(r"<!--.*?-->\n*", re.DOTALL)
 
 
@@ -71,6 +72,8 @@ class Pages:
         def change(part: str) -> str:
             part = COMMENT.sub("", part)
             part = AT_SIGN.sub(lambda match: match[1] or r"\@", part)
+            part = re.sub(r"%(?=[\w%])", "%%", part)  # one alone would stop a link, and go
+            part = BYTES.sub(r'<div class="bytes">\n\n\1\n</div>\n', part)
             part = HEADING.sub(heading, part)
             part = PICTURE.sub(lambda match: self._picture(page, match[1], match[2]), part)
             return LINK.sub(lambda match: self._link(page, match[1], match[2]), part)

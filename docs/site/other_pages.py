@@ -4,6 +4,7 @@ import ast
 import html
 import pathlib
 import re
+import textwrap
 from typing import Iterator, List, Optional, Tuple
 
 # ---- The manual page ---------------------------------------------------------------------------
@@ -20,7 +21,7 @@ def _styled(text: str, font: str) -> str:
     text = html.escape(text, quote=False)
     text = text.replace("\\-", "-").replace("\\(dq", '"').replace("\\(aq", "'")
     text = text.replace("\\fI", "<i>").replace("\\fR", "</i>")
-    text = re.sub(r"(?<![\w&])(--)", "&#45;&#45;", text)
+    text = text.replace("--", "\\--")  # else Doxygen makes a dash of it
     tag = FONTS[font]
     return f"<{tag}>{text}</{tag}>" if tag and text else text
 
@@ -74,6 +75,8 @@ def manual(text: str, name: str) -> str:
 
 # ---- The Python package ------------------------------------------------------------------------
 
+WIDTH = 76  # columns of code
+
 
 def _docstring(text: Optional[str]) -> str:
     """The text with its examples as blocks of code."""
@@ -93,14 +96,18 @@ def _docstring(text: Optional[str]) -> str:
 
 
 def _signature(function: ast.FunctionDef, owner: str) -> str:
-    arguments = ast.unparse(function.args)
-    arguments = re.sub(r"^(self|cls)(, |$)", "", arguments)
+    arguments = re.sub(r"^(self|cls)(, |$)", "", ast.unparse(function.args))
+    arguments = re.sub(r"(?<=[\w\]])=", " = ", arguments)
     name = owner if function.name == "__init__" else function.name
     result = f" -> {ast.unparse(function.returns)}" if function.returns else ""
     result = "" if result == " -> None" else result
     if any(ast.unparse(mark).endswith("property") for mark in function.decorator_list):
         return name + (f": {ast.unparse(function.returns)}" if function.returns else "")
-    return f"{name}({arguments}){result}"
+    signature = f"{name}({arguments}){result}"
+    if len(signature) <= WIDTH:
+        return signature
+    lines = textwrap.wrap(arguments, WIDTH - 4, break_long_words=False)
+    return f"{name}(\n    " + "\n    ".join(lines) + f"){result}"
 
 
 def _members(body: List[ast.stmt], owner: str) -> Iterator[Tuple[str, str]]:
