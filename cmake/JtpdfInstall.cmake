@@ -34,6 +34,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/jtpdf.pc
 
 install(FILES README.md CHANGELOG.md LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+# The site, once scripts/docs has made it.
+install(DIRECTORY build/docs/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation OPTIONAL)
 install(FILES docs/album.jpg DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
 
 include(bindings/python/install.cmake)
