@@ -5,7 +5,8 @@
 
 DIR must be on a tmpfs (default /dev/shm), where disks have no say; about 4 GB are used and removed.
 Each command runs in turn, round after round, and the best of its rounds counts: what a loaded
-machine adds is not the command's doing. The processor seconds suffer least from such company. Needs Debian's python3-pil, python3-numpy and img2pdf.
+machine adds is not the command's doing. The processor seconds suffer least from such company.
+Needs Debian's python3-pil, python3-numpy and img2pdf.
 """
 import argparse
 import glob

@@ -159,7 +159,8 @@ class Output(JtpdfTest):
     def test_a_fifo_and_a_device_are_written_directly(self):
         path = self.save(blocks(), "a.png")
         os.mkfifo(self.path("fifo"))
-        reader = subprocess.Popen(["timeout", "30", "cat", self.path("fifo")], stdout=subprocess.PIPE)
+        reader = subprocess.Popen(["timeout", "30", "cat", self.path("fifo")],
+                                  stdout=subprocess.PIPE)
         self.assertEqual(run(path, "-o", self.path("fifo"))[0], 0)
         self.assertEqual(reader.communicate()[0], open(self.convert(path), "rb").read())
 
@@ -251,7 +252,8 @@ class Inputs(JtpdfTest):
                            ("JPEG2000", "e.pdf")):
             blocks().save(self.path(name), real)
         pdf = self.convert(*[self.path(n) for n in ("a.jpg", "b.tif", "c", "d.png", "e.pdf")])
-        self.assertEqual([i["enc"] for i in images(pdf)], ["image", "jpeg", "image", "image", "jpx"])
+        self.assertEqual([i["enc"] for i in images(pdf)],
+                         ["image", "jpeg", "image", "image", "jpx"])
 
     def test_folders_are_read_in_natural_order_with_their_images_only(self):
         os.mkdir(self.path("scans"))
@@ -497,6 +499,26 @@ class Words(JtpdfTest):
             for where, text in texts.items():
                 self.assertIn(name, text, where)
 
+    def test_completions(self):
+        folder = os.environ["SOURCE"] + "/tools/jtpdf/completions/"
+        script = """source "$1/jtpdf.bash"; shift
+                    COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _jtpdf; echo "${COMPREPLY[*]}" """
+        for words, expected in ((("--pa",), "--pagesize"), (("-f", "e"), "exact enlarge"),
+                                (("-S", "Le"), "Letter Legal"), (("pi",), "picture.png")):
+            self.save(blocks(), "picture.png")
+            done = subprocess.run(["bash", "-c", script, "-", folder, "jtpdf", *words],
+                                  capture_output=True, text=True, cwd=self.folder)
+            self.assertEqual(done.stdout.split(), expected.split(), done.stderr)
+        if shutil.which("zsh"):
+            done = subprocess.run(["zsh", "-n", folder + "_jtpdf"], capture_output=True)
+            self.assertEqual((done.returncode, done.stderr), (0, b""))
+
+    def test_manual_formats_without_a_warning(self):
+        done = subprocess.run(["groff", "-man", "-Tutf8", "-ww",
+                               os.environ["SOURCE"] + "/tools/jtpdf/jtpdf.1"], capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertIn(b"turn images into a PDF", done.stdout)
+
     def test_version(self):
         status, text, _ = run("--version")
         self.assertEqual(status, 0)
@@ -526,7 +548,8 @@ class Words(JtpdfTest):
         head, *rows = text.decode().splitlines()
         self.assertRegex(head, "FORMAT +PIXELS +BITS +COLOUR +PROFILE +TURNED +PAGE.*STORED +FILE")
         self.assertRegex(rows[0], r"^JPEG +96x56 +8 +RGB +none +no +72x42 +as it is +.*a\.jpg$")
-        self.assertRegex(rows[1], r"^PNG +96x56 +8 +grey\+alpha +none +no +72x42 +decoded: .*b\.png$")
+        self.assertRegex(rows[1],
+                         r"^PNG +96x56 +8 +grey\+alpha +none +no +72x42 +decoded: .*b\.png$")
         self.assertIn("same as page 1", rows[2])
         self.assertEqual(sorted(os.listdir(self.folder)), ["a.jpg", "b.png", "c"])
 

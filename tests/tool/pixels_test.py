@@ -66,7 +66,7 @@ class Jpeg(JtpdfTest):
         self.assertShows(self.assertPassesThrough(jpeg_bytes(picture)), picture, tolerance=8)
 
     def test_cmyk_with_adobe_marker_passes_byte_for_byte(self):
-        # Pillow writes the marker and inverted inks, as Photoshop does.
+        # Pillow writes the marker and inverted inks, as encoders for print do.
         picture = blocks(mode="CMYK")
         data = jpeg_bytes(picture)
         self.assertIn(b"Adobe", data)
@@ -205,7 +205,8 @@ class Png(JtpdfTest):
         self.assertShows(pdf, picture)
 
     def test_grey_palettes_become_grey_of_few_bits(self):
-        for greys, bits in ((0, 255), 1), ((0, 85, 170, 255), 2), ((0, 17, 34, 255), 4), ((0, 1), 8):
+        for greys, bits in (((0, 255), 1), ((0, 85, 170, 255), 2), ((0, 17, 34, 255), 4),
+                            ((0, 1), 8)):
             with self.subTest(bits=bits):
                 indices = [[(x // BLOCK + y // BLOCK) % len(greys) for x in range(5 * BLOCK)]
                            for y in range(4 * BLOCK)]
