@@ -98,7 +98,8 @@ def c_header(text: str) -> str:
                 lines[row] += " */"
             lines[last] += " /** @{ */"
             is_open = True
-        elif lines[last + 1]:  # a remark with an empty line behind it is about nothing single
+        elif lines[last + 1] and not lines[last + 1].startswith("JTPDF_STATIC_ASSERT"):
+            # The others are remarks, and would describe whatever is declared next.
             lines[row] = lines[row].replace("/*", "/**", 1)
             _share(lines, last + 1, body)
         row = last + 1
