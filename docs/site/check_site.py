@@ -7,6 +7,8 @@ from html.parser import HTMLParser
 from typing import Dict, List, Set
 from urllib.parse import unquote, urlsplit
 
+PYTHON_CLASS = re.compile(r'<a class="[^"]*" href="[^"]*">jtpdf\.([A-Z]\w*)</a>')
+
 
 class Page(HTMLParser):
     """The names that a page defines and the links that it has."""
@@ -30,11 +32,17 @@ def _pages(folder: pathlib.Path) -> Dict[str, Page]:
 
 
 def tidy(folder: pathlib.Path) -> None:
-    """Takes out what reference pages begin with: the folder, and links into the page itself."""
+    """Mends what Doxygen cannot be told.
+
+    Reference pages begin with their folder and with links into themselves, which go; and Doxygen
+    takes a class of the Python package for the C++ one.
+    """
     for file in folder.glob("*.html"):
         text = file.read_text(encoding="utf-8")
         text = re.sub(r'<div class="summary">.*?</div>', "", text, flags=re.DOTALL)
         text = re.sub(r'<div id="nav-path".*?</div>', "", text, flags=re.DOTALL)
+        text = PYTHON_CLASS.sub(lambda match: f'<a href="python-package.html#python-package-'
+                                f'{match[1].lower()}">jtpdf.{match[1]}</a>', text)
         file.write_text(text, encoding="utf-8")
 
 
