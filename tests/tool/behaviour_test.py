@@ -11,6 +11,7 @@ import signal
 import stat
 import struct
 import subprocess
+import threading
 import time
 import unittest
 import zlib
@@ -554,12 +555,19 @@ class Words(JtpdfTest):
         self.assertEqual(sorted(os.listdir(self.folder)), ["a.jpg", "b.png", "c"])
 
     def test_progress_shows_on_a_terminal_and_nowhere_else(self):
-        paths = [self.save(noise(1200, 1200, n), f"{n}.png", compress_level=1) for n in range(8)]
-        command = [JTPDF, "-j", "1", "--compression", "12", *paths, "-o", self.path("o.pdf")]
+        paths = [self.save(noise(300, 300, n), f"{n}.png", compress_level=1) for n in range(8)]
+        command = [JTPDF, "-j", "1", *paths, "-o", "-"]
+        def take_late(output):
+            # Longer than a second on any machine: the pipe is full until somebody reads.
+            time.sleep(1.5)
+            output.read()
+            output.close()
         def on_terminal(*more):
             master, slave = pty.openpty()
-            child = subprocess.Popen([*command, *more], stderr=slave)
+            child = subprocess.Popen([*command, *more], stdout=subprocess.PIPE, stderr=slave)
             os.close(slave)
+            reader = threading.Thread(target=take_late, args=[child.stdout])
+            reader.start()
             text = b""
             while True:
                 try:
@@ -571,6 +579,7 @@ class Words(JtpdfTest):
                 except OSError:  # the other end is closed
                     break
             os.close(master)
+            reader.join()
             self.assertEqual(child.wait(), 0)
             return text.decode()
         text = on_terminal()
