@@ -11,7 +11,9 @@
 
 TEST(PrintDiagnosticNote, WritesALineAndFlushes) {
   Diagnostics diagnostics;
+  std::cerr << std::nounitbuf;  // else the stream itself flushes whatever is written
   PrintDiagnosticNote("a note");
+  std::cerr << std::unitbuf;
   EXPECT_EQ("a note\n", diagnostics.Take());
 }
 

@@ -80,6 +80,23 @@ std::string TextString(const std::wstring& text) {
   return literal + ")";
 }
 
+// Six bits to a byte from the end; what is left goes into the first one, behind as many ones as
+// there are bytes.
+std::string Utf8(const std::wstring& text) {
+  std::string bytes;
+  for (const wchar_t unit : text) {
+    auto rest = static_cast<unsigned long>(unit);
+    const int length = rest < 0x80 ? 1 : rest < 0x800 ? 2 : rest < 0x10000 ? 3 : 4;
+    std::string character;
+    for (int i = 1; i < length; ++i, rest /= 64) {
+      character.insert(0, 1, static_cast<char>(0x80 + rest % 64));
+    }
+    const unsigned long firsts[] = {0, 0x00, 0xC0, 0xE0, 0xF0};
+    bytes += static_cast<char>(firsts[length] + rest) + character;
+  }
+  return bytes;
+}
+
 std::string Key(const std::string& key) {
   std::string kept;
   for (const char byte : key) {

@@ -25,6 +25,8 @@ std::string Lines(const std::vector<std::string>& lines);
 
 // Text up to its first NUL as a PDF text string.
 std::string TextString(const std::wstring& text);
+// Valid text as UTF-8, as it stands in a file's name.
+std::string Utf8(const std::wstring& text);
 
 // Dictionaries.
 std::string Key(const std::string& key);

@@ -1,11 +1,17 @@
 // Text strings and key names.
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "generators.h"
 #include "models.h"
 #include "objects/dict.h"
+#include "objects/platform_text.h"
 #include "objects/text_string.h"
 
 namespace {
@@ -63,6 +69,31 @@ RC_GTEST_PROP(TextProperties, ReadBackItIsTheTextOrItsBeginning, ()) {
   for (const wchar_t c : text) pairs += c > 0xFFFF ? 1u : 0u;
   RC_ASSERT(read.size() + pairs >= text.size());  // a pair takes the room of one unit more
   if (pairs == 0) RC_ASSERT(read == text);
+}
+
+RC_GTEST_PROP(TextProperties, FileNamesAreUtf8OnDisk, ()) {
+  const std::wstring edges = L"\x7F\x80\x7FF\x800\xD7FF\xE000\xFFFF\x10000\x10FFFF";
+  std::wstring name = *rc::gen::container<std::wstring>(
+      rc::gen::oneOf(generators::WideUnit(), rc::gen::elementOf(edges)));
+  std::erase_if(name, [](wchar_t c) {
+    const auto unit = static_cast<unsigned>(c);
+    return c == L'/' || unit > 0x10FFFF || (unit >= 0xD800 && unit <= 0xDFFF);
+  });
+  name = L"x" + name.substr(0, 60);
+
+  const std::filesystem::path folder =
+      std::filesystem::path(testing::TempDir()) / ("file_names_" + std::to_string(getpid()));
+  std::filesystem::create_directory(folder);
+  std::ofstream stream;
+  OpenWithUnicodePath(stream, (folder.wstring() + L"/" + name).c_str(), std::ios_base::out);
+  RC_ASSERT(stream.is_open());
+  stream.close();
+  std::string found;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    found += entry.path().filename().string();
+  }
+  std::filesystem::remove_all(folder);
+  RC_ASSERT(found == model::Utf8(name));
 }
 
 RC_GTEST_PROP(TextProperties, KeysKeepTheirPrintableBytes, ()) {
