@@ -32,15 +32,16 @@ class Workload:
         self.quick = quick  # the same under --quick
         self.small = small  # two counts whose difference gives the instructions of an item
         self.memory = memory  # keeps its result in memory
-        self.checked = checked  # items that qpdf checks: it decodes every image
+        self.checked = checked  # items that qpdf checks to the bottom, which takes long
 
 
 WORKLOADS = [
     Workload("rectangles", "{} filled and stroked rectangles on one page", "rectangle",
-             1_000_000, 20_000, (1000, 3000)),
-    Workload("rotated", "{} rectangles, each rotated", "rectangle", 1_000_000, 20_000, (1000, 3000)),
+             1_000_000, 20_000, (1000, 3000), checked=20_000),
+    Workload("rotated", "{} rectangles, each rotated", "rectangle", 1_000_000, 20_000, (1000, 3000),
+             checked=20_000),
     Workload("ellipses", "{} filled and stroked ellipses on one page", "ellipse", 1_000_000,
-             20_000, (1000, 3000)),
+             20_000, (1000, 3000), checked=20_000),
     Workload("jpeg-file", "{} pages of 2 MB JPEGs, to a file", "page", 200, 5, (3, 9),
              checked=10),
     Workload("jpeg-memory", "{} pages of 2 MB JPEGs, to memory", "page", 200, 5, (3, 9), memory=True,
@@ -68,7 +69,7 @@ class Machine:
     def __init__(self, arguments):
         self.build = pathlib.Path(arguments.build).resolve()
         self.bin = self.build / "bench" / "process"
-        self.work = pathlib.Path(arguments.tmpfs) / f"jtpdf-bench-{os.getuid()}"
+        self.work = pathlib.Path(arguments.tmpfs) / f"jtpdf-library-bench-{os.getuid()}"
         self.inputs = self.work / "inputs"
         self.inputs.mkdir(parents=True, exist_ok=True)
 
@@ -110,7 +111,9 @@ def fair_count(machine, program, workload, count):
 def check(machine, program, workload, count):
     """Runs a program once and checks its output. Returns the run, with the output's size."""
     out = machine.out(program)
-    if workload.checked and workload.checked < count:
+    if program == "floor":  # right if it equals the library's, which was checked before
+        run = machine.run(program, workload.name, count, out)
+    elif workload.checked and workload.checked < count:
         check_by_qpdf(machine, program, workload, workload.checked, "--check")
         run = check_by_qpdf(machine, program, workload, count, "--show-npages")
     else:
