@@ -44,8 +44,8 @@ WORKLOADS = [
              20_000, (1000, 3000), checked=20_000),
     Workload("jpeg-file", "{} pages of 2 MB JPEGs, to a file", "page", 200, 5, (3, 9),
              checked=10),
-    Workload("jpeg-memory", "{} pages of 2 MB JPEGs, to memory", "page", 200, 5, (3, 9), memory=True,
-             checked=10),
+    Workload("jpeg-memory", "{} pages of 2 MB JPEGs, to memory", "page", 200, 5, (3, 9),
+             memory=True, checked=10),
     Workload("small-jpegs", "{} pages of small JPEGs, embedded anew each", "page", 20_000, 400,
              (200, 600)),
     Workload("pages", "{} pages, a rectangle on each", "page", 100_000, 1000, (300, 900)),
@@ -239,7 +239,8 @@ def table(workload, results, instructions, count):
             lines.append(f"| {program} | n/a | | | | | | |")
             continue
         if first["status"] == -1:
-            lines.append(f"| {program}, {own:,} {workload.item}s | over {LIMIT} s, stopped | | | | | | |")
+            lines.append(f"| {program}, {own:,} {workload.item}s | over {LIMIT} s, stopped "
+                         "| | | | | | |")
             continue
         counted = instructions.get(program)
         lines.append("| " + " | ".join([
@@ -352,7 +353,7 @@ def growth_table(result):
 def growth_plot(result):
     """The growth as a picture: cost per item over that of the smallest size."""
     colours = ["#1b6ca8", "#38a3a5", "#7b2d8b", "#c8553d", "#b08900", "#555555"]
-    width, height, left, right, top, bottom = 760, 400, 70, 220, 30, 55
+    width, height, left, right, top, bottom = 790, 400, 70, 250, 30, 55
     sizes = [row[0] for row in result[GROWTH[0][0]]]
     greatest = max(row[1] / rows[0][1] for rows in result.values() for row in rows)
     ceiling = max(1.5, greatest * 1.1)
@@ -444,7 +445,9 @@ def description():
             f"{cpu.get('CPU(s)')} CPUs, L3 {cpu.get('L3 cache', 'unknown')}{guest}, "
             f"{memory:.0f} GB, {system}, Linux {os.uname().release.split('-')[0]}, "
             f"{first_line(['c++', '--version'])}; {', '.join(versions)}. "
-            "Inputs and outputs on tmpfs.\n")
+            "Inputs and outputs on tmpfs. Load average when the run began: "
+            f"{os.getloadavg()[0]:.0f} (other work on the machine stretches wall times; CPU times hold within "
+            "a few percent).\n")
 
 
 def replace_section(text, name, body):
