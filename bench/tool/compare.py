@@ -6,7 +6,8 @@
 DIR must be on a tmpfs (default /dev/shm), where disks have no say; about 4 GB are used and removed.
 Each command runs in turn, round after round, and the best of its rounds counts: what a loaded
 machine adds is not the command's doing. The processor seconds suffer least from such company.
-Needs Debian's python3-pil, python3-numpy and img2pdf.
+On a machine that others use too, --realtime keeps them away. Needs Debian's python3-pil,
+python3-numpy and img2pdf.
 """
 import argparse
 import glob
@@ -50,17 +51,24 @@ def distinct_copies(jpeg, count, folder):
             file.write(jpeg[:2] + segment + jpeg[2:])
 
 
-def make_inputs(folder):
-    distinct_copies(jpeg_of_two_megabytes(), 200, folder + "/large")
-    small = io.BytesIO()
-    photograph(192, 128, 2).save(small, "JPEG", quality=60)
-    distinct_copies(small.getvalue(), 20000, folder + "/small")
-    os.mkdir(folder + "/png")
+def make_inputs(folder, only):
+    if "large" in only:
+        distinct_copies(jpeg_of_two_megabytes(), 200, folder + "/large")
+    if "small" in only:
+        small = io.BytesIO()
+        photograph(192, 128, 2).save(small, "JPEG", quality=60)
+        distinct_copies(small.getvalue(), 20000, folder + "/small")
+    if "png" in only:
+        make_png_inputs(folder + "/png")
+
+
+def make_png_inputs(folder):
+    os.mkdir(folder)
     pixels = numpy.asarray(photograph(4032, 3024, 3))
     for number in range(50):
         # Shifted, so that the files differ while making them takes seconds.
         Image.fromarray(numpy.roll(pixels, 80 * number, 1)).save(
-            f"{folder}/png/{number:02d}.png", compress_level=1)
+            f"{folder}/{number:02d}.png", compress_level=1)
 
 
 def start(arguments, output):
@@ -68,7 +76,7 @@ def start(arguments, output):
         os.unlink(output)
     child = os.fork()
     if child == 0:
-        if arguments[0] == "cat":
+        if "cat" in arguments:
             os.dup2(os.open(output, os.O_CREAT | os.O_WRONLY, 0o644), 1)
         os.execvp(arguments[0], arguments)
     return child
@@ -121,38 +129,41 @@ def main():
     parser.add_argument("--folder", default="/dev/shm")
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--only", default="large,small,png")
+    parser.add_argument("--realtime", action="store_true",
+                        help="put the commands before all else that runs (as root)")
     options = parser.parse_args()
-    jtpdf = os.path.abspath(options.jtpdf)
     folder = tempfile.mkdtemp(prefix="jtpdf-bench-", dir=options.folder)
     try:
-        make_inputs(folder)
+        make_inputs(folder, options.only.split(","))
         out = folder + "/out.pdf"
+        first = ["chrt", "-f", "10"] if options.realtime else []
         large = sorted(glob.glob(folder + "/large/*"))
         small = sorted(glob.glob(folder + "/small/*"))
         png = sorted(glob.glob(folder + "/png/*"))
-        peer = ["img2pdf", "--nodate", "-o", out]
+        jtpdf = first + [os.path.abspath(options.jtpdf)]
+        peer = first + ["img2pdf", "--nodate", "-o", out]
         if "large" in options.only:
             best = compare("200 JPEG photographs of 2 MB", {
-                "jtpdf": [jtpdf, "-o", out] + large,
-                "cat": ["cat"] + large,
+                "jtpdf": jtpdf + ["-o", out] + large,
+                "cat": first + ["cat"] + large,
                 "img2pdf": peer + large}, out, options.rounds)
             print(f"\njtpdf takes {best['jtpdf'][0] / best['cat'][0]:.2f} times as long as cat; "
                   f"img2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
                   "jtpdf.")
         if "small" in options.only:
             best = compare("20,000 small JPEGs (192 x 128)", {
-                "jtpdf": [jtpdf, "-o", out] + small,
-                "img2pdf": peer + small}, out, min(options.rounds, 2))
+                "jtpdf": jtpdf + ["-o", out] + small,
+                "img2pdf": peer + small}, out, options.rounds)
             print(f"\nimg2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
                   "jtpdf.")
         if "png" in options.only:
             commands = {
-                "jtpdf": [jtpdf, "--compression", "1", "-o", out] + png,
-                "jtpdf -j 2": [jtpdf, "--compression", "1", "-j", "2", "-o", out] + png,
-                "jtpdf -j 1": [jtpdf, "--compression", "1", "-j", "1", "-o", out] + png,
+                "jtpdf": jtpdf + ["--compression", "1", "-o", out] + png,
+                "jtpdf -j 2": jtpdf + ["--compression", "1", "-j", "2", "-o", out] + png,
+                "jtpdf -j 1": jtpdf + ["--compression", "1", "-j", "1", "-o", out] + png,
                 "img2pdf": peer + png}
             best = compare("50 PNG photographs of 12 megapixels, --compression 1", commands, out,
-                           min(options.rounds, 2))
+                           min(options.rounds, 1))
             print(f"\nWith -j 1 jtpdf takes {best['jtpdf -j 1'][0] / best['jtpdf -j 2'][0]:.2f} "
                   f"times as long as with -j 2; img2pdf takes "
                   f"{best['img2pdf'][0] / best['jtpdf -j 2'][0]:.2f} times as long as jtpdf -j 2.")

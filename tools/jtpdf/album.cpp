@@ -24,6 +24,8 @@ constexpr auto kOutOfMemory =
 constexpr size_t kMostHeld = size_t{16} << 20;
 
 struct PlannedInput {
+  Input input;
+  bool folder = false;
   std::vector<ImagePlan> images;
   std::vector<PageLayout> layouts;
   uint64_t sampleHash = 0;
@@ -31,27 +33,62 @@ struct PlannedInput {
   ImageSource held;  // what can be read only once, or was kept
 };
 
-PlannedInput PlanInput(const Input& input, const Options& options, std::atomic<size_t>* heldBytes) {
-  PlannedInput planned;
+void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedInput* planned) {
+  const Input& input = planned->input;
   ImageSource source =
       input.standardInput ? ImageSource::Read(0) : ImageSource::Open(input.path, false);
   const Bytes file = source.View();
   const Reader* reader = Recognise(file.first(std::min(file.size(), kRecognisedBytes)));
   if (reader == nullptr) {
     throw ImageError(
-        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or "
-        "WebP");
+        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
   }
-  planned.images = reader->plan(file, options.limits);
-  for (const ImagePlan& image : planned.images) {
-    planned.layouts.push_back(LayOut(image, options.layout));
+  planned->images = reader->plan(file, options.limits);
+  for (const ImagePlan& image : planned->images) {
+    planned->layouts.push_back(LayOut(image, options.layout));
   }
-  planned.sampleHash = SampleHash(file);
-  planned.identity = source.Identity();
+  planned->sampleHash = SampleHash(file);
+  planned->identity = source.Identity();
   const bool keep =
       !source.CanReopen() || (!source.IsMapped() && heldBytes->fetch_add(file.size()) <= kMostHeld);
-  if (keep) planned.held = std::move(source);
-  return planned;
+  if (keep) planned->held = std::move(source);
+}
+
+// Plans all inputs, and in the place of folders the pictures in them.
+std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& options,
+                                     std::atomic<size_t>* heldBytes) {
+  std::vector<PlannedInput> planned(inputs.size());
+  ForEachInParallel(inputs.size(), options.jobs, [&](size_t i) {
+    PlannedInput& one = planned[i];
+    one.input = std::move(inputs[i]);
+    if (!one.input.error.empty()) return;
+    try {
+      PlanInput(options, heldBytes, &one);
+    } catch (const IsFolder& error) {
+      one.folder = true;
+      one.input.error = error.what();
+    } catch (const ImageError& error) {
+      one.input.error = error.what();
+    } catch (const std::bad_alloc&) {
+      one.input.error = kOutOfMemory;
+    }
+    if (!one.input.error.empty()) one.images.clear();  // a page of it may not fit
+  });
+  if (std::none_of(planned.begin(), planned.end(), [](const auto& one) { return one.folder; })) {
+    return planned;
+  }
+  std::vector<PlannedInput> opened;
+  for (PlannedInput& one : planned) {
+    if (!one.folder) {
+      opened.push_back(std::move(one));
+      continue;
+    }
+    for (PlannedInput& inside : PlanInputs(ListFolder(one.input.path), options, heldBytes)) {
+      inside.folder = false;
+      opened.push_back(std::move(inside));
+    }
+  }
+  return opened;
 }
 
 ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch) {
@@ -149,28 +186,23 @@ const char* ProfileName(ProfileUse use) {
 
 AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   AlbumPlan plan;
-  plan.inputs = std::move(inputs);
-  std::vector<PlannedInput> planned(plan.inputs.size());
   std::atomic<size_t> heldBytes = 0;
-  ForEachInParallel(plan.inputs.size(), options.jobs, [&](size_t i) {
-    Input& input = plan.inputs[i];
-    if (!input.error.empty()) return;
-    try {
-      planned[i] = PlanInput(input, options, &heldBytes);
-    } catch (const ImageError& error) {
-      input.error = error.what();
-    } catch (const std::bad_alloc&) {
-      input.error = kOutOfMemory;
-    }
-  });
+  std::vector<PlannedInput> planned = PlanInputs(std::move(inputs), options, &heldBytes);
   std::vector<size_t> firstPages;
+  firstPages.reserve(planned.size());
+  plan.inputs.reserve(planned.size());
+  plan.held.reserve(planned.size());
+  plan.identities.reserve(planned.size());
+  plan.pages.reserve(planned.size());
   for (size_t i = 0; i < planned.size(); ++i) {
+    PlannedInput& one = planned[i];
     firstPages.push_back(plan.pages.size());
-    plan.failed += plan.inputs[i].error.empty() ? 0 : 1;
-    plan.held.push_back(std::move(planned[i].held));
-    plan.identities.push_back(planned[i].identity);
-    for (size_t k = 0; k < planned[i].images.size(); ++k) {
-      plan.pages.push_back({i, planned[i].images[k], planned[i].layouts[k], plan.pages.size()});
+    plan.failed += one.input.error.empty() ? 0 : 1;
+    plan.inputs.push_back(std::move(one.input));
+    plan.held.push_back(std::move(one.held));
+    plan.identities.push_back(one.identity);
+    for (size_t k = 0; k < one.images.size(); ++k) {
+      plan.pages.push_back({i, std::move(one.images[k]), one.layouts[k], plan.pages.size()});
     }
   }
   FindDuplicates(planned, firstPages, &plan);
@@ -222,22 +254,24 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
       [&](size_t i) { return isFirst(i) ? EncodePage(plan, plan.pages[i], options) : Product{}; },
       [&](size_t i, Product product) {
         const PagePlan& page = plan.pages[i];
-        const std::string name = PageName(plan, page);
         if (product.error) {
-          console.Error(name, *product.error);
+          console.Error(PageName(plan, page), *product.error);
           if (!options.skipBad) throw BadInput();
           ++failed;
           return;
         }
-        for (const Note& note : page.image.notes) console.Say(name, note);
-        for (const Note& note : product.image.notes) console.Say(name, note);
+        const auto sayAll = [&](const std::vector<Note>& notes) {
+          for (const Note& note : notes) console.Say(PageName(plan, page), note);
+        };
+        sayAll(page.image.notes);
+        sayAll(product.image.notes);
         if (isFirst(i)) {
           numbers[i] = document.WriteImage(product.image, options.role, ImageName(plan, page));
         } else {
           numbers[i] = numbers[page.sameAs];
           if (numbers[i] == 0) {
-            console.Error(name, "holds the same damaged picture as " +
-                                    PageName(plan, plan.pages[page.sameAs]));
+            console.Error(PageName(plan, page), "holds the same damaged picture as " +
+                                                    PageName(plan, plan.pages[page.sameAs]));
             ++failed;
             return;
           }

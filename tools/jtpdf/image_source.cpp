@@ -78,8 +78,7 @@ ImageSource ImageSource::Open(const std::string& path, bool touch) {
   const Descriptor file(number);
   struct stat status;
   if (fstat(number, &status) != 0) ThrowUnreadable();
-  if (S_ISDIR(status.st_mode))
-    throw ImageError("is a folder inside a list of files; name its files");
+  if (S_ISDIR(status.st_mode)) throw IsFolder();
   if (!S_ISREG(status.st_mode)) return Read(number);
   if (status.st_size == 0) throw ImageError("is empty; it holds no picture, copy or save it again");
   const auto size = static_cast<size_t>(status.st_size);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "bytes.h"
+#include "image.h"
 
 namespace tool {
 
@@ -17,6 +18,11 @@ struct FileIdentity {
   uint64_t size = 0;
   int64_t changed = 0;  // nanoseconds
   bool operator==(const FileIdentity&) const = default;
+};
+
+// Thrown where a folder is opened like a file.
+struct IsFolder : ImageError {
+  IsFolder() : ImageError("is a folder, and was a file a moment ago") {}
 };
 
 class ImageSource {

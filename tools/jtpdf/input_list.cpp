@@ -1,7 +1,6 @@
 #include "input_list.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -29,7 +28,16 @@ bool MayBePicture(const std::string& path) {
   return size < 0 || Recognise(Bytes(head.data(), static_cast<size_t>(size))) != nullptr;
 }
 
-void AddFolder(const std::string& folder, std::vector<Input>* inputs) {
+}  // namespace
+
+std::vector<Input> ListInputs(const std::vector<std::string>& names) {
+  std::vector<Input> inputs;
+  inputs.reserve(names.size());
+  for (const std::string& name : names) inputs.push_back({name, name == "-", {}});
+  return inputs;
+}
+
+std::vector<Input> ListFolder(const std::string& folder) {
   std::vector<std::string> names;
   std::error_code error;
   for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
@@ -38,39 +46,17 @@ void AddFolder(const std::string& folder, std::vector<Input>* inputs) {
     // Hidden files are not what a person means by a folder's pictures.
     if (name[0] != '.' && it->is_regular_file(ignored)) names.push_back(name);
   }
-  if (error) {
-    inputs->push_back({folder, false, "cannot be read: " + error.message()});
-    return;
-  }
+  if (error) return {{folder, false, "cannot be read: " + error.message()}};
   std::sort(names.begin(), names.end(), NaturalLess);
-  const size_t before = inputs->size();
+  std::vector<Input> inputs;
   for (const std::string& name : names) {
     const std::string path = folder + (folder.back() == '/' ? "" : "/") + name;
-    if (MayBePicture(path)) inputs->push_back({path, false, {}});
+    if (MayBePicture(path)) inputs.push_back({path, false, {}});
   }
-  if (inputs->size() == before) {
-    inputs->push_back({folder, false,
-                       "is a folder without a picture (JPEG, JPEG 2000, PNG, TIFF or WebP); "
-                       "folders inside it are not looked into, name them too"});
-  }
-}
-
-}  // namespace
-
-std::vector<Input> ListInputs(const std::vector<std::string>& arguments) {
-  std::vector<Input> inputs;
-  inputs.reserve(arguments.size());
-  for (const std::string& argument : arguments) {
-    struct stat status;
-    if (argument == "-") {
-      inputs.push_back({argument, true, {}});
-    } else if (stat(argument.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) {
-      AddFolder(argument, &inputs);
-    } else {
-      inputs.push_back({argument, false, {}});
-    }
-  }
-  return inputs;
+  if (!inputs.empty()) return inputs;
+  return {{folder, false,
+           "is a folder without a picture (JPEG, JPEG 2000, PNG, TIFF or WebP); folders inside it "
+           "are not looked into, name them too"}};
 }
 
 std::vector<std::string> SplitNames(std::string_view list) {

@@ -11,14 +11,18 @@ namespace tool {
 struct Input {
   std::string path;
   bool standardInput = false;
-  std::string error;  // why it cannot be used at all; empty for an input to read
+  std::string error;  // why it cannot be used; empty for one that can
 
   std::string Name() const { return standardInput ? "standard input" : path; }
 };
 
-// Opens folders up into their pictures, recognised by content, in natural order; "-" is standard
-// input. Files are kept as they are given: whether they can be read shows later.
-std::vector<Input> ListInputs(const std::vector<std::string>& arguments);
+// The inputs of these names; "-" is standard input. Whether they can be read, and which of them are
+// folders, shows when they are opened.
+std::vector<Input> ListInputs(const std::vector<std::string>& names);
+
+// The pictures in a folder, recognised by content, in natural order. Where there are none, one
+// input that says so.
+std::vector<Input> ListFolder(const std::string& folder);
 
 // The names in a NUL-separated list. Throws an ImageError where the list cannot be read.
 std::vector<std::string> ReadNameList(const std::string& path);

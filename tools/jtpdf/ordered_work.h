@@ -22,7 +22,11 @@ template <class Body>
 void ForEachInParallel(size_t count, unsigned jobs, const Body& body) {
   std::atomic<size_t> next = 0;
   const auto work = [&] {
-    for (size_t i = next++; i < count; i = next++) body(i);
+    // By the handful, where there are many: the counter is what the threads share.
+    const size_t handful = std::min<size_t>(16, count / (size_t{jobs} * 4) + 1);
+    for (size_t i = next.fetch_add(handful); i < count; i = next.fetch_add(handful)) {
+      for (size_t k = i; k < std::min(count, i + handful); ++k) body(k);
+    }
   };
   std::vector<std::jthread> helpers;
   for (size_t i = 1; i < std::min<size_t>(jobs, count); ++i) helpers.emplace_back(work);
