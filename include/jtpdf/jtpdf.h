@@ -45,8 +45,8 @@
  *    still can be destroyed, and what the failed call was writing may be incomplete.
  * 9. Threads. A document is used by one thread at a time; different documents may be used by
  *    different threads at once. There are no locks.
- * 10. The output is the same for the same calls, whatever the locale, the machine or the kind of
- *    document. A file document can write to what cannot seek, a pipe for example.
+ * 10. The output is the same for the same calls with finite numbers, whatever the locale, the
+ *    machine or the kind of document. A file document can write to what cannot seek, a pipe for example.
  */
 #ifndef JTPDF_JTPDF_H
 #define JTPDF_JTPDF_H

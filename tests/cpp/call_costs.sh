@@ -10,7 +10,7 @@ valgrind -q --tool=callgrind --callgrind-out-file="$directory/out" "$host"
 
 # Allowed is what a host would spend in its own code otherwise: the comparison of units, errno kept,
 # and about ten instructions to decode a byte of UTF-8.
-ls -v "$directory"/out.* | xargs cat | awk -v calls=100 '
+ls -v "$directory"/out.* | tr '\n' '\0' | xargs -0 cat | awk -v calls=100 '
   /^desc: Trigger: Client Request: / {
     sub(/.*Request: /, "")
     split($0, name, " ")

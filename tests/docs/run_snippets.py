@@ -111,7 +111,7 @@ class Room:
         source.write_text(program(kind, hidden, text))
         compiler = os.environ["CC" if kind == "c" else "CXX"]
         standard = "-std=gnu11" if kind == "c" else "-std=c++17"
-        flags = self.run(["pkg-config", "--cflags", "--libs", "jtpdf"], what).split()
+        flags = shlex.split(self.run(["pkg-config", "--cflags", "--libs", "jtpdf"], what))
         self.run([compiler, standard, "-Wall", "-Wextra", "-Werror", "-pthread", source.name, "-o",
                   "snippet", *flags], what)
         return self.run(["./snippet"], what)

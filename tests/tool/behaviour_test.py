@@ -382,6 +382,8 @@ class BadInput(JtpdfTest):
         if os.geteuid() == 0:  # root may read everything: become somebody else
             os.chmod(self.folder, 0o755)
             prefix = ["setpriv", "--reuid=65534", "--clear-groups"]
+            if subprocess.run([*prefix, JTPDF, "--version"], capture_output=True).returncode != 0:
+                self.skipTest("the command lies in a folder that is closed to others")
         done = subprocess.run([*prefix, JTPDF, path], stdout=subprocess.PIPE,
                               stderr=subprocess.PIPE)
         self.assertEqual(done.returncode, 1, done.stderr)
