@@ -41,12 +41,17 @@
  *    whole character that fits when it holds characters above U+FFFF. A text with a surrogate or a
  *    value above U+10FFFF is written as an empty string.
  * 8. Exceptions. Functions that return a code turn stream failures into it. Every other exception
- *    (std::bad_alloc above all) reaches the caller, who must be C++ to catch it; the document then
- *    still can be destroyed, and what the failed call was writing may be incomplete.
+ *    (std::bad_alloc above all) reaches the caller, who must be C++ to catch it. The document then
+ *    is as before the call: what the call was to write or to draw is not there, not even in part,
+ *    and once there is memory the call can be made again. But WritePdfImageWithAlpha may have
+ *    written the alpha image; after InitPdfDoc and FinalizePdfDoc the document can only be
+ *    destroyed; and a memory document whose own buffer could not grow refuses to write from then
+ *    on. Whatever failed before, FinalizePdfDoc returns 0 for a whole file only.
  * 9. Threads. A document is used by one thread at a time; different documents may be used by
  *    different threads at once. There are no locks.
  * 10. The output is the same for the same calls with finite numbers, whatever the locale, the
- *    machine or the kind of document. A file document can write to what cannot seek, a pipe for example.
+ *    machine or the kind of document. A file document can write to what cannot seek, such as a
+ *    pipe.
  */
 #ifndef JTPDF_JTPDF_H
 #define JTPDF_JTPDF_H

@@ -60,6 +60,7 @@ void JTPDFDocument::Refuse(char const* message) {
 void JTPDFDocument::Initialize() {
   if (finalized) Refuse("When finalized, a pdf document cannot be re-initialized");
   if (initialized) Refuse("PDF document cannot be initialized more than once");
+  MakeRoom(xref);  // the header line and object 1
   if (outputKind == kOutputFile) {
     OpenWithUnicodePath(fileStream, fileName.c_str(),
                         std::ios_base::binary | std::ios_base::out | std::ios_base::trunc);
@@ -71,13 +72,25 @@ void JTPDFDocument::Initialize() {
   InitializeGraphicsStateDict();
 }
 
-std::streampos JTPDFDocument::WriteLn(std::string_view line) {
+bool JTPDFDocument::IsWritable() const {
+  return output->good() && (outputKind == kOutputMemory || fileStream.is_open());
+}
+
+void JTPDFDocument::RequireInitialized() const {
   if (!initialized) Refuse("Cannot write to a non-initialized document");
-  const bool writable = output->good() && (outputKind == kOutputMemory || fileStream.is_open());
+}
+
+void JTPDFDocument::RequireWritable() {
+  RequireInitialized();
+  if (!IsWritable()) output->setstate(std::ios_base::badbit);  // throws
+}
+
+std::streampos JTPDFDocument::WriteLn(std::string_view line) {
+  RequireInitialized();
   const std::streampos position =
-      writable ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
+      IsWritable() ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
   if (line.empty()) return position;
-  if (!writable) output->setstate(std::ios_base::badbit);  // throws
+  RequireWritable();
   AppendLine(line);
   return position;
 }
@@ -119,6 +132,11 @@ void JTPDFDocument::Finalize(char const* closingText) {
     PrintDiagnosticNote("Warning: Finalize called multiple times. Ignored.");
     return;
   }
+  // A sink that failed says so itself.
+  if (finalizing && IsWritable()) {
+    Refuse("A pdf document that failed to be finalized is incomplete");
+  }
+  finalizing = initialized;
   FinalizePages();
   JTPDFDict catalog;
   catalog["/Type"] = "/Catalog";

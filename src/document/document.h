@@ -29,6 +29,8 @@
 
 // Failures are std::ios_base::failure: those of the sink, and refusals of calls in the wrong
 // state. Nothing is rolled back after one.
+// Memory that runs out never leaves half an object in the file: whatever an object needs is
+// allocated before it begins. A Finalize that fails cannot be called again.
 class JTPDFDocument {
  public:
   // document.cpp: life cycle, lines, numbering.
@@ -53,7 +55,8 @@ class JTPDFDocument {
   // short lines reach together at the end of their object.
   std::streampos WriteLn(std::string_view line);
 
-  // Appends the position of an object that begins; returns its index, the object's number.
+  // Appends the position of an object that begins, for which there is room; returns its index, the
+  // object's number.
   int AddToXRef(std::streampos position);
 
   // Writes what is left of the file and closes it, or keeps the bytes. A second call is ignored.
@@ -118,10 +121,18 @@ class JTPDFDocument {
 
   // document.cpp
   [[noreturn]] static void Refuse(char const* message);
+  bool IsWritable() const;
+  void RequireInitialized() const;
+  void RequireWritable();
   void AppendLine(std::string_view line);
   void WriteRaw(char const* data, unsigned long size);
   void FlushLines();
   void CloseFile();
+  // Room for more elements, without which push_back could fail.
+  template <typename T>
+  static void MakeRoom(std::vector<T>& elements, std::size_t more = 1) {
+    if (elements.capacity() - elements.size() < more) elements.reserve(2 * elements.size() + 8);
+  }
 
   // indirect_objects.cpp: the number of the next object, the line "N 0 obj" that takes it, the
   // lines from a stream's length to its data, and the line "endobj" with which the object goes to
@@ -146,6 +157,7 @@ class JTPDFDocument {
   JTPDFCanvas canvas;
   std::vector<JTPDFDict> pages;  // without their /Parent
   bool initialized = false;
+  bool finalizing = false;
   bool finalized = false;
   JTPDFDict infoDict;
   int graphicsStateObject = 0;

@@ -20,11 +20,9 @@ int JTPDFDocument::WriteCanvas() {
 
 void JTPDFDocument::WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox) {
   const std::string formName = "Fm" + IntToStr(form, 0);
-  const int contents = WriteDict(std::string(), "q 1 0 0 1 0 0 cm /" + formName + " Do Q", true);
-
   JTPDFDict page;
   page["/Type"] = "/Page";
-  page["/Contents"] = AsRefString(contents);
+  page["/Contents"] = AsRefString(NextObject());  // written last, when nothing else can fail
   page["/MediaBox"] = mediaBox.AsPoints(unitFactor).AsArray();
   page["/CropBox"] = cropBox.AsPoints(unitFactor).AsArray();
   page["/Resources/ProcSet"] = "[/PDF /ImageB /ImageC]";
@@ -32,5 +30,7 @@ void JTPDFDocument::WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const&
   // Kept: one entry that renders as the whole transparency group dictionary. Its key has no
   // solidus in front, so it comes last on the page.
   page["Group/CS"] = "/DeviceRGB /I false /K false /S /Transparency";
+  MakeRoom(pages);
+  WriteDict(std::string(), "q 1 0 0 1 0 0 cm /" + formName + " Do Q", true);
   pages.push_back(std::move(page));
 }

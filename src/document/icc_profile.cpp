@@ -17,20 +17,25 @@
 
 int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
                                    TPdfCompression compression, int* /*objectOut*/) {
-  const int profileObject = BeginObject();
+  RequireWritable();  // and only then a note about the compression
+  const std::string filter = FilterValueFromCompression(compression);
+  const std::string filterLine = filter.empty() ? filter : "/Filter " + filter;
+  const std::string colorSpaceLine = "[ /ICCBased " + AsRefString(NextObject()) + " ]";
+  MakeRoom(xref, 2);
+
+  BeginObject();
   WriteLn("<<");
   // Always three components: only RGB profiles are provided for (kept).
   WriteLn("/Alternate /DeviceRGB");
   WriteLn("/N 3");
-  const std::string filter = FilterValueFromCompression(compression);
-  if (!filter.empty()) WriteLn("/Filter " + filter);
+  WriteLn(filterLine);
   BeginStream(size);
   WriteRaw(profile, size);
   WriteLn("endstream");  // kept: directly behind the data, as for images
   EndObject();
 
   const int colorSpaceObject = BeginObject();
-  WriteLn("[ /ICCBased " + AsRefString(profileObject) + " ]");
+  WriteLn(colorSpaceLine);
   EndObject();
   return colorSpaceObject;
 }

@@ -116,9 +116,10 @@ int JTPDFDocument::WriteImage(char const* data, unsigned long size, TPdfColorSpa
   }
   if (softMask != kNoSoftMask) dict["/SMask"] = AsRefString(softMask);
 
+  const std::string body = dict.AsString();
   const int number = BeginObject();
   WriteLn("<<");
-  WriteLn(dict.AsString());
+  WriteLn(body);
   BeginStream(size);
   WriteRaw(data, size);
   WriteLn("endstream");  // kept: directly behind the data, without a line end between

@@ -14,6 +14,7 @@
 #include "objects/text_buffer.h"
 
 int JTPDFDocument::BeginObject() {
+  MakeRoom(xref);
   TextBuffer<128> line;
   line << NextObject() << " 0 obj";
   return AddToXRef(WriteLn(line));

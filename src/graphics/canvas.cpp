@@ -36,8 +36,9 @@ void JTPDFCanvas::Image(int image, JTPDFBox const& box) {
   ShapeText line;
   line << "q ";
   box.AsPoints(unitFactor).WriteMatrix(line, true) << "  /Im" << number << " Do Q";
-  contents.Add(line);
+  // The entry first: a line must not name an image that memory did not suffice to enter.
   (*this)["/Resources/XObject/Im" + number] = AsRefString(image);
+  contents.Add(line);
 }
 
 void JTPDFCanvas::Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,

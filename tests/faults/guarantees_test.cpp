@@ -163,6 +163,9 @@ TEST_P(DrawingWithoutMemory, AddsWholeLinesOnly) {
       if (!inside) {
         EXPECT_EQ(text, all);
       }
+      if (text.find("/Im12") != std::string::npos) {
+        EXPECT_EQ(canvas.count("/Resources/XObject/Im12"), 1u) << "a line names nothing";
+      }
     }
     EXPECT_EQ(LiveBlocks(), blocks) << "memory leaked";
   }

@@ -119,9 +119,17 @@ std::vector<Step> ReferenceSteps(int volume) {
        }},
       {"DrawPdfImageInRect",
        [](Session& s) {
-         for (const int image : {s.image, s.masked, s.translucent, s.calibrated}) {
-           DrawPdfImageInRect(s.doc, image, kTurned);
-         }
+         DrawPdfImageInRect(s.doc, s.image, kTurned);
+         return Succeeded();
+       }},
+      {"DrawPdfImageInRect",
+       [](Session& s) {
+         DrawPdfImageInRect(s.doc, s.masked, kTurned);
+         return Succeeded();
+       }},
+      {"DrawPdfImageInRect",
+       [](Session& s) {
+         DrawPdfImageInRect(s.doc, s.calibrated, kTurned);
          return Succeeded();
        }},
       {"FillPdfRectangle",
