@@ -12,6 +12,7 @@
 #if defined(__GLIBC__)
 // The form of strerror_r that POSIX describes. C++ compilers define _GNU_SOURCE, under which
 // glibc's <string.h> declares another function of that name.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the C library's name
 extern "C" int __xpg_strerror_r(int errnum, char* buffer, size_t size) noexcept;
 #endif
 

@@ -41,10 +41,11 @@ char* WriteText(char* out, std::string_view text) {
 // (625 x m) x 2^-(s-4): 625 x m fits 63 bits and the bits shifted out are the exact remainder.
 // It takes a twentieth of the time of snprintf, and no locale.
 std::uint64_t ScaledMagnitude(int exponent, std::uint64_t fraction) {
-  // A subnormal number has no hidden bit and the exponent of the smallest normal one.
-  const std::uint64_t m = exponent == 0 ? fraction : fraction | (kMantissaMask + 1);
-  const int shift = kExponentBias + kMantissaBits - std::max(exponent, 1) - 4;
-  if (shift >= 64) return 0;  // 625 x m < 2^63: less than half of the last decimal
+  const std::uint64_t m = fraction | (kMantissaMask + 1);
+  const int shift = kExponentBias + kMantissaBits - exponent - 4;
+  // 625 x m < 2^63: less than half of the last decimal. That takes care of subnormal numbers too,
+  // which have no hidden bit.
+  if (shift >= 64) return 0;
 
   const std::uint64_t product = 625 * m;
   const std::uint64_t quotient = product >> shift;
@@ -75,7 +76,7 @@ char* WriteNum(char* out, double value) {
   }
 
   const std::uint64_t scaled = ScaledMagnitude(exponent, bits & kMantissaMask);
-  const auto decimals = static_cast<unsigned>(scaled % 10000);
+  const auto decimals = static_cast<std::size_t>(scaled % 10000);
   out = std::to_chars(out, out + 16, scaled / 10000).ptr;
   *out++ = '.';
   out = WriteText(out, {kDigitPairs + 2 * (decimals / 100), 2});
