@@ -11,6 +11,9 @@ HEAD = """\
 Made by `tests/readers/matrix`; the sections of text stand in `tests/readers/report.py`, the
 expectations in `tests/readers/expected.py`. The ordinary test run asks the first four readers
 (`ctest -R readers`), and compares the pixels of one document with the colours that were drawn.
+
+What the readers make of the files of the `jtpdf` command, for each kind of input, is in
+[readers-tool.md](readers-tool.md).
 """
 
 ADVICE = """\
