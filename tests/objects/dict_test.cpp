@@ -241,3 +241,13 @@ INSTANTIATE_TEST_SUITE_P(
         ItemCase{"DoubleSolidusEndsTheParent", "//A/B", "1", "", "/B 1"},
         ItemCase{"KeyEndsInSolidus", "/A/", "1", "", "/A\r\n<<\r\n/ 1"}),
     NameOf<ItemCase>);
+
+// ---- Openings and line ends ----
+
+TEST(ItemsAsString, PutsOpeningsBehindTheLastLineEndOfTheValue) {
+  EXPECT_BYTES("/k a\r\n/A\r\n<<\r\n/B\r\n<<\r\nb"s, ItemsAsString("/A/B/k", "a\r\nb", ""));
+}
+
+TEST(ItemsAsString, PutsOpeningsBehindTheLastLineEndOfTheName) {
+  EXPECT_BYTES("/k\r/A\r\n<<\r\n v"s, ItemsAsString("/A/k\r", "v", ""));
+}
