@@ -158,8 +158,8 @@ void JTPDFDocument::Finalize(char const* closingText) {
 }
 
 void JTPDFDocument::CloseFile() {
-  // Closing an ofstream writes what it still buffers and then closes the file, which resets errno
-  // even if that write failed. Writing first keeps the reason: "no space left" and not nothing.
+  // Closing an ofstream writes what it still buffers and then closes the file, which may change
+  // errno after that write failed. Writing first keeps the reason: "no space left", not nothing.
   const bool flushed = fileStream.rdbuf()->pubsync() == 0;
   const int flushErrno = errno;
   const bool closed = fileStream.rdbuf()->close() != nullptr;

@@ -161,8 +161,8 @@ class JTPDFDocument {
   bool finalized = false;
   JTPDFDict infoDict;
   int graphicsStateObject = 0;
-  // Lines of the object being written. One call of the stream for each line would take a third of
-  // the time of a small document, and smaller pieces more system calls.
+  // Lines of the object being written. One call of the stream for each line would add a third to
+  // the instructions of a small document, and smaller pieces more system calls.
   TextBuffer<32768> lines;
   // Bytes written to the sink. Counted, because a sink that cannot seek does not know its position
   // and asking one that can costs a system call.

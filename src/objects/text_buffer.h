@@ -11,8 +11,8 @@
 #include "objects/value_format.h"
 
 // A text of at most Capacity bytes. Whoever adds to it sees to it that there is room: a number
-// takes kNumMaxLength bytes at most, whatever its value. A string per number and per part would
-// cost the drawing of a rectangle three times as much.
+// takes kNumMaxLength bytes at most, whatever its value. A string per number and per part takes
+// nearly twice the instructions of a rectangle.
 template <std::size_t Capacity>
 class TextBuffer {
  public:

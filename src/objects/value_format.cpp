@@ -39,7 +39,7 @@ char* WriteText(char* out, std::string_view text) {
 //
 // A magnitude is m x 2^-s with an integer m below 2^53, and 10^4 = 625 x 2^4, so the product is
 // (625 x m) x 2^-(s-4): 625 x m fits 63 bits and the bits shifted out are the exact remainder.
-// It takes a twentieth of the time of snprintf, and no locale.
+// Unlike snprintf it knows no locale.
 std::uint64_t ScaledMagnitude(int exponent, std::uint64_t fraction) {
   const std::uint64_t m = fraction | (kMantissaMask + 1);
   const int shift = kExponentBias + kMantissaBits - exponent - 4;

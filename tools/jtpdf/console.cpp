@@ -43,8 +43,9 @@ std::string ProgressLine(uint64_t pages, uint64_t allPages, uint64_t bytes, doub
   const int room = std::min(40, columns - 1 - static_cast<int>(text.size()) - 2);
   if (room < 5) return text.substr(1, static_cast<size_t>(std::max(columns - 1, 0)));
   const auto done = static_cast<size_t>(share * room);
-  return "[" + std::string(done, '#') + std::string(static_cast<size_t>(room) - done, '-') + "]" +
-         text;
+  std::string bar = "[";
+  bar.append(done, '#').append(static_cast<size_t>(room) - done, '-');
+  return bar + "]" + text;
 }
 
 Console::Console(Verbosity verbosity)
