@@ -2,8 +2,10 @@
 
 #include "document/document.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <locale>
+#include <new>
 #include <utility>
 
 #include "objects/diagnostic_note.h"
@@ -87,10 +89,11 @@ void JTPDFDocument::RequireWritable() {
 
 std::streampos JTPDFDocument::WriteLn(std::string_view line) {
   RequireInitialized();
-  const std::streampos position =
-      IsWritable() ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
+  const bool writable = IsWritable();
+  const std::streamoff position =
+      writable ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
   if (line.empty()) return position;
-  RequireWritable();
+  if (!writable) output->setstate(std::ios_base::badbit);  // throws
   AppendLine(line);
   return position;
 }
@@ -108,17 +111,36 @@ void JTPDFDocument::AppendLine(std::string_view line) {
 
 void JTPDFDocument::WriteRaw(char const* data, unsigned long size) {
   FlushLines();
-  if (size == 0) return;  // data may be null then
+  if (size != 0) WriteToSink(data, size);  // data may be null for 0
+}
+
+void JTPDFDocument::FlushLines() {
+  if (lines.Size() == 0) return;
+  WriteToSink(std::string_view(lines).data(), lines.Size());
+  lines.Clear();
+}
+
+void JTPDFDocument::WriteToSink(char const* data, std::size_t size) {
+  if (outputKind == kOutputMemory) MakeMemoryRoom(size);
   output->write(data, static_cast<std::streamsize>(size));
   written += static_cast<std::streamoff>(size);
 }
 
-void JTPDFDocument::FlushLines() {
-  const std::string_view text = lines;
-  if (text.empty()) return;
-  output->write(text.data(), static_cast<std::streamsize>(text.size()));
-  written += static_cast<std::streamoff>(text.size());
-  lines.Clear();
+void JTPDFDocument::MakeMemoryRoom(std::size_t more) {
+  constexpr std::size_t kGrowth = 4;
+  constexpr std::size_t kLeast = 4096;
+  const std::size_t needed = static_cast<std::size_t>(written) + more;
+  if (needed <= memoryCapacity || needed > pdfData.max_size() / kGrowth) return;
+  try {
+    std::string larger;
+    larger.reserve(std::max(kLeast, kGrowth * needed));
+    larger += std::move(memoryStream).str();
+    memoryCapacity = larger.capacity();
+    memoryStream.str(std::move(larger));
+    memoryStream.seekp(0, std::ios_base::end);
+  } catch (std::bad_alloc const&) {
+    // The stream grows by itself then, by less, as far as the memory goes.
+  }
 }
 
 int JTPDFDocument::AddToXRef(std::streampos position) {
@@ -151,6 +173,7 @@ void JTPDFDocument::Finalize(char const* closingText) {
   if (outputKind == kOutputMemory) {
     pdfData = std::move(memoryStream).str();  // hands the buffer over instead of copying it
     memoryStream.str(std::string());
+    memoryCapacity = 0;
     written = 0;
   }
   graphicsStateObject = 0;

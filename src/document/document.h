@@ -127,6 +127,11 @@ class JTPDFDocument {
   void AppendLine(std::string_view line);
   void WriteRaw(char const* data, unsigned long size);
   void FlushLines();
+  void WriteToSink(char const* data, std::size_t size);
+  // A stringstream doubles its buffer and copies it each time, so that a large document costs twice
+  // its size in copied bytes and touched memory. Growing fourfold halves that; what is not touched
+  // yet is address space, no memory.
+  void MakeMemoryRoom(std::size_t more);
   void CloseFile();
   // Room for more elements, without which push_back could fail.
   template <typename T>
@@ -155,7 +160,7 @@ class JTPDFDocument {
   std::ostream* output;
   std::vector<std::streampos> xref;  // entry i: where object i begins; entry 0: the header line
   JTPDFCanvas canvas;
-  std::vector<JTPDFDict> pages;  // without their /Parent
+  std::vector<JTPDFDict> pages;  // their /Parent still empty
   bool initialized = false;
   bool finalizing = false;
   bool finalized = false;
@@ -167,6 +172,7 @@ class JTPDFDocument {
   // Bytes written to the sink. Counted, because a sink that cannot seek does not know its position
   // and asking one that can costs a system call.
   std::streamoff written = 0;
+  std::size_t memoryCapacity = 0;  // of memoryStream's buffer
 };
 
 #endif  // JTPDF_DOCUMENT_DOCUMENT_H

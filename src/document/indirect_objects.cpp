@@ -21,16 +21,14 @@ int JTPDFDocument::BeginObject() {
 }
 
 void JTPDFDocument::BeginStream(std::size_t size) {
-  TextBuffer<128> line;
-  line << "/Length " << static_cast<long long>(size);
-  WriteLn(line);
-  WriteLn(">>");
-  WriteLn("stream");
+  TextBuffer<128> head;
+  head << "/Length " << static_cast<long long>(size) << "\r\n>>\r\nstream";
+  WriteLn(head);
 }
 
 void JTPDFDocument::EndObject() {
   WriteLn("endobj");
-  FlushLines();
+  if (outputKind == kOutputFile) FlushLines();
 }
 
 int JTPDFDocument::WriteDict(std::string const& dict) {
@@ -68,10 +66,18 @@ int JTPDFDocument::WriteDict(std::string const& dict, JTPDFStringList const& str
 void JTPDFDocument::InitializeGraphicsStateDict() {
   graphicsStateObject = BeginObject();
   // In this order, neither sorted nor grouped (kept).
-  for (const std::string_view line :
-       {"<<", "/AIS false", "/BM /Normal", "/ca 1.0", "/CA 1.0", "/OP false", "/op false", "/OPM 1",
-        "/SA true", "/SMask /None", "/Type /ExtGState", ">>"}) {
-    WriteLn(line);
-  }
+  WriteLn(
+      "<<\r\n"
+      "/AIS false\r\n"
+      "/BM /Normal\r\n"
+      "/ca 1.0\r\n"
+      "/CA 1.0\r\n"
+      "/OP false\r\n"
+      "/op false\r\n"
+      "/OPM 1\r\n"
+      "/SA true\r\n"
+      "/SMask /None\r\n"
+      "/Type /ExtGState\r\n"
+      ">>");
   EndObject();
 }

@@ -35,23 +35,21 @@ JTPDFDict JTPDFDocument::MakeInfoDict() {
 }
 
 void JTPDFDocument::FinalizeTrailer(int infoObject, int rootObject) {
-  const std::streampos start = WriteLn("xref");
-  const std::string size = IntToStr(static_cast<long long>(xref.size()), 0);
-  WriteLn("0 " + size);
+  const long long start = std::streamoff(WriteLn("xref"));
+  const long long size = NextObject();
+  TextBuffer<512> text;
+  text << "0 " << size;
+  WriteLn(text);
   // Each entry is 20 bytes with its line end (ISO 32000-1, 7.5.4). A position has ten digits, and
   // more only where the file has them.
   for (std::size_t i = 0; i < xref.size(); ++i) {
-    TextBuffer<128> entry;
-    entry.PaddedInteger(std::streamoff(xref[i]), 10) << (i == 0 ? " 65535 f" : " 00000 n");
-    WriteLn(entry);
+    text.Clear();
+    text.PaddedInteger(std::streamoff(xref[i]), 10) << (i == 0 ? " 65535 f" : " 00000 n");
+    WriteLn(text);
   }
-  WriteLn("trailer");
-  WriteLn("<<");
-  WriteLn("/Size " + size);
-  WriteLn("/Root " + AsRefString(rootObject));
-  if (infoObject != 0) WriteLn("/Info " + AsRefString(infoObject));
-  WriteLn(">>");
-  WriteLn("startxref");
-  WriteLn(IntToStr(static_cast<long long>(std::streamoff(start)), 0));
-  WriteLn("%%EOF");
+  text.Clear();
+  text << "trailer\r\n<<\r\n/Size " << size << "\r\n/Root " << rootObject << " 0 R";
+  if (infoObject != 0) text << "\r\n/Info " << infoObject << " 0 R";
+  text << "\r\n>>\r\nstartxref\r\n" << start << "\r\n%%EOF";
+  WriteLn(text);
 }

@@ -9,10 +9,17 @@
 
 namespace {
 
-// "/A/B" for "/A/B/C"; "" where the only solidus is the first byte or there is none.
-std::string_view ParentPath(std::string_view key) {
+// A key taken apart at its last solidus: "/A/B" and "/C" for "/A/B/C", "" and "/A" for "/A".
+struct KeyPath {
+  std::string_view parent;
+  std::string_view leaf;
+};
+
+KeyPath Split(std::string_view key) {
   const std::size_t last = key.rfind('/');
-  return last == std::string_view::npos ? std::string_view() : key.substr(0, last);
+  // Kept: a key without any solidus is its own parent and opens a dictionary of its name.
+  return last == std::string_view::npos ? KeyPath{key, key}
+                                        : KeyPath{key.substr(0, last), key.substr(last)};
 }
 
 // The name of a path's first component, without its solidus; empty if there is none.
@@ -65,22 +72,12 @@ char* Put(char* out, std::string_view text) {
   return out + text.size();
 }
 
-// Writes what ItemsAsString returns and returns its end. AsString makes room for all entries at
-// once, by ItemBound.
-char* PutItem(char* out, std::string_view key, std::string_view value,
-              std::string_view previousParent) {
-  const std::size_t last = key.rfind('/');
-  const bool isPath = last != std::string_view::npos;
-  const std::string_view leaf = isPath ? key.substr(last) : key;
-  // Kept: a key without any solidus is its own parent and opens a dictionary of its name.
-  const std::string_view parent = isPath ? key.substr(0, last) : key;
-
-  // An equal parent is the same dictionary going on: nothing to close, nothing to open.
-  if (parent == previousParent) return Put(Put(Put(out, leaf), " "), value);
-
+// Writes what ItemsAsString returns for an entry in another dictionary than the one before it.
+char* PutItemElsewhere(char* out, KeyPath key, std::string_view value,
+                       std::string_view previousParent) {
   // Whatever of the previous path this entry does not share is closed in front of its openings.
   std::string_view stillOpen = previousParent;
-  WalkOpenings(parent, stillOpen, [](std::string_view) {});
+  WalkOpenings(key.parent, stillOpen, [](std::string_view) {});
   for (std::string_view name = FirstName(stillOpen); !name.empty(); name = FirstName(stillOpen)) {
     DropFirst(stillOpen, name);
     out = Put(out, ">>\r\n");
@@ -88,20 +85,29 @@ char* PutItem(char* out, std::string_view key, std::string_view value,
 
   // Openings stand behind the last line end of the entry, which only a value (or a name) that
   // holds line ends itself can have.
-  const std::size_t leafHead = LengthToLastLineEnd(leaf);
+  const std::size_t leafHead = LengthToLastLineEnd(key.leaf);
   const std::size_t valueHead = LengthToLastLineEnd(value);
   if (valueHead > 0) {
-    out = Put(Put(Put(out, leaf), " "), value.substr(0, valueHead));
+    out = Put(Put(Put(out, key.leaf), " "), value.substr(0, valueHead));
   } else {
-    out = Put(out, leaf.substr(0, leafHead));
+    out = Put(out, key.leaf.substr(0, leafHead));
   }
-  WalkOpenings(parent, previousParent,
+  WalkOpenings(key.parent, previousParent,
                [&](std::string_view name) { out = Put(Put(Put(out, "/"), name), "\r\n<<\r\n"); });
-  if (valueHead == 0) out = Put(Put(out, leaf.substr(leafHead)), " ");
+  if (valueHead == 0) out = Put(Put(out, key.leaf.substr(leafHead)), " ");
   return Put(out, value.substr(valueHead));
 }
 
-bool IsRendered(std::string const& key) {
+// Writes what ItemsAsString returns and returns its end. AsString makes room for all entries at
+// once, by ItemBound.
+inline char* PutItem(char* out, KeyPath key, std::string_view value,
+                     std::string_view previousParent) {
+  // An equal parent is the same dictionary going on: nothing to close, nothing to open.
+  if (key.parent == previousParent) return Put(Put(Put(out, key.leaf), " "), value);
+  return PutItemElsewhere(out, key, value, previousParent);
+}
+
+bool IsRendered(std::string_view key) {
   return !key.empty() && key != "/Length" && key != "/Stream";
 }
 
@@ -132,11 +138,13 @@ std::string JTPDFDict::AsString() const {
   char* out = body.data();
   std::string_view previousParent;
   for (auto const& [key, value] : *this) {
-    if (IsRendered(key)) out = Put(PutItem(out, key, value, previousParent), "\r\n");
-    // The keys that are never rendered move the open path on all the same (kept).
-    previousParent = ParentPath(key);
+    const KeyPath path = Split(key);
+    if (IsRendered(key)) out = Put(PutItem(out, path, value, previousParent), "\r\n");
+    // The keys that are never rendered move the open path on all the same (kept), and the
+    // dictionary that a key without a solidus opens is not closed again (kept).
+    previousParent = path.leaf.starts_with('/') ? path.parent : std::string_view();
   }
-  out = PutItem(out, "", "", previousParent);
+  out = PutItem(out, Split(""), "", previousParent);
   body.resize(static_cast<std::size_t>(out - body.data()));
   return TrimDictionary(std::move(body));
 }
@@ -144,7 +152,7 @@ std::string JTPDFDict::AsString() const {
 std::string ItemsAsString(std::string_view key, std::string_view value,
                           std::string_view previousParent) {
   std::string text(ItemBound(key, value) + ItemBound(previousParent, ""), '\0');
-  const char* const end = PutItem(text.data(), key, value, previousParent);
+  const char* const end = PutItem(text.data(), Split(key), value, previousParent);
   text.resize(static_cast<std::size_t>(end - text.data()));
   return text;
 }

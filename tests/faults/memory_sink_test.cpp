@@ -88,7 +88,7 @@ TEST_P(MemoryFaults, FailOnceAtEveryPlace) {
   const auto [name, effect, error] = GetParam();
   FailingBuffer sound(-1, effect, error);
   ASSERT_TRUE(RunWith(sound, After::kStop).finalized);
-  ASSERT_GT(sound.Writes(), 30);
+  ASSERT_GT(sound.Writes(), 10);
   int injected = 0;
   for (const After after : {After::kStop, After::kCarryOn, After::kRetry, After::kAbandon}) {
     for (int at = 0; at < sound.Writes(); ++at) {
