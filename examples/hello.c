@@ -1,18 +1,17 @@
-/* hello.c - the whole way through the library: one page with a turned rectangle and a circle. */
+/* hello.c - the whole way through the library: one page with a turned rectangle. */
 #include <jtpdf/jtpdf.h>
 #include <stdio.h>
 #include <string.h>
 
 int main(void) {
   const JTPDFRect sheet = {0, 0, 210, 297, 0}; /* left, bottom, width, height; the angle */
-  const JTPDFRGBColor red = {214, 40, 57, 255}, gold = {247, 178, 55, 255};
-  JTPDFDocument* doc = CreateFilePdfDoc(PDFCoordinateUnitMillimeter, L"hello.pdf", L"hello", NULL);
+  const JTPDFRGBColor red = {214, 40, 57, 255};
+  JTPDFDocument* doc = CreateFilePdfDoc(PDFCoordinateUnitMillimeter, L"hello.pdf", NULL, NULL);
   int form = 0;
   int32_t code = InitPdfDoc(doc);
   if (code == 0) {
     SetPdfCanvasBoundingBox(doc, sheet);
     FillPdfRectangle(doc, (JTPDFRect){45, 110, 120, 80, 15}, red);
-    FillAndStrokePdfCircle(doc, (JTPDFRect){80, 125, 50, 50, 0}, gold, gold, 1);
     code = WritePdfCanvas(doc, &form); /* what was drawn becomes a form, ... */
   }
   if (code == 0) code = WritePdfPage(doc, form, sheet, sheet); /* ... and the form a page */

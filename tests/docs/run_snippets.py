@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Runs the code in a Markdown page as a newcomer would, in the order of the page.
 
-    run_snippets.py PAGE.md WORK [--only KIND]
+    run_snippets.py PAGE.md WORK [--only NAME]
+    run_snippets.py PAGE.md --print NAME
 
-A fenced block behind one of these comments is a snippet; KIND is shell, python, c or cpp:
+A fenced block behind one of these comments is a snippet; KIND is shell, python, c or cpp, and NAME
+is only there where one snippet is wanted alone:
 
     <!-- snippet: KIND -->          <!-- snippet: KIND
-                                    lines that run before it and are not shown
+    <!-- snippet: KIND NAME -->     lines that run before it and are not shown
                                     -->
 
 A C or C++ snippet without a main() becomes the body of one; the C++ face, or the C header, is
@@ -14,7 +16,7 @@ included already. A block behind <!-- output --> is what the snippet before it p
 together. Every PDF that is there in the end has to be sound, but those named in
 <!-- incomplete: FILE.pdf -->.
 
-WORK is made anew. It holds the folder of example images by two names, images and examples/images.
+WORK is made anew. It holds the folders of examples, and that of their images as images.
 The environment says where things are: SOURCE, STAGE (an installed library), JTPDF (the command,
 may be empty), JTPDF_LIBRARY, CC, CXX, QPDF (may be empty).
 """
@@ -30,7 +32,7 @@ import sys
 from typing import Iterator, List, NamedTuple
 
 SNIPPET = re.compile(
-    r"^<!-- (?:snippet: (?P<kind>\w+)(?P<hidden>.*?)|(?P<output>output)) ?-->\n+"
+    r"^<!-- (?:snippet: (?P<kind>\w+)(?: (?P<name>\w+))?(?P<hidden>\n.*?)?|(?P<output>output)) ?-->\n+"
     r"```\w*\n(?P<text>.*?)^```$", re.MULTILINE | re.DOTALL)
 MARK = re.compile(r"^<!-- (?:snippet:|output)", re.MULTILINE)
 INCOMPLETE = re.compile(r"^<!-- incomplete: (\S+) -->$", re.MULTILINE)
@@ -44,6 +46,7 @@ OPENING = {"c": "int main(void) {\n", "cpp": "using namespace jtpdf::literals;\n
 
 class Snippet(NamedTuple):
     kind: str  # "output" for what the one before prints
+    name: str
     hidden: str
     text: str
     line: int
@@ -54,8 +57,9 @@ def snippets(page: str) -> Iterator[Snippet]:
     if len(found) != len(MARK.findall(page)):
         sys.exit("a comment that announces a snippet or an output has no fenced block behind it")
     for match in found:
-        yield Snippet(match["kind"] or "output", (match["hidden"] or "").strip("\n"),
-                      match["text"], page.count("\n", 0, match.start()) + 1)
+        yield Snippet(match["kind"] or "output", match["name"] or "",
+                      (match["hidden"] or "").strip("\n"), match["text"],
+                      page.count("\n", 0, match.start()) + 1)
 
 
 def program(kind: str, hidden: str, text: str) -> str:
@@ -76,8 +80,9 @@ class Room:
         self.work = work
         self.source = pathlib.Path(os.environ["SOURCE"])
         shutil.rmtree(work, ignore_errors=True)
-        (work / "examples").mkdir(parents=True)
-        (work / "examples/images").symlink_to(self.source / "examples/images")
+        work.mkdir(parents=True)
+        for folder in ("examples", "bindings"):
+            (work / folder).symlink_to(self.source / folder)
         (work / "images").symlink_to("examples/images")
         library = next(pathlib.Path(os.environ["STAGE"]).rglob("libjtpdf.so")).parent
         self.environment = {
@@ -116,24 +121,32 @@ class Room:
                   "snippet", *flags], what)
         return self.run(["./snippet"], what)
 
-    def check_documents(self, incomplete: List[str]) -> None:
+    def check_documents(self, incomplete: List[str]) -> List[pathlib.Path]:
         documents = sorted(self.work.glob("*.pdf"))
-        if not documents and not incomplete:
-            return
         for document in documents:
             if document.name not in incomplete and os.environ.get("QPDF"):
                 self.run([os.environ["QPDF"], "--check", document.name], document.name)
         print(len(documents), "documents:", *(document.name for document in documents))
+        return documents
 
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("page", type=pathlib.Path)
-    parser.add_argument("work", type=pathlib.Path)
-    parser.add_argument("--only")
+    parser.add_argument("work", type=pathlib.Path, nargs="?")
+    parser.add_argument("--only", metavar="NAME")
+    parser.add_argument("--print", metavar="NAME", dest="shown")
     arguments = parser.parse_args()
 
     page = arguments.page.read_text(encoding="utf-8")
+    if arguments.shown:
+        shown = [snippet.text for snippet in snippets(page) if snippet.name == arguments.shown]
+        if len(shown) != 1:
+            sys.exit(f"{arguments.page} has {len(shown)} snippets called {arguments.shown}")
+        print(shown[0], end="")
+        return
+    if not arguments.work:
+        parser.error("WORK, the folder to run in, is missing")
     room = Room(arguments.work)
     count = 0
     printed = ""
@@ -142,12 +155,14 @@ def main() -> None:
         if snippet.kind == "output":
             if snippet.text != printed:
                 sys.exit(f"{what}: the snippet before prints\n{printed}and not\n{snippet.text}")
-        elif arguments.only in (None, snippet.kind):
+        elif arguments.only in (None, snippet.name):
             printed = room.run_snippet(snippet, what)
             count += 1
     if count == 0:
-        sys.exit(f"{arguments.page} has no snippet to run")
-    room.check_documents(INCOMPLETE.findall(page))
+        sys.exit(f"{arguments.page} has no snippet {arguments.only or 'to run'}")
+    documents = room.check_documents(INCOMPLETE.findall(page))
+    if arguments.only and not documents:
+        sys.exit(f"the snippet {arguments.only} wrote no document")
     print(count, "snippets ran")
 
 
