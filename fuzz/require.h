@@ -24,12 +24,4 @@ inline void RequireEqual(const std::string& actual, const std::string& expected,
   Require(false, property);
 }
 
-// The sign of a result that is not a number is the processor's own choice.
-inline std::string WithoutNanSigns(std::string text) {
-  for (std::size_t at = text.find("-nan"); at != std::string::npos; at = text.find("-nan", at)) {
-    text.erase(at, 1);
-  }
-  return text;
-}
-
 #endif  // JTPDF_FUZZ_REQUIRE_H
