@@ -51,8 +51,8 @@ class JTPDFDocument {
   void Initialize();
 
   // Writes line and "\r\n" and returns the position at which the line begins, -1 on a failed sink.
-  // An empty line writes nothing at all. Together with WriteRaw the only way to the sink, which
-  // short lines reach together at the end of their object.
+  // An empty line writes nothing at all. Together with WriteRaw the only way to the sink. Short
+  // lines reach it together: a file at the end of their object, memory once there are many.
   std::streampos WriteLn(std::string_view line);
 
   // Appends the position of an object that begins, for which there is room; returns its index, the
@@ -128,9 +128,9 @@ class JTPDFDocument {
   void WriteRaw(char const* data, unsigned long size);
   void FlushLines();
   void WriteToSink(char const* data, std::size_t size);
-  // A stringstream doubles its buffer and copies it each time, so that a large document costs twice
-  // its size in copied bytes and touched memory. Growing fourfold halves that; what is not touched
-  // yet is address space, no memory.
+  // A stringstream doubles its buffer, which copies a large document once or twice over in the end.
+  // Growing fourfold halves that, and most often the peak of memory too: what is not touched yet is
+  // only address space.
   void MakeMemoryRoom(std::size_t more);
   void CloseFile();
   // Room for more elements, without which push_back could fail.
