@@ -123,10 +123,16 @@ class Bound:
 
 _COLORS = "It shows ICC-based images by device RGB, and CMYK by a conversion of its own."
 
-BOUNDS = tuple(
-    Bound(document, reader, 20.0, _COLORS)
-    for document in ("images", "everything", "album")
-    for reader in ("MuPDF", "pdf.js")
+_SMOOTHED = "It resamples pictures even at their own size, which smooths fine patterns."
+
+BOUNDS = (
+    *(
+        Bound(document, reader, 20.0, _COLORS)
+        for document in ("images", "everything", "album")
+        for reader in ("MuPDF", "pdf.js")
+    ),
+    Bound("jtpdf-*", "MuPDF", 25.0, _COLORS),
+    Bound("jtpdf-*", "Poppler", 10.0, _SMOOTHED),
 )
 
 
