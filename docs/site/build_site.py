@@ -160,6 +160,10 @@ def main() -> None:
     check_site.tidy(html)
     check_site.prune(html)
     fail(check_site.problems(html))
+    fail([f"{source.name}: the site does not show `{code}`" for source in sources()
+          for code in check_site.lost_code(
+              markdown_pages.fenced(source.read_text(encoding="utf-8")),
+              (html / f"{markdown_pages.identity_of(source)}.html").read_text(encoding="utf-8"))])
     print(f"The site: {html}/index.html ({len(list(html.glob('*.html')))} pages)")
 
 

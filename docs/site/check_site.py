@@ -1,12 +1,15 @@
 """What a finished site holds: nothing that is not used, and no link that leads nowhere."""
 
 import collections
+import html
 import pathlib
 import re
+import textwrap
 from html.parser import HTMLParser
 from typing import Dict, List, Set
 from urllib.parse import unquote, urlsplit
 
+OPTION = re.compile(r"(?<!\S)--?\w[\w-]*")
 PYTHON_CLASS = re.compile(r'<a class="[^"]*" href="[^"]*">jtpdf\.([A-Z]\w*)</a>')
 
 
@@ -34,13 +37,20 @@ def _pages(folder: pathlib.Path) -> Dict[str, Page]:
 def tidy(folder: pathlib.Path) -> None:
     """Mends what Doxygen cannot be told.
 
-    Reference pages begin with their folder and with links into themselves, which go; and Doxygen
-    takes a class of the Python package for the C++ one.
+    Reference pages begin with their folder and with links into themselves, which go, as do the links
+    beside names that are links; examples in headers are indented; code and options would break at
+    their hyphens; and Doxygen takes a class of the Python package for the C++ one.
     """
     for file in folder.glob("*.html"):
         text = file.read_text(encoding="utf-8")
         text = re.sub(r'<div class="summary">.*?</div>', "", text, flags=re.DOTALL)
         text = re.sub(r'<div id="nav-path".*?</div>', "", text, flags=re.DOTALL)
+        text = re.sub(r' <a href="[^"]*">More\.\.\.</a>', "", text)
+        text = re.sub(r'(?<=<pre class="fragment">).*?(?=</pre>)',
+                      lambda match: textwrap.dedent(match[0]), text, flags=re.DOTALL)
+        text = re.sub(r"<code>(?=[^<\s]{1,24}</code>)", '<code class="short">', text)
+        text = re.sub(r"(?<=<b>)[^<]*(?=</b>)", lambda match: OPTION.sub(
+            r'<span class="short">\g<0></span>', match[0]), text)
         text = PYTHON_CLASS.sub(lambda match: f'<a href="python-package.html#python-package-'
                                 f'{match[1].lower()}">jtpdf.{match[1]}</a>', text)
         file.write_text(text, encoding="utf-8")
@@ -61,6 +71,19 @@ def prune(folder: pathlib.Path) -> None:
     for file in folder.iterdir():
         if file.is_file() and file.name not in reached:
             file.unlink()
+
+
+def lost_code(markdown: str, page: str) -> List[str]:
+    """Lines and pieces of code in a Markdown text that its page does not show as they are."""
+    markdown = re.sub(r"<!--.*?-->", "", markdown, flags=re.DOTALL)
+    blocks = re.compile(r"^```.*?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+    code = [line for block in blocks.findall(markdown) for line in block.splitlines()]
+    # The titles of links Doxygen shows without their marks.
+    text = re.sub(r"\[[^\]]*\]\(", "", blocks.sub("", markdown))
+    code += re.findall(r"(?<!`)`([^`]+)`(?!`)", text)
+    pieces = re.findall(r'<(?:code|div class="line")[^>]*>(.*?)</(?:code|div)>', page, re.DOTALL)
+    shown = {" ".join(html.unescape(re.sub(r"<[^>]*>", "", piece)).split()) for piece in pieces}
+    return [piece for piece in code if " ".join(piece.split()) not in shown | {""}]
 
 
 def problems(folder: pathlib.Path) -> List[str]:

@@ -9,13 +9,16 @@ import html
 import os.path
 import pathlib
 import re
+import textwrap
 from typing import Callable, Dict, List
 
 FENCED = re.compile(r"(^```.*?^```$)", re.MULTILINE | re.DOTALL)
+INDENTED = re.compile(r"(?<=\n\n)((?: {4}.*\n)+)")
 PICTURE = re.compile(r"!\[([^\]]*)\]\(([^)]+)\)")
 LINK = re.compile(r"(?<!!)\[((?:[^\[\]`]|`[^`]*`)*)\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^(#+) (.*)$", re.MULTILINE)
 AT_SIGN = re.compile(r"(`[^`]*`)|@")
+OPTION = re.compile(r"(`[^`]*`)|(?<!-)--(?=\w)")
 BYTES = re.compile(r"(^\| byte \|.*\n(?:^\|.*\n)+)", re.MULTILINE)
 COMMENT = re.compile(r"<!--.*?-->\n*", re.DOTALL)
 
@@ -34,6 +37,12 @@ def identity_of(page: pathlib.Path) -> str:
 def outside_code(text: str, change: Callable[[str], str]) -> str:
     """The text with the change made everywhere but in fenced blocks."""
     return "".join(part if part.startswith("```") else change(part) for part in FENCED.split(text))
+
+
+def fenced(text: str) -> str:
+    """The text with its indented blocks of code as fenced ones."""
+    return outside_code(text, lambda part: INDENTED.sub(
+        lambda match: f"```text\n{textwrap.dedent(match[1])}```\n", part))
 
 
 class Pages:
@@ -72,7 +81,8 @@ class Pages:
         def change(part: str) -> str:
             part = COMMENT.sub("", part)
             part = AT_SIGN.sub(lambda match: match[1] or r"\@", part)
-            part = re.sub(r"%(?=[\w%])", "%%", part)  # one alone would stop a link, and go
+            part = OPTION.sub(lambda match: match[1] or r"\--", part)  # else it becomes a dash
+            part = re.sub(r"%(?=\w)", "%%", part)  # one alone would stop a link, and go
             part = BYTES.sub(r'<div class="bytes">\n\n\1\n</div>\n', part)
             part = HEADING.sub(heading, part)
             part = PICTURE.sub(lambda match: self._picture(page, match[1], match[2]), part)
@@ -80,7 +90,7 @@ class Pages:
 
         if not re.search(r"^# ", FENCED.sub("", text), re.MULTILINE):  # its first heading is the title
             text = outside_code(text, lambda part: re.sub(r"^##", "#", part, flags=re.MULTILINE))
-        text = outside_code(text, change)
+        text = outside_code(fenced(text), change)
         # Doxygen knows the languages by the ends of file names.
         for language, end in (("sh", "unparsed"), ("text", "unparsed"), ("cmake", "unparsed"),
                               ("python", "py")):
@@ -98,12 +108,18 @@ class Pages:
         if target in self.names or target.parent == self.headers:
             # Doxygen takes neither code nor a second line in the title of a reference.
             title = " ".join(title.replace("`", "").split())
+        if target in self.names and title.endswith(".md"):
+            title = self._heading(target)  # in a site pages have titles, not file names
         if target in self.names:
             name = self.names[target]
             return f'[{title}](@ref {name}{"-" + anchor if anchor else ""})'
         if target.parent == self.headers:
             return f"[{title}](@ref {target.name})"
         return title
+
+    def _heading(self, page: pathlib.Path) -> str:
+        first = HEADING.search(FENCED.sub("", page.read_text(encoding="utf-8")))
+        return first[2].replace("`", "") if first else page.stem
 
     def _picture(self, page: pathlib.Path, title: str, link: str) -> str:
         file = self.pictures.get(link) or self._target(page, link)

@@ -4,7 +4,6 @@ import ast
 import html
 import pathlib
 import re
-import textwrap
 from typing import Iterator, List, Optional, Tuple
 
 # ---- The manual page ---------------------------------------------------------------------------
@@ -98,6 +97,7 @@ def _docstring(text: Optional[str]) -> str:
 def _signature(function: ast.FunctionDef, owner: str) -> str:
     arguments = re.sub(r"^(self|cls)(, |$)", "", ast.unparse(function.args))
     arguments = re.sub(r"(?<=[\w\]])=", " = ", arguments)
+    arguments = re.sub(r"= _[A-Z]\w*", "= ...", arguments)  # a default by a name of the package's own
     name = owner if function.name == "__init__" else function.name
     result = f" -> {ast.unparse(function.returns)}" if function.returns else ""
     result = "" if result == " -> None" else result
@@ -106,8 +106,13 @@ def _signature(function: ast.FunctionDef, owner: str) -> str:
     signature = f"{name}({arguments}){result}"
     if len(signature) <= WIDTH:
         return signature
-    lines = textwrap.wrap(arguments, WIDTH - 4, break_long_words=False)
-    return f"{name}(\n    " + "\n    ".join(lines) + f"){result}"
+    lines: List[str] = []
+    for argument in re.split(r", (?![^\[]*\])", arguments):  # not at the comma of Mapping[str, str]
+        if lines and len(lines[-1]) + len(argument) < WIDTH - 6:
+            lines[-1] += f", {argument}"
+        else:
+            lines.append(argument)
+    return f"{name}(\n    " + ",\n    ".join(lines) + f"){result}"
 
 
 def _members(body: List[ast.stmt], owner: str) -> Iterator[Tuple[str, str]]:
@@ -146,7 +151,8 @@ def python(folder: pathlib.Path, name: str) -> str:
     for public in _public_names(package):
         node = nodes[public]
         if isinstance(node, ast.Assign):
-            rest.append(f"- `{ast.unparse(node)}`")
+            # Doxygen takes an apostrophe in code for the code's end.
+            rest.append("- `" + ast.unparse(node).replace("'", '"') + "`")
             continue
         out += [f"## {public} {{#{name}-{public.lower()}}}", ""]
         if isinstance(node, ast.FunctionDef):
