@@ -10,6 +10,7 @@ from typing import Dict, List, Set
 from urllib.parse import unquote, urlsplit
 
 OPTION = re.compile(r"(?<!\S)--?\w[\w-]*")
+CELL = re.compile(r'<td class="(markdownTableBody\w+)">(.*?)</td>', re.DOTALL)
 PYTHON_CLASS = re.compile(r'<a class="[^"]*" href="[^"]*">jtpdf\.([A-Z]\w*)</a>')
 
 
@@ -34,12 +35,19 @@ def _pages(folder: pathlib.Path) -> Dict[str, Page]:
     return {file.name: Page(file.read_text(encoding="utf-8")) for file in folder.glob("*.html")}
 
 
+def _cell(match: "re.Match[str]") -> str:
+    length = len(html.unescape(re.sub(r"<[^>]*>", "", match[2])).strip())
+    kind = "sentence" if length >= 40 else "phrase" if length >= 12 else ""
+    return f'<td class="{match[1]} {kind}">{match[2]}</td>' if kind else match[0]
+
+
 def tidy(folder: pathlib.Path) -> None:
     """Mends what Doxygen cannot be told.
 
     Reference pages begin with their folder and with links into themselves, which go, as do the links
     beside names that are links; examples in headers are indented; code and options would break at
-    their hyphens; and Doxygen takes a class of the Python package for the C++ one.
+    their hyphens, and long cells of tables be narrow; and Doxygen takes a class of the Python package
+    for the C++ one.
     """
     for file in folder.glob("*.html"):
         text = file.read_text(encoding="utf-8")
@@ -49,6 +57,7 @@ def tidy(folder: pathlib.Path) -> None:
         text = re.sub(r'(?<=<pre class="fragment">).*?(?=</pre>)',
                       lambda match: textwrap.dedent(match[0]), text, flags=re.DOTALL)
         text = re.sub(r"<code>(?=[^<\s]{1,24}</code>)", '<code class="short">', text)
+        text = CELL.sub(_cell, text)
         text = re.sub(r"(?<=<b>)[^<]*(?=</b>)", lambda match: OPTION.sub(
             r'<span class="short">\g<0></span>', match[0]), text)
         text = PYTHON_CLASS.sub(lambda match: f'<a href="python-package.html#python-package-'
