@@ -5,6 +5,7 @@
 #include "support/diagnostics.h"
 #include "support/doc.h"
 #include "support/pdf.h"
+#include "support/temp_dir.h"
 
 using namespace std::string_literals;
 
@@ -42,6 +43,16 @@ TEST(JTPDFDocumentWriteICCProfile, UnknownCompressionGivesNoFilterAndANote) {
       Lines("<<", "/Alternate /DeviceRGB", "/N 3", "/Length 1", ">>", "stream", "xendstream");
   EXPECT_BYTES(body, pdf.Body(2));
   EXPECT_BYTES(body, pdf.Body(4));
+}
+
+TEST(JTPDFDocumentWriteICCProfile, FailsOnAClosedFileBeforeAnyNote) {
+  TempDir dir;
+  Doc doc(dir.File("out.pdf"));
+  doc.Init().Finish();
+  Diagnostics diagnostics;
+  EXPECT_THROW(doc->WriteICCProfile("x", 1, static_cast<TPdfCompression>(-1), nullptr),
+               std::ios_base::failure);
+  EXPECT_EQ("", diagnostics.Take());
 }
 
 TEST(JTPDFDocumentWriteICCProfile, EmptyProfileHasAnEmptyStream) {
