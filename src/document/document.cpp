@@ -127,7 +127,7 @@ void JTPDFDocument::WriteToSink(char const* data, std::size_t size) {
 }
 
 void JTPDFDocument::MakeMemoryRoom(std::size_t more) {
-  constexpr std::size_t kGrowth = 4;
+  constexpr std::size_t kGrowth = 16;
   constexpr std::size_t kLeast = 4096;
   const std::size_t needed = static_cast<std::size_t>(written) + more;
   if (needed <= memoryCapacity || needed > pdfData.max_size() / kGrowth) return;
