@@ -93,7 +93,7 @@ std::streampos JTPDFDocument::WriteLn(std::string_view line) {
   const std::streamoff position =
       writable ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
   if (line.empty()) return position;
-  if (!writable) output->setstate(std::ios_base::badbit);  // throws
+  if (!writable) RequireWritable();  // throws
   AppendLine(line);
   return position;
 }
