@@ -8,6 +8,7 @@ import subprocess
 import tempfile
 import unittest
 
+import numpy
 from PIL import Image
 
 JTPDF = os.environ["JTPDF"]
@@ -31,6 +32,12 @@ def blocks(columns=12, rows=7, mode="RGB", seed=1):
             value = tuple(source.randrange(256) for _ in range(channels))
             small.putpixel((x, y), value if channels > 1 else value[0])
     return small.resize((columns * BLOCK, rows * BLOCK), Image.NEAREST)
+
+
+def noise(width, height, seed=1):
+    """A picture that takes long to compress."""
+    return Image.fromarray(numpy.random.default_rng(seed).integers(
+        0, 256, (height, width, 3), numpy.uint8))
 
 
 def render(pdf, page=1, dpi=96, tool="pdftoppm"):

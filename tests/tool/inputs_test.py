@@ -1,0 +1,105 @@
+"""What is read: names, folders, lists, pipes, and pictures given twice."""
+import faulthandler
+import os
+import shutil
+import subprocess
+import unittest
+
+from support import JTPDF, JtpdfTest, blocks, images, jpeg_bytes, noise, page_boxes, run
+
+faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
+
+
+class Inputs(JtpdfTest):
+    def test_content_decides_and_names_do_not(self):
+        for real, name in (("PNG", "a.jpg"), ("JPEG", "b.tif"), ("TIFF", "c"), ("WEBP", "d.png"),
+                           ("JPEG2000", "e.pdf")):
+            blocks().save(self.path(name), real)
+        pdf = self.convert(*[self.path(n) for n in ("a.jpg", "b.tif", "c", "d.png", "e.pdf")])
+        self.assertEqual([i["enc"] for i in images(pdf)],
+                         ["image", "jpeg", "image", "image", "jpx"])
+
+    def test_folders_are_read_in_natural_order_with_their_images_only(self):
+        os.mkdir(self.path("scans"))
+        order = ["Scan1.png", "scan2.png", "scan02.png", "scan10.png", "scan10b.png", "x.png"]
+        for number, name in enumerate(order):
+            self.save(blocks(4 + number, 4, seed=number), "scans/" + name)
+        self.put(b"words", "scans/notes.txt")
+        self.put(b"", "scans/empty.png")
+        self.save(blocks(40, 4), "scans/.hidden.png")
+        os.mkdir(self.path("scans/inner"))
+        os.rename(self.path("scans/scan02.png"), self.path("scans/scan3.png"))
+        widths = [round(w * 96 / 72 / 8) for w, _ in page_boxes(self.convert(self.path("scans")))]
+        self.assertEqual(widths, [4, 5, 6, 7, 8, 9])
+        os.mkdir(self.path("none"))
+        self.assertFails(1, r"none: is a folder without a picture", self.path("none"), "-o",
+                         self.path("x.pdf"))
+
+    def test_pages_come_in_the_order_given(self):
+        paths = [self.save(blocks(4 + n, 4), f"{n}.png") for n in (3, 1, 2)]
+        pdf = self.convert(*paths, paths[0])
+        self.assertEqual([round(w / 6) for w, _ in page_boxes(pdf)], [7, 5, 6, 7])
+
+    def test_lists_from_files_and_standard_input(self):
+        paths = [self.save(blocks(4 + n, 4), f"{n} x.png") for n in range(3)]
+        data = "\0".join(paths).encode() + b"\0"
+        listed = self.put(data, "list")
+        self.assertEqual(len(page_boxes(self.convert("--from-file", listed))), 3)
+        out = self.path("o.pdf")
+        status, _, error = run(paths[0], "--from-file", "-", "-o", out, input=data)
+        self.assertEqual((status, error), (0, ""))
+        self.assertEqual(len(page_boxes(out)), 4)
+        self.assertFails(1, "nowhere: cannot be read", "--from-file", self.path("nowhere"), "-o",
+                         out)
+
+    def test_one_image_from_standard_input(self):
+        self.save(blocks(), "a.png")
+        out = self.path("o.pdf")
+        status, _, error = run("-", self.path("a.png"), "-o", out, input=self.get("a.png"))
+        self.assertEqual((status, error), (0, ""))
+        self.assertEqual(len(page_boxes(out)), 2)
+        self.assertFails(1, "standard input: is empty", "-", "-o", out, input=b"")
+        self.assertFails(2, "standard input can be read only once", "-", "-", "-o", out)
+        self.assertFails(2, "only once", "-", "--from-file", "-", "-o", out)
+
+    def test_pipes_are_inputs_too(self):
+        self.save(blocks(), "a.png")
+        done = subprocess.run(["bash", "-c", f'"{JTPDF}" <(cat a.png) -o o.pdf'],
+                              cwd=self.folder, capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+
+    def test_identical_images_are_written_once_and_drawn_twice(self):
+        path = self.save(blocks(seed=1), "a.png")
+        shutil.copy(path, self.path("copy.png"))
+        os.link(path, self.path("link.png"))
+        other = self.save(blocks(seed=2), "b.png")
+        tiff = self.save(blocks(seed=3), "a.tif", save_all=True, append_images=[blocks(seed=4)])
+        shutil.copy(tiff, self.path("b.tif"))
+        for jobs in "1", "4":
+            pdf = self.convert(path, self.path("copy.png"), other, self.path("link.png"), path,
+                               tiff, self.path("b.tif"), "-j", jobs)
+            with open(pdf, "rb") as file:
+                self.assertEqual(file.read().count(b"/Subtype /Image"), 4)
+            self.assertEqual(len(page_boxes(pdf)), 9)
+            objects = [i["object"] for i in images(pdf)]
+            self.assertEqual(len(objects), 9)
+            self.assertEqual(len({objects[i] for i in (0, 1, 3, 4)}), 1)
+            self.assertEqual(objects[5:7], objects[7:9])
+
+    def test_nearly_identical_images_are_told_apart(self):
+        # The same size and the same bytes wherever a quick look would look.
+        big = jpeg_bytes(noise(700, 700))
+        at = len(big) // 4
+        while 0xFF in big[at - 2:at + 2] or big[at] ^ 1 == 0xFF:
+            at += 1
+        changed = big[:at] + bytes([big[at] ^ 1]) + big[at + 1:]
+        pdf = self.convert(self.put(big, "a.jpg"), self.put(changed, "b.jpg"),
+                           self.put(big, "c.jpg"))
+        objects = [i["object"] for i in images(pdf)]
+        self.assertEqual(objects[0], objects[2])
+        self.assertNotEqual(objects[0], objects[1])
+
+
+
+if __name__ == "__main__":
+    unittest.main()

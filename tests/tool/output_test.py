@@ -1,0 +1,234 @@
+"""Where the PDF goes, and what is left of it when something fails."""
+import faulthandler
+import hashlib
+import os
+import pty
+import resource
+import signal
+import socket
+import stat
+import subprocess
+import time
+import unittest
+
+from support import JTPDF, JtpdfTest, blocks, noise, page_boxes, run
+
+faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
+
+
+class Output(JtpdfTest):
+    def assertNoLitter(self, *expected):
+        self.assertEqual(sorted(os.listdir(self.folder)), sorted(expected))
+
+    def test_a_file_is_replaced_whole_or_not_at_all(self):
+        self.save(blocks(), "a.png")
+        self.put(b"%PDF-1.5 truth", "out.pdf")
+        self.put(self.get("a.png")[:-40], "bad.png")
+        good, bad, out = self.path("a.png"), self.path("bad.png"), self.path("out.pdf")
+        self.assertFails(1, r"bad\.png: ends before.*cut off", good, bad, "-o", out)
+        self.assertEqual(self.get("out.pdf"), b"%PDF-1.5 truth")
+        self.assertNoLitter("a.png", "bad.png", "out.pdf")
+        self.assertEqual(run(good, "-o", out)[0], 0)
+        self.assertTrue(self.get("out.pdf").startswith(b"%PDF-1.5"))
+        self.assertNoLitter("a.png", "bad.png", "out.pdf")
+
+    def test_a_picture_that_fails_while_it_is_decoded_leaves_nothing(self):
+        self.save(blocks(40, 40), "a.png")
+        data = bytearray(self.get("a.png"))
+        at = data.index(b"IDAT") + 10
+        data[at] ^= 0xFF  # found by nobody who reads the header only
+        bad = self.put(bytes(data), "bad.png")
+        good = self.path("a.png")
+        out = self.path("out.pdf")
+        for jobs in "1", "3":
+            self.assertFails(1, r"bad\.png: cannot be decoded \(libpng: .*\).*save the picture",
+                             good, bad, good, "-j", jobs, "-o", out)
+            self.assertNoLitter("a.png", "bad.png")
+
+    def test_skip_bad_leaves_out_reports_and_counts(self):
+        good = self.save(blocks(), "a.png")
+        bad = self.put(b"not a picture", "bad.txt")
+        self.put(self.get("a.png")[:60], "cut.png")
+        out = self.path("out.pdf")
+        error = self.assertFails(1, "2 of 4 inputs failed", good, bad, self.path("cut.png"), good,
+                                 "--skip-bad", "-o", out)
+        self.assertRegex(error, r"bad\.txt: is no picture of a known kind; convert it")
+        self.assertEqual(len(page_boxes(out)), 2)
+        self.assertFails(1, "nothing was written", bad, "--skip-bad", "-o", self.path("none.pdf"))
+        self.assertFalse(os.path.exists(self.path("none.pdf")))
+
+    def test_new_files_get_the_usual_mode_and_old_ones_keep_theirs(self):
+        path = self.save(blocks(), "a.png")
+        old = os.umask(0o027)
+        try:
+            pdf = self.convert(path)
+            self.assertEqual(stat.S_IMODE(os.stat(pdf).st_mode), 0o640)
+            os.chmod(pdf, 0o604)
+            self.convert(path)
+            self.assertEqual(stat.S_IMODE(os.stat(pdf).st_mode), 0o604)
+        finally:
+            os.umask(old)
+
+    def test_links_stay_links(self):
+        path = self.save(blocks(), "a.png")
+        os.mkdir(self.path("real"))
+        self.put(b"old", "real/doc.pdf")
+        os.symlink("real/doc.pdf", self.path("link.pdf"))
+        self.assertEqual(run(path, "-o", self.path("link.pdf"))[0], 0)
+        self.assertTrue(os.path.islink(self.path("link.pdf")))
+        self.assertTrue(self.get("real/doc.pdf").startswith(b"%PDF"))
+        self.assertEqual(os.listdir(self.path("real")), ["doc.pdf"])
+
+    def test_an_input_is_never_replaced(self):
+        path = self.save(blocks(), "a.png")
+        before = self.get("a.png")
+        os.link(path, self.path("other.png"))
+        for name in (path, self.path("other.png")):
+            self.assertFails(2, "is an input and would be replaced", path, "-o", name)
+        self.assertEqual(self.get("a.png"), before)
+
+    def test_any_name_can_be_written_and_read(self):
+        for name in ("größe.pdf", "a b\nc.pdf", "[x]", "Ω" * 100 + ".pdf", b"\xff\xfe.pdf"):
+            with self.subTest(name=name):
+                folder = os.fsencode(self.folder)
+                source = self.save(blocks(), "a.png")
+                target = os.path.join(folder, os.fsencode(name))
+                for locale in "C", "C.UTF-8":
+                    done = subprocess.run([JTPDF, source, "-o", target], capture_output=True,
+                                          env={**os.environ, "LC_ALL": locale})
+                    self.assertEqual(done.returncode, 0, done.stderr)
+                    with open(target, "rb") as file:
+                        self.assertTrue(file.read().rstrip().endswith(b"%%EOF"))
+        subprocess.run(["cp", source, self.path("[y]")])
+        self.convert(self.path("[y]"))
+
+    def test_standard_output_is_the_same_pdf(self):
+        paths = [self.save(blocks(seed=n), f"{n}.png") for n in range(3)]
+        expected = open(self.convert(*paths), "rb")
+        self.addCleanup(expected.close)
+        pdf = expected.read()
+        for arguments in ([], ["-o", "-"]):
+            self.assertEqual(run(*paths, *arguments), (0, pdf, ""))
+        with open(self.path("file"), "wb") as file:  # in the middle of a file
+            file.write(b"before")
+            file.flush()
+            subprocess.run([JTPDF, *paths], stdout=file, check=True)
+            file.write(b"after")
+        self.assertEqual(self.get("file"), b"before" + pdf + b"after")
+        with open(self.path("file"), "ab") as file:
+            subprocess.run([JTPDF, *paths], stdout=file, check=True)
+        self.assertTrue(self.get("file").endswith(b"after" + pdf))
+
+    def test_standard_output_that_is_a_socket(self):
+        ours, theirs = socket.socketpair()
+        path = self.save(blocks(), "a.png")
+        child = subprocess.Popen([JTPDF, path], stdout=theirs)
+        theirs.close()
+        data = b""
+        while part := ours.recv(65536):
+            data += part
+        ours.close()
+        self.assertEqual(child.wait(), 0)
+        self.assertEqual(data, open(self.convert(path), "rb").read())
+
+    def test_never_to_a_terminal(self):
+        path = self.save(blocks(), "a.png")
+        master, slave = pty.openpty()
+        done = subprocess.run([JTPDF, path], stdout=slave, stderr=subprocess.PIPE)
+        os.close(slave)
+        os.close(master)
+        self.assertEqual(done.returncode, 2)
+        self.assertIn(b"not written to a terminal; name a file with -o", done.stderr)
+
+    def test_a_fifo_and_a_device_are_written_directly(self):
+        path = self.save(blocks(), "a.png")
+        os.mkfifo(self.path("fifo"))
+        reader = subprocess.Popen(["timeout", "30", "cat", self.path("fifo")],
+                                  stdout=subprocess.PIPE)
+        self.assertEqual(run(path, "-o", self.path("fifo"))[0], 0)
+        self.assertEqual(reader.communicate()[0], open(self.convert(path), "rb").read())
+
+    def test_full_disks_are_reported(self):
+        path = self.save(noise(200, 200), "a.png")
+        for arguments in (["-o", "/dev/full"],):
+            self.assertFails(1, r"/dev/full: cannot be written: No space left on device; make room",
+                             path, *arguments)
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run([JTPDF, path], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"standard output: cannot be written: No space left", done.stderr)
+
+    def test_a_full_file_system_leaves_no_litter(self):
+        path = self.save(noise(400, 400), "a.png")
+        small = self.path("small")
+        os.mkdir(small)
+        mount = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "tmpfs", small],
+                               capture_output=True)
+        if mount.returncode != 0:
+            self.skipTest("a small tmpfs cannot be mounted here (needs root)")
+        try:
+            out = os.path.join(small, "out.pdf")
+            self.assertFails(1, r"out\.pdf: cannot be written: No space left", path, "-o", out)
+            self.assertEqual(os.listdir(small), [])
+        finally:
+            subprocess.run(["umount", small], check=True)
+
+    def test_a_file_size_limit_is_reported(self):
+        path = self.save(noise(400, 400), "a.png")
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
+        done = subprocess.run([JTPDF, path, "-o", self.path("out.pdf")], capture_output=True,
+                              preexec_fn=limit)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        self.assertIn(b"cannot be written: File too large", done.stderr)
+        self.assertNoLitter("a.png")
+
+    def test_a_closed_pipe_is_an_error_not_a_crash(self):
+        path = self.save(noise(600, 600), "a.png")
+        child = subprocess.Popen([JTPDF, path], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        child.stdout.read(10)
+        child.stdout.close()
+        error = child.stderr.read()
+        child.stderr.close()
+        self.assertEqual(child.wait(), 1)
+        self.assertIn(b"standard output: cannot be written: Broken pipe", error)
+
+    def test_places_that_cannot_be_written(self):
+        path = self.save(blocks(), "a.png")
+        self.assertFails(1, r"nowhere/out\.pdf: cannot be written: No such file.*make its folder",
+                         path, "-o", self.path("nowhere/out.pdf"))
+        self.assertFails(1, "cannot be written: Is a directory", path, "-o", self.folder)
+
+    def test_signals_leave_no_litter(self):
+        paths = [self.save(noise(1500, 1500, n), f"{n}.png", compress_level=1) for n in range(6)]
+        names = os.listdir(self.folder)
+        for number in signal.SIGINT, signal.SIGTERM, signal.SIGHUP:
+            with self.subTest(number):
+                child = subprocess.Popen([JTPDF, "--compression", "12", *paths, "-o",
+                                          self.path("out.pdf")])
+                while child.poll() is None and len(os.listdir(self.folder)) == len(names):
+                    time.sleep(0.002)
+                time.sleep(0.05)
+                child.send_signal(number)
+                self.assertEqual(child.wait(), -number)  # the shell must know what ended it
+                self.assertNoLitter(*names)
+
+    def test_output_is_the_same_whatever_the_jobs_and_the_locale(self):
+        paths = []
+        for n in range(12):
+            paths.append(self.save(blocks(20 + n, 9, seed=n), f"{n}.png"))
+            paths.append(self.save(blocks(20 + n, 9, seed=n), f"{n}.jpg"))
+        hashes = set()
+        for jobs in "1", "2", "7":
+            for locale in "C", "de_DE.UTF-8":
+                status, data, _ = run(*paths, "-j", jobs, "--title", "Ä",
+                                      environment={"LC_ALL": locale, "TZ": "Asia/Tokyo"})
+                self.assertEqual(status, 0)
+                hashes.add(hashlib.sha256(data).hexdigest())
+        self.assertEqual(len(hashes), 1)
+        self.assertNotIn(b"Date", data)
+
+
+if __name__ == "__main__":
+    unittest.main()
