@@ -33,21 +33,35 @@ struct PlannedInput {
   ImageSource held;  // what can be read only once, or was kept
 };
 
+// Works on the bytes of an input. Where it changed meanwhile neither result nor error counts.
+template <class Work>
+void UseUnchanged(const ImageSource& source, const Work& work) {
+  try {
+    work();
+  } catch (const ImageError&) {
+    source.CheckUnchanged();
+    throw;
+  }
+  source.CheckUnchanged();
+}
+
 void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedInput* planned) {
   const Input& input = planned->input;
   ImageSource source =
       input.standardInput ? ImageSource::Read(0) : ImageSource::Open(input.path, false);
   const Bytes file = source.View();
-  const Reader* reader = Recognise(file.first(std::min(file.size(), kRecognisedBytes)));
-  if (reader == nullptr) {
-    throw ImageError(
-        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
-  }
-  planned->images = reader->plan(file, options.limits);
-  for (const ImagePlan& image : planned->images) {
-    planned->layouts.push_back(LayOut(image, options.layout));
-  }
-  planned->sampleHash = SampleHash(file);
+  UseUnchanged(source, [&] {
+    const Reader* reader = Recognise(file.first(std::min(file.size(), kRecognisedBytes)));
+    if (reader == nullptr) {
+      throw ImageError(
+          "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
+    }
+    planned->images = reader->plan(file, options.limits);
+    for (const ImagePlan& image : planned->images) {
+      planned->layouts.push_back(LayOut(image, options.layout));
+    }
+    planned->sampleHash = SampleHash(file);
+  });
   planned->identity = source.Identity();
   const bool keep =
       !source.CanReopen() || (!source.IsMapped() && heldBytes->fetch_add(file.size()) <= kMostHeld);
@@ -94,9 +108,7 @@ std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& o
 ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch) {
   if (!plan.held[input].View().empty()) return plan.held[input].Again();
   ImageSource source = ImageSource::Open(plan.inputs[input].path, touch);
-  if (source.Identity() != plan.identities[input]) {
-    throw ImageError("changed while it was read; run again when it is complete");
-  }
+  if (source.Identity() != plan.identities[input]) throw InputChanged();
   return source;
 }
 
@@ -138,7 +150,9 @@ Product EncodePage(const AlbumPlan& plan, const PagePlan& page, const Options& o
   Product product;
   try {
     product.source = OpenInput(plan, page.input, page.image.PassesThrough());
-    product.image = Encode(page.image, product.source.View(), options.compression);
+    UseUnchanged(product.source, [&] {
+      product.image = Encode(page.image, product.source.View(), options.compression);
+    });
     if (!page.image.PassesThrough()) product.source = {};
   } catch (const ImageError& error) {
     product.error = error.what();
@@ -266,7 +280,13 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
         sayAll(page.image.notes);
         sayAll(product.image.notes);
         if (isFirst(i)) {
-          numbers[i] = document.WriteImage(product.image, options.role, ImageName(plan, page));
+          try {
+            numbers[i] = document.WriteImage(product.image, options.role, ImageName(plan, page));
+            product.source.CheckUnchanged();
+          } catch (const ImageError& error) {  // and a part of it is in the PDF
+            console.Error(PageName(plan, page), error.what());
+            throw BadInput();
+          }
         } else {
           numbers[i] = numbers[page.sameAs];
           if (numbers[i] == 0) {

@@ -1,12 +1,12 @@
 #include "image_source.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -35,7 +35,7 @@ class Descriptor {
   throw ImageError("cannot be read: " + std::generic_category().message(code) + advice);
 }
 
-// The `size` bytes of a file, or fewer where it has become shorter.
+// The `size` bytes of a file.
 Buffer ReadAll(int file, size_t size) {
   Buffer bytes(size);
   size_t filled = 0;
@@ -43,34 +43,18 @@ Buffer ReadAll(int file, size_t size) {
     const ssize_t count = read(file, bytes.Data() + filled, size - filled);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) ThrowUnreadable();
-    if (count == 0) break;
+    if (count == 0) throw InputChanged();
     filled += static_cast<size_t>(count);
   }
-  bytes.Shrink(filled);
   return bytes;
 }
 
+FileIdentity IdentityOf(const struct stat& status) {
+  return {status.st_dev, status.st_ino, static_cast<uint64_t>(status.st_size),
+          int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
+}
+
 }  // namespace
-
-ImageSource::ImageSource(ImageSource&& other) noexcept
-    : view_(std::exchange(other.view_, {})),
-      mapped_(std::exchange(other.mapped_, false)),
-      reopens_(other.reopens_),
-      held_(std::move(other.held_)),
-      identity_(other.identity_) {}
-
-ImageSource& ImageSource::operator=(ImageSource&& other) noexcept {
-  std::swap(view_, other.view_);
-  std::swap(mapped_, other.mapped_);
-  std::swap(reopens_, other.reopens_);
-  std::swap(held_, other.held_);
-  std::swap(identity_, other.identity_);
-  return *this;
-}
-
-ImageSource::~ImageSource() {
-  if (mapped_) munmap(const_cast<uint8_t*>(view_.data()), view_.size());
-}
 
 ImageSource ImageSource::Open(const std::string& path, bool touch) {
   const int number = open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -84,23 +68,19 @@ ImageSource ImageSource::Open(const std::string& path, bool touch) {
   const auto size = static_cast<size_t>(status.st_size);
   ImageSource source;
   source.reopens_ = true;
-  source.identity_ = {status.st_dev, status.st_ino, size,
-                      int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
+  source.path_ = path;
+  source.identity_ = IdentityOf(status);
   // Mapping and unmapping make every thread's processor forget addresses: for thousands of small
   // files that takes longer than to copy them.
   constexpr size_t kSmall = size_t{64} << 10;
-  if (size <= kSmall) {
-    source.held_ = std::make_shared<const Buffer>(ReadAll(number, size));
-    source.view_ = source.held_->View();
-    return source;
+  if (size > kSmall) {
+    if (std::optional<MappedFile> map = MappedFile::Map(number, size, touch)) {
+      source.map_ = std::move(*map);
+      return source;
+    }
+    if (errno != ENODEV) ThrowUnreadable();
   }
-  void* at = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | (touch ? MAP_POPULATE : 0), number, 0);
-  if (at == MAP_FAILED) {
-    if (errno == ENODEV) return Read(number);  // file systems without maps
-    ThrowUnreadable();
-  }
-  source.view_ = {static_cast<const uint8_t*>(at), size};
-  source.mapped_ = true;
+  source.held_ = std::make_shared<const Buffer>(ReadAll(number, size));
   return source;
 }
 
@@ -126,7 +106,6 @@ ImageSource ImageSource::Read(int descriptor) {
   bytes.Shrink(size);
   ImageSource source;
   source.held_ = std::make_shared<const Buffer>(std::move(bytes));
-  source.view_ = source.held_->View();
   source.identity_.size = size;
   return source;
 }
@@ -134,9 +113,24 @@ ImageSource ImageSource::Read(int descriptor) {
 ImageSource ImageSource::Again() const {
   ImageSource source;
   source.held_ = held_;
-  source.view_ = view_;
   source.identity_ = identity_;
   return source;
+}
+
+void ImageSource::CheckUnchanged() const {
+  if (!IsMapped()) return;
+  struct stat status;
+  if (stat(path_.c_str(), &status) == 0) {
+    const FileIdentity now = IdentityOf(status);
+    // A file that took the name's place leaves the one that is mapped as it was.
+    const bool same = now.device == identity_.device && now.inode == identity_.inode;
+    if (same && now != identity_) throw InputChanged();
+    if (same && map_.Failed()) {
+      errno = EIO;
+      ThrowUnreadable();
+    }
+  }
+  if (map_.Failed()) throw InputChanged();
 }
 
 }  // namespace tool

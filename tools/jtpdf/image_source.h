@@ -8,6 +8,7 @@
 
 #include "bytes.h"
 #include "image.h"
+#include "mapped_file.h"
 
 namespace tool {
 
@@ -25,13 +26,13 @@ struct IsFolder : ImageError {
   IsFolder() : ImageError("is a folder, and was a file a moment ago") {}
 };
 
+// Thrown where a file is no longer what it was when its reading began.
+struct InputChanged : ImageError {
+  InputChanged() : ImageError("changed while it was read; run again when it is complete") {}
+};
+
 class ImageSource {
  public:
-  ImageSource() = default;
-  ImageSource(ImageSource&& other) noexcept;
-  ImageSource& operator=(ImageSource&& other) noexcept;
-  ~ImageSource();
-
   // Opens the file: a large one is mapped, a small one read, which for its size is faster, and
   // what is no file (a pipe) is read to its end. With `touch` the pages of a map are fetched at
   // once, for bytes that will be read from begin to end. Throws an ImageError.
@@ -40,18 +41,21 @@ class ImageSource {
   static ImageSource Read(int descriptor);
   // Whether Open would give the same bytes again; they are gone with a pipe.
   bool CanReopen() const { return reopens_; }
-  bool IsMapped() const { return mapped_; }
+  bool IsMapped() const { return !map_.View().empty(); }
   // The same bytes once more, of what is not mapped: both hold them.
   ImageSource Again() const;
 
-  Bytes View() const { return view_; }
+  Bytes View() const { return held_ ? held_->View() : map_.View(); }
   const FileIdentity& Identity() const { return identity_; }
+  // For when the bytes have been used: throws an ImageError where the file changed meanwhile, so
+  // that they were none of one state of it.
+  void CheckUnchanged() const;
 
  private:
-  Bytes view_;
-  bool mapped_ = false;
+  std::string path_;
+  MappedFile map_;
   bool reopens_ = false;
-  std::shared_ptr<const Buffer> held_;
+  std::shared_ptr<const Buffer> held_;  // instead of a map
   FileIdentity identity_;
 };
 

@@ -63,9 +63,8 @@ ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console
   } catch (const OutputError& error) {
     console.Error(name, error.what());
   } catch (const BadInput&) {
-    console.Error(name,
-                  "was not written, because an input failed; --skip-bad leaves such inputs "
-                  "out");
+    console.Error(name, std::string("was not written, because an input failed") +
+                            (options.skipBad ? "" : "; --skip-bad leaves such inputs out"));
   }
   return kFailed;
 }

@@ -35,16 +35,6 @@ extern "C" void CleanUpAndDie(int signal) {
   raise(signal);  // the parent sees what ended the tool
 }
 
-extern "C" void InputShrank(int) {
-  if (gHasLitter.exchange(false)) unlink(gLitter.data());
-  constexpr char kText[] =
-      "jtpdf: an input file was cut short, or its disk failed, while it was read; nothing was "
-      "written, run it again\n";
-  const ssize_t ignored = write(STDERR_FILENO, kText, sizeof kText - 1);
-  static_cast<void>(ignored);
-  _exit(1);
-}
-
 std::wstring DescriptorPath(int number) {
   return L"/dev/fd/" + std::to_wstring(number);
 }
@@ -272,7 +262,6 @@ void InstallSignalHandlers() {
     if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
     std::signal(signal, CleanUpAndDie);
   }
-  std::signal(SIGBUS, InputShrank);
 }
 
 }  // namespace tool

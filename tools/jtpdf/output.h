@@ -40,8 +40,8 @@ std::unique_ptr<Output> OpenFileOutput(const std::string& file);
 // Writes to standard output, whatever it is: a pipe, a file in the middle, a socket.
 std::unique_ptr<Output> OpenStandardOutput();
 
-// Makes SIGINT, SIGTERM, SIGHUP and a shrinking input file (SIGBUS) remove the temporary file on
-// their way out, and a closed pipe an error like any other.
+// Makes SIGINT, SIGTERM and SIGHUP remove the temporary file on their way out, and a closed pipe an
+// error like any other.
 void InstallSignalHandlers();
 
 }  // namespace tool

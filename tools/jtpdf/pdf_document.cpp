@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "flate.h"
+#include "image_source.h"
 #include "text.h"
 
 namespace tool {
@@ -30,6 +31,8 @@ void PdfDocument::Check(int32_t code) {
   if (code == 0) return;
   // Closes the library's end of a pipe, so that the output can tell what became of its other end.
   document_.reset();
+  // What was to be written is no longer there: the rest of a mapped file.
+  if (code == EFAULT) throw InputChanged();
   const int problem = output_.Problem();
   throw OutputError(WriteProblem(problem != 0 ? problem : code));
 }

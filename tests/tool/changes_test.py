@@ -1,0 +1,111 @@
+"""Inputs that change while they are read: never a crash, never a page of what was not there."""
+import os
+import re
+import struct
+import subprocess
+import time
+import unittest
+
+import numpy
+from PIL import Image
+
+from support import JTPDF, JtpdfTest, blocks, jpeg_bytes
+
+CHANGED = b"changed while it was read; run again when it is complete"
+
+
+def noise(width, height, seed=1):
+    return Image.fromarray(numpy.random.default_rng(seed).integers(
+        0, 256, (height, width, 3), numpy.uint8))
+
+
+def many_pages(count):
+    """A TIFF of as many pages of one grey pixel: long to plan for its size."""
+    entries = ((256, 3, 1), (257, 3, 1), (258, 3, 8), (262, 3, 1), (273, 4, 0), (277, 3, 1),
+               (278, 3, 1), (279, 4, 1))
+    size = 2 + 12 * len(entries) + 4 + 2
+    pages = []
+    for number in range(count):
+        at = 8 + number * size
+        following = at + size if number + 1 < count else 0
+        fields = b"".join(struct.pack("<HHI", tag, kind, 1) + struct.pack(
+            "<I", at + size - 2 if tag == 273 else value) for tag, kind, value in entries)
+        pages.append(struct.pack("<H", len(entries)) + fields + struct.pack("<I", following)
+                     + struct.pack("<H", number % 256))
+    return b"II*\0" + struct.pack("<I", 8) + b"".join(pages)
+
+
+class Changes(JtpdfTest):
+    def begin(self, *arguments, out="-"):
+        """The command, held up by its output, which nobody takes yet."""
+        return subprocess.Popen([JTPDF, "-j", "1", *arguments, "-o", out],
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def assertSaysChanged(self, child, name):
+        _, error = child.communicate(timeout=120)
+        self.assertEqual(child.returncode, 1, error)
+        self.assertRegex(error, rb"(?m)^jtpdf: .*" + re.escape(name.encode()) + rb"(, page \d+)?: "
+                         + CHANGED + rb"$")
+        self.assertNotIn(b"Bad address", error)
+
+    def wait_for_output(self, child):
+        self.assertEqual(child.stdout.read(10)[:5], b"%PDF-")
+
+    def test_a_file_that_shrinks_while_it_is_written(self):
+        path = self.put(jpeg_bytes(noise(4000, 1500)), "a.jpg")
+        self.assertGreater(os.path.getsize(path), 4 << 20)  # more than pipes hold
+        for more in ((), ("--skip-bad",)):
+            with self.subTest(more):
+                data = self.get("a.jpg")
+                child = self.begin(path, *more)
+                self.wait_for_output(child)
+                os.truncate(path, 100_000)
+                self.assertSaysChanged(child, "a.jpg")
+                self.put(data, "a.jpg")
+
+    def test_a_file_that_is_written_to_while_it_is_written(self):
+        path = self.put(jpeg_bytes(noise(4000, 1500)), "a.jpg")
+        child = self.begin(path)
+        self.wait_for_output(child)
+        with open(path, "r+b") as file:
+            file.seek(2_000_000)
+            file.write(b"other")
+        self.assertSaysChanged(child, "a.jpg")
+
+    def test_a_file_that_changes_between_planning_and_writing(self):
+        first = self.put(jpeg_bytes(noise(4000, 1500)), "a.jpg")
+        for name, size in (("small.png", (9, 9)), ("large.png", (300, 300))):
+            with self.subTest(name):
+                second = self.save(noise(*size), name)
+                child = self.begin(first, second)
+                self.wait_for_output(child)
+                time.sleep(0.01)  # the clocks of file systems tick slowly
+                self.save(noise(size[0] + 1, size[1]), name)
+                if size == (300, 300):
+                    self.assertSaysChanged(child, name)
+                else:  # a small one was kept from its planning on
+                    self.assertEqual(child.communicate(timeout=120)[1], b"")
+
+    def test_a_file_that_is_replaced_while_it_is_written_is_still_whole(self):
+        path = self.put(jpeg_bytes(noise(4000, 1500)), "a.jpg")
+        child = self.begin(path)
+        self.wait_for_output(child)
+        os.rename(self.save(blocks(), "b.png"), path)
+        self.assertEqual(child.communicate(timeout=120)[1], b"")
+        self.assertEqual(child.returncode, 0)
+
+    def test_a_file_that_shrinks_while_it_is_planned(self):
+        path = self.put(many_pages(30_000), "many.tif")
+        child = subprocess.Popen([JTPDF, "-j", "1", "-S", "A4", path, "-o", self.path("o.pdf")],
+                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        while child.poll() is None:
+            with open(f"/proc/{child.pid}/maps") as maps:
+                if "many.tif" in maps.read():
+                    break
+        os.truncate(path, 4096)
+        self.assertSaysChanged(child, "many.tif")
+        self.assertEqual(os.listdir(self.folder), ["many.tif"])
+
+
+if __name__ == "__main__":
+    unittest.main()
