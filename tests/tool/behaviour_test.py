@@ -3,6 +3,7 @@ import faulthandler
 import os
 import pty
 import re
+import resource
 import select
 import shutil
 import subprocess
@@ -180,6 +181,31 @@ class Memory(JtpdfTest):
         few, many = self.peak(*pngs[:10]), self.peak(*pngs)
         self.assertGreater(few, 4)
         self.assertLess(many, few + 6)
+
+    @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
+    def test_memory_that_runs_out_is_an_error_and_leaves_nothing(self):
+        paths = [self.save(noise(300 + n, 300, n), f"{n}.png", compress_level=1)
+                 for n in range(66)]
+        names = sorted(os.listdir(self.folder))
+        failures = 0
+        # From too little to begin with, through every place where it can end, to enough.
+        for kilobytes in range(12 << 10, 60 << 10, 2 << 10):
+            def limit():
+                resource.setrlimit(resource.RLIMIT_AS, (kilobytes << 10, kilobytes << 10))
+            for _ in range(2):
+                done = subprocess.run([JTPDF, "-q", "-j", "2", "--compression", "1", *paths, "-o",
+                                       self.path("o.pdf")], capture_output=True, preexec_fn=limit)
+                with self.subTest(kilobytes=kilobytes, error=done.stderr):
+                    if b"error while loading shared libraries" in done.stderr:
+                        continue
+                    self.assertIn(done.returncode, (0, 1))
+                    if done.returncode == 1:
+                        failures += 1
+                        self.assertIn(b"memory", done.stderr)
+                        self.assertEqual(sorted(os.listdir(self.folder)), names)
+                    else:
+                        os.remove(self.path("o.pdf"))
+        self.assertGreater(failures, 4)
 
 
 if __name__ == "__main__":

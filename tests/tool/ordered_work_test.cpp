@@ -59,6 +59,40 @@ TEST(RunInOrder, PassesAnExceptionOnAndStopsTheWorkers) {
   EXPECT_LT(produced, 1000u);
 }
 
+TEST(RunInOrder, PassesOnWhatAWorkerThrowsBehindTheProductsBeforeIt) {
+  for (const unsigned jobs : {1u, 4u}) {
+    size_t used = 0;
+    EXPECT_THROW(RunInOrder<size_t>(
+                     1000, jobs, {100, 64}, [](size_t) { return 10; },
+                     [](size_t i) {
+                       if (i == 500) throw std::bad_alloc();
+                       return i;
+                     },
+                     [&](size_t i, size_t product) {
+                       EXPECT_EQ(product, i);
+                       ++used;
+                     }),
+                 std::bad_alloc);
+    EXPECT_GT(used, 300u);
+    EXPECT_LE(used, 500u);
+  }
+}
+
+TEST(ForEachInParallel, PassesAnExceptionOnWhenAllHaveEnded) {
+  for (const unsigned jobs : {1u, 4u}) {
+    std::atomic<int> inside = 0;
+    EXPECT_THROW(ForEachInParallel(1000, jobs,
+                                   [&](size_t i) {
+                                     ++inside;
+                                     std::this_thread::sleep_for(std::chrono::microseconds(10));
+                                     --inside;
+                                     if (i == 333) throw std::bad_alloc();
+                                   }),
+                 std::bad_alloc);
+    EXPECT_EQ(inside, 0);
+  }
+}
+
 TEST(ForEachInParallel, VisitsEachOnce) {
   std::vector<std::atomic<int>> visits(1000);
   ForEachInParallel(visits.size(), 4, [&](size_t i) { ++visits[i]; });

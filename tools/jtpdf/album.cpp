@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <exception>
 #include <new>
-#include <optional>
 #include <utility>
 
 #include "duplicates.h"
@@ -16,8 +16,29 @@
 namespace tool {
 namespace {
 
-constexpr auto kOutOfMemory =
-    "needs more memory than there is; scale it down, or try with fewer jobs (-j 1)";
+// Does the work; what makes the input unusable is given as it was thrown. Workers that ran out of
+// memory have none for a message either: Reason makes it when they are done.
+template <class Work>
+std::exception_ptr ProblemOf(const Work& work) {
+  try {
+    work();
+  } catch (const ImageError&) {
+    return std::current_exception();
+  } catch (const std::bad_alloc&) {
+    return std::current_exception();
+  }
+  return nullptr;
+}
+
+std::string Reason(const std::exception_ptr& problem) {
+  try {
+    std::rethrow_exception(problem);
+  } catch (const ImageError& error) {
+    return error.what();
+  } catch (const std::bad_alloc&) {
+    return "needs more memory than there is; scale it down, or try with fewer jobs (-j 1)";
+  }
+}
 
 // Small files are kept from their planning to their writing, as many as fit in here, which is less
 // than one photograph takes when it is decoded: opening a small file is most of the work on it.
@@ -26,6 +47,7 @@ constexpr size_t kMostHeld = size_t{16} << 20;
 struct PlannedInput {
   Input input;
   bool folder = false;
+  std::exception_ptr problem;
   std::vector<ImagePlan> images;
   std::vector<PageLayout> layouts;
   uint64_t sampleHash = 0;
@@ -76,18 +98,20 @@ std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& o
     PlannedInput& one = planned[i];
     one.input = std::move(inputs[i]);
     if (!one.input.error.empty()) return;
-    try {
-      PlanInput(options, heldBytes, &one);
-    } catch (const IsFolder& error) {
-      one.folder = true;
-      one.input.error = error.what();
-    } catch (const ImageError& error) {
-      one.input.error = error.what();
-    } catch (const std::bad_alloc&) {
-      one.input.error = kOutOfMemory;
-    }
-    if (!one.input.error.empty()) one.images.clear();  // a page of it may not fit
+    one.problem = ProblemOf([&] {
+      try {
+        PlanInput(options, heldBytes, &one);
+      } catch (const IsFolder&) {
+        one.folder = true;
+        throw;
+      }
+    });
   });
+  for (PlannedInput& one : planned) {
+    if (!one.problem) continue;
+    one.input.error = Reason(one.problem);
+    one.images.clear();  // a page of it may not fit
+  }
   if (std::none_of(planned.begin(), planned.end(), [](const auto& one) { return one.folder; })) {
     return planned;
   }
@@ -143,22 +167,18 @@ uint64_t WeightOf(const PagePlan& page) {
 struct Product {
   ImageSource source;
   EncodedImage image;
-  std::optional<std::string> error;
+  std::exception_ptr problem;
 };
 
 Product EncodePage(const AlbumPlan& plan, const PagePlan& page, const Options& options) {
   Product product;
-  try {
+  product.problem = ProblemOf([&] {
     product.source = OpenInput(plan, page.input, page.image.PassesThrough());
     UseUnchanged(product.source, [&] {
       product.image = Encode(page.image, product.source.View(), options.compression);
     });
     if (!page.image.PassesThrough()) product.source = {};
-  } catch (const ImageError& error) {
-    product.error = error.what();
-  } catch (const std::bad_alloc&) {
-    product.error = kOutOfMemory;
-  }
+  });
   return product;
 }
 
@@ -268,8 +288,8 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
       [&](size_t i) { return isFirst(i) ? EncodePage(plan, plan.pages[i], options) : Product{}; },
       [&](size_t i, Product product) {
         const PagePlan& page = plan.pages[i];
-        if (product.error) {
-          console.Error(PageName(plan, page), *product.error);
+        if (product.problem) {
+          console.Error(PageName(plan, page), Reason(product.problem));
           if (!options.skipBad) throw BadInput();
           ++failed;
           return;

@@ -10,27 +10,72 @@
 #include <deque>
 #include <exception>
 #include <mutex>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 namespace tool {
 
-// Calls body(i) for every i below `count`, from `jobs` threads. The body must not throw.
+// The first exception of several threads, kept for the one that waits for them. Keeping it takes no
+// memory, which may be what has run out.
+class FirstFailure {
+ public:
+  // Called in a catch block.
+  void Keep() {
+    const std::lock_guard lock(mutex_);
+    if (!failure_) failure_ = std::current_exception();
+  }
+  void Rethrow() const {
+    if (failure_) std::rethrow_exception(failure_);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::exception_ptr failure_;
+};
+
+// Starts up to `count` threads. Where there is no room for more of them, fewer do the work; those
+// that run are not given up, since they may wait for the caller.
+template <class Work>
+std::vector<std::jthread> StartThreads(size_t count, const Work& work) {
+  std::vector<std::jthread> threads;
+  threads.reserve(count);
+  try {
+    while (threads.size() < count) threads.emplace_back(work);
+  } catch (const std::system_error&) {
+  } catch (const std::bad_alloc&) {
+  }
+  return threads;
+}
+
+// Calls body(i) for every i below `count`, from `jobs` threads. The first exception of the body is
+// passed on when all have ended.
 template <class Body>
 void ForEachInParallel(size_t count, unsigned jobs, const Body& body) {
   std::atomic<size_t> next = 0;
-  const auto work = [&] {
+  FirstFailure failure;
+  const auto visit = [&] {
     // By the handful, where there are many: the counter is what the threads share.
     const size_t handful = std::min<size_t>(16, count / (size_t{jobs} * 4) + 1);
     for (size_t i = next.fetch_add(handful); i < count; i = next.fetch_add(handful)) {
       for (size_t k = i; k < std::min(count, i + handful); ++k) body(k);
     }
   };
-  std::vector<std::jthread> helpers;
-  for (size_t i = 1; i < std::min<size_t>(jobs, count); ++i) helpers.emplace_back(work);
+  const auto work = [&] {
+    try {
+      visit();
+    } catch (...) {
+      failure.Keep();
+    }
+  };
+  std::vector<std::jthread> helpers =
+      StartThreads(std::max<size_t>(std::min<size_t>(jobs, count), 1) - 1, work);
   work();
+  helpers.clear();  // waits for them
+  failure.Rethrow();
 }
 
 // What may be produced ahead of its use: a few items whatever they weigh, so that every job has
@@ -80,10 +125,19 @@ class WorkWindow {
     if (batch.first == used_) productMade_.notify_one();
   }
 
+  // Called in a worker's catch block: Get passes the exception on.
+  void Fail() {
+    const std::lock_guard lock(mutex_);
+    if (!failure_) failure_ = std::current_exception();
+    productMade_.notify_one();
+  }
+
   // Waits for the next product, and gives it with all that are ready behind it.
   std::vector<Product> Get() {
     std::unique_lock lock(mutex_);
-    productMade_.wait(lock, [&] { return !window_.empty() && window_.front().has_value(); });
+    const auto ready = [&] { return !window_.empty() && window_.front().has_value(); };
+    productMade_.wait(lock, [&] { return failure_ || ready(); });
+    if (failure_) std::rethrow_exception(failure_);
     std::vector<Product> products;
     for (size_t i = 0; i < window_.size() && window_[i].has_value(); ++i) {
       products.push_back(std::move(*window_[i]));
@@ -125,18 +179,19 @@ class WorkWindow {
   size_t used_ = 0, begun_ = 0;
   uint64_t weight_ = 0;
   bool stop_ = false;
+  std::exception_ptr failure_;
 };
 
 // Calls produce(i) for every i below `count` from `jobs` threads, and consume(i, product) in order
 // from the calling one. weigh(i) estimates the memory a product holds until it is consumed.
-// An exception from consume ends the work and is passed on; produce must not throw.
+// An exception from either ends the work and is passed on.
 template <class Product, class Weigh, class Produce, class Consume>
 void RunInOrder(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& weigh,
                 const Produce& produce, const Consume& consume) {
-  if (jobs <= 1 || count <= 1) {
+  const auto workAlone = [&] {
     for (size_t i = 0; i < count; ++i) consume(i, produce(i));
-    return;
-  }
+  };
+  if (jobs <= 1 || count <= 1) return workAlone();
   WorkWindow<Product, Weigh> window(count, jobs, bounds, weigh);
   std::vector<std::jthread> helpers;
   // Whatever ends this function, the helpers are told before they are waited for.
@@ -144,16 +199,19 @@ void RunInOrder(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& wei
     WorkWindow<Product, Weigh>& window;
     ~Stopper() { window.Stop(); }
   } stopper{window};
-  for (size_t i = 0; i < std::min<size_t>(jobs, count); ++i) {
-    helpers.emplace_back([&] {
+  helpers = StartThreads(std::min<size_t>(jobs, count), [&] {
+    try {
       for (auto batch = window.Take(); batch.size > 0; batch = window.Take()) {
         std::vector<Product> products;
         products.reserve(batch.size);
         for (size_t k = 0; k < batch.size; ++k) products.push_back(produce(batch.first + k));
         window.Put(batch, std::move(products));
       }
-    });
-  }
+    } catch (...) {
+      window.Fail();
+    }
+  });
+  if (helpers.empty()) return workAlone();
   for (size_t used = 0; used < count;) {
     std::vector<Product> products = window.Get();
     for (size_t k = 0; k < products.size(); ++k) consume(used + k, std::move(products[k]));
