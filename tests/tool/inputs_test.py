@@ -100,6 +100,5 @@ class Inputs(JtpdfTest):
         self.assertNotEqual(objects[0], objects[1])
 
 
-
 if __name__ == "__main__":
     unittest.main()

@@ -11,7 +11,7 @@ import subprocess
 import time
 import unittest
 
-from support import JTPDF, JtpdfTest, blocks, noise, page_boxes, run
+from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, noise, page_boxes, run
 
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
 
@@ -78,6 +78,23 @@ class Output(JtpdfTest):
         self.assertTrue(os.path.islink(self.path("link.pdf")))
         self.assertTrue(self.get("real/doc.pdf").startswith(b"%PDF"))
         self.assertEqual(os.listdir(self.path("real")), ["doc.pdf"])
+
+    def test_a_link_to_nothing_is_written_through(self):
+        path = self.save(blocks(), "a.png")
+        os.mkdir(self.path("real"))
+        os.symlink("real/second", self.path("first"))
+        os.symlink(self.path("real/doc.pdf"), self.path("real/second"))
+        self.assertEqual(run(path, "-o", "first", folder=self.folder)[0], 0)
+        self.assertTrue(os.path.islink(self.path("first")))
+        self.assertTrue(os.path.islink(self.path("real/second")))
+        self.assertTrue(self.get("real/doc.pdf").startswith(b"%PDF"))
+        self.assertEqual(sorted(os.listdir(self.path("real"))), ["doc.pdf", "second"])
+        os.symlink("nowhere/doc.pdf", self.path("lost"))
+        self.assertFails(1, "lost: cannot be written: No such file.*make its folder", path, "-o",
+                         self.path("lost"))
+        os.symlink("round", self.path("round"))
+        self.assertFails(1, "round: cannot be written: Too many levels of symbolic links", path,
+                         "-o", self.path("round"))
 
     def test_an_input_is_never_replaced(self):
         path = self.save(blocks(), "a.png")
@@ -176,12 +193,12 @@ class Output(JtpdfTest):
     def test_a_file_size_limit_is_reported(self):
         path = self.save(noise(400, 400), "a.png")
         def limit():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
         done = subprocess.run([JTPDF, path, "-o", self.path("out.pdf")], capture_output=True,
                               preexec_fn=limit)
         self.assertEqual(done.returncode, 1, done.stderr)
-        self.assertIn(b"cannot be written: File too large", done.stderr)
+        self.assertIn(b"cannot be written: File too large; raise the limit (ulimit -f)",
+                      done.stderr)
         self.assertNoLitter("a.png")
 
     def test_a_closed_pipe_is_an_error_not_a_crash(self):
@@ -193,6 +210,45 @@ class Output(JtpdfTest):
         child.stderr.close()
         self.assertEqual(child.wait(), 1)
         self.assertIn(b"standard output: cannot be written: Broken pipe", error)
+
+    def test_closed_standard_streams_are_nobodys_output(self):
+        # Each says that it was decoded: three notes for whoever got descriptor 2.
+        for n in range(3):
+            jpeg = jpeg_bytes(noise(120, 120, n).convert("CMYK"))
+            at = jpeg.index(b"\xff\xee")
+            self.put(jpeg[:at] + jpeg[at + 16:], f"{n}.jpg")
+        names = [f"{n}.jpg" for n in range(3)]
+        for closed in ((2,), (1, 2), (0, 1, 2), (0,)):
+            for jobs in "1", "2":
+                with self.subTest(closed=closed, jobs=jobs):
+                    redirections = " ".join(f"{number}>&-" for number in closed)
+                    done = subprocess.run(
+                        ["bash", "-c", f'"$0" "$@" {redirections}', JTPDF, *names, "-j", jobs,
+                         "-o", "o.pdf"], cwd=self.folder, capture_output=True)
+                    self.assertEqual(done.returncode, 0, done.stderr)
+                    check = subprocess.run(["qpdf", "--check", self.path("o.pdf")],
+                                           capture_output=True, text=True)
+                    self.assertEqual(check.returncode, 0, check.stdout + check.stderr)
+
+    def test_closed_standard_output_and_input_are_errors(self):
+        path = self.save(blocks(), "a.png")
+        for redirection, arguments, message in (
+                (">&-", [path], b"standard output: cannot be written: Bad file descriptor"),
+                (">&-", [path, "--dry-run"], b"standard output: cannot be written"),
+                (">&-", ["--version"], b"standard output: cannot be written"),
+                ("<&-", ["-", "-o", "o.pdf"],
+                 b"standard input: cannot be read: Bad file descriptor")):
+            with self.subTest(redirection + " ".join(arguments)):
+                done = subprocess.run(["bash", "-c", f'"$0" "$@" {redirection}', JTPDF, *arguments],
+                                      cwd=self.folder, capture_output=True)
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(message, done.stderr)
+
+    def test_an_empty_name_is_no_output(self):
+        path = self.save(blocks(), "a.png")
+        for option in (["-o", ""], ["--output", ""]):
+            self.assertFails(2, r"-o: the name is empty; name a file, or - for standard output",
+                             path, *option)
 
     def test_places_that_cannot_be_written(self):
         path = self.save(blocks(), "a.png")

@@ -3,6 +3,7 @@
 // The way of an image: Input (a name) -> ImageSource (bytes) -> ImagePlan (its header) ->
 // PageLayout (its place) -> EncodedImage (made by the workers) -> PdfDocument (one writer, in
 // order).
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,6 +45,14 @@ void RefuseToReplaceInput(const AlbumPlan& plan, const Options& options) {
                        "choose another name with -o");
     }
   }
+}
+
+ExitStatus Show(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
+    return kDone;
+  }
+  std::fputs("jtpdf: standard output: cannot be written\n", stderr);
+  return kFailed;
 }
 
 ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console) {
@@ -88,13 +97,7 @@ ExitStatus Run(const Options& options) {
     if (!input.error.empty()) console.Error(input.Name(), input.error);
   }
   if (options.dryRun) {
-    const std::string table = DescribeAlbum(plan, options);
-    std::fwrite(table.data(), 1, table.size(), stdout);
-    if (std::fflush(stdout) != 0) {
-      console.Error("standard output", "cannot be written");
-      return kFailed;
-    }
-    return plan.failed == 0 ? kDone : kFailed;
+    return Show(DescribeAlbum(plan, options)) == kDone && plan.failed == 0 ? kDone : kFailed;
   }
   RefuseToReplaceInput(plan, options);
   if (plan.pages.empty() || (plan.failed > 0 && !options.skipBad)) {
@@ -106,17 +109,27 @@ ExitStatus Run(const Options& options) {
   return Write(plan, options, console);
 }
 
+// A file that is opened while a standard stream is closed would get its number, and with it what
+// belongs to the stream. The null device takes the place, opened the wrong way round: using the
+// stream fails as if it were closed. False where that cannot be.
+bool KeepStandardStreams() {
+  constexpr int kModes[] = {O_WRONLY, O_RDONLY, O_RDONLY};
+  for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+    if (fcntl(number, F_GETFD) >= 0) continue;
+    if (open("/dev/null", kModes[number]) != number) return false;
+  }
+  return true;
+}
+
 }  // namespace
 }  // namespace tool
 
 int main(int count, char** arguments) {
+  if (!tool::KeepStandardStreams()) return tool::kFailed;
   try {
     const tool::Options options = tool::ParseOptions(count, arguments);
     if (options.help || options.version) {
-      const std::string text =
-          options.help ? std::string(tool::kHelp) : std::string("jtpdf " JTPDF_TOOL_VERSION "\n");
-      std::fwrite(text.data(), 1, text.size(), stdout);
-      return std::fflush(stdout) == 0 ? tool::kDone : tool::kFailed;
+      return tool::Show(options.help ? tool::kHelp : "jtpdf " JTPDF_TOOL_VERSION "\n");
     }
     return tool::Run(options);
   } catch (const tool::UsageError& error) {

@@ -319,12 +319,12 @@ Options ParseOptions(int count, const char* const* arguments) {
       return text;
     });
   };
-  std::optional<std::string> pageSize, imageSize, border, cropBorder, fit, turn, role, jobs,
+  std::optional<std::string> output, pageSize, imageSize, border, cropBorder, fit, turn, role, jobs,
       compression, pixels, creationDate, modDate;
   std::string title, author, subject, keywords, creator;
   bool quiet = false, verbose = false;
   add("inputs", options.inputs);
-  add("-o,--output", options.output);
+  add("-o,--output", output);
   add("--from-file", options.fromFile);
   add("-S,--pagesize", pageSize);
   add("-s,--imgsize", imageSize);
@@ -380,6 +380,12 @@ Options ParseOptions(int count, const char* const* arguments) {
   if (compression) options.compression = ParseNumber(*compression, 0, 12, "--compression");
   if (pixels) {
     options.limits.maxPixels = ParseNumber<uint64_t>(*pixels, 1, uint64_t{1} << 40, "--max-pixels");
+  }
+  if (output) {
+    if (output->empty()) {
+      throw UsageError("-o: the name is empty; name a file, or - for standard output");
+    }
+    options.output = *output;
   }
   if (quiet && verbose) throw UsageError("-q and -v contradict each other; choose one");
   if (quiet) options.verbosity = Verbosity::kQuiet;

@@ -24,8 +24,8 @@ struct UsageError : std::runtime_error {
 
 struct Options {
   std::vector<std::string> inputs;
-  std::string fromFile;  // empty for none
-  std::string output;    // empty or "-" for standard output
+  std::string fromFile;      // empty for none
+  std::string output = "-";  // standard output
   LayoutOptions layout;
   Metadata metadata;
   TPdfImageRole role = kPdfImageRolePhoto;
@@ -38,7 +38,7 @@ struct Options {
   bool version = false;
   Verbosity verbosity = Verbosity::kNormal;
 
-  bool ToStandardOutput() const { return output.empty() || output == "-"; }
+  bool ToStandardOutput() const { return output == "-"; }
 };
 
 // Throws UsageError.

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -48,6 +49,19 @@ std::wstring WidePath(const std::string& path, int descriptor) {
 
 [[noreturn]] void ThrowProblem(int code) {
   throw OutputError(WriteProblem(code));
+}
+
+// The file that symbolic links lead to, which may not exist yet: it is what is replaced, and the
+// links stay.
+std::string BehindLinks(std::string path) {
+  constexpr int kMostLinks = 40;  // as many as the system follows
+  for (int i = 0; i < kMostLinks; ++i) {
+    std::error_code error;
+    const std::filesystem::path to = std::filesystem::read_symlink(path, error);
+    if (error) return path;
+    path = (std::filesystem::path(path).parent_path() / to).string();
+  }
+  ThrowProblem(ELOOP);
 }
 
 mode_t NewFileMode() {
@@ -224,6 +238,9 @@ std::string WriteProblem(int code) {
     case EROFS:
       advice = "; choose another place with -o";
       break;
+    case EFBIG:
+      advice = "; raise the limit (ulimit -f) or choose another file system with -o";
+      break;
     case EISDIR:
       advice = "; name a file in it";
       break;
@@ -240,14 +257,11 @@ std::unique_ptr<Output> OpenFileOutput(const std::string& file) {
   struct stat status;
   if (stat(file.c_str(), &status) != 0) {
     if (errno != ENOENT) ThrowProblem(errno);
-    return std::make_unique<RenamedFile>(file, std::nullopt);
+    return std::make_unique<RenamedFile>(BehindLinks(file), std::nullopt);
   }
   if (S_ISDIR(status.st_mode)) ThrowProblem(EISDIR);
   if (!S_ISREG(status.st_mode)) return std::make_unique<DirectFile>(file);
-  // Behind a symbolic link the file itself is replaced, and the link stays.
-  std::array<char, PATH_MAX> real;
-  if (realpath(file.c_str(), real.data()) == nullptr) ThrowProblem(errno);
-  return std::make_unique<RenamedFile>(real.data(), status);
+  return std::make_unique<RenamedFile>(BehindLinks(file), status);
 }
 
 std::unique_ptr<Output> OpenStandardOutput() {
@@ -256,6 +270,7 @@ std::unique_ptr<Output> OpenStandardOutput() {
 
 void InstallSignalHandlers() {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction before;
     // A signal that the parent wants ignored (nohup) stays ignored.
