@@ -148,12 +148,30 @@ class Description(JtpdfTest):
         self.assertFails(2, "--title: the text is not UTF-8", path, "--title", b"\xff".decode(
             "latin-1").encode("latin-1").decode("utf-8", "surrogateescape"), "-o", pdf)
 
-    def test_name_and_role_are_recorded(self):
-        path = self.save(blocks(), "Größe 1.png")
-        pdf = self.convert(path, "--role", "ClipArt")
-        text = subprocess.run(["qpdf", "--json", pdf], capture_output=True, text=True).stdout
+    def recorded(self, *arguments):
+        return subprocess.run(["qpdf", "--json", self.convert(*arguments)], capture_output=True,
+                              text=True).stdout
+
+    def test_roles_are_recorded_and_names_where_asked_for(self):
+        path = self.save(blocks(), "Größe 1 😀🎞.png")
+        text = self.recorded(path, "--role", "ClipArt", "--record-names")
         self.assertIn('"/JTImageType": "/ClipArt"', text)
-        self.assertRegex(text, r'"/JTImageName": "(u:)?Größe 1\.png"')
+        self.assertRegex(text, r'"/JTImageName": "(u:)?Größe 1 😀🎞\.png"')
+        odd = os.path.join(os.fsencode(self.folder), b"\xff.png")
+        shutil.copy(path, odd)
+        done = subprocess.run([JTPDF, odd, "--record-names", "-o", self.path("odd.pdf")])
+        self.assertEqual(done.returncode, 0)
+        with open(self.path("odd.pdf"), "rb") as file:
+            self.assertIn(b"/JTImageName (\xfe\xff\xff\xfd\\000.\\000p\\000n\\000g)", file.read())
+
+    def test_names_stay_private(self):
+        path = self.save(blocks(), "secret-project.png")
+        self.assertRegex(self.recorded(path), r'"/JTImageName": "(u:)?"')
+        before = self.get("out.pdf")
+        self.assertNotIn(b"secret", before)
+        os.rename(path, self.path("b.png"))
+        self.convert(self.path("b.png"))
+        self.assertEqual(self.get("out.pdf"), before)
 
 
 class Memory(JtpdfTest):
@@ -189,7 +207,7 @@ class Memory(JtpdfTest):
         names = sorted(os.listdir(self.folder))
         failures = 0
         # From too little to begin with, through every place where it can end, to enough.
-        for kilobytes in range(12 << 10, 60 << 10, 2 << 10):
+        for kilobytes in range(12 << 10, 60 << 10, 3 << 10):
             def limit():
                 resource.setrlimit(resource.RLIMIT_AS, (kilobytes << 10, kilobytes << 10))
             for _ in range(2):

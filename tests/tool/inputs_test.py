@@ -1,8 +1,10 @@
 """What is read: names, folders, lists, pipes, and pictures given twice."""
 import faulthandler
 import os
+import resource
 import shutil
 import subprocess
+import threading
 import unittest
 
 from support import JTPDF, JtpdfTest, blocks, images, jpeg_bytes, noise, page_boxes, run
@@ -51,6 +53,80 @@ class Inputs(JtpdfTest):
         self.assertEqual(len(page_boxes(out)), 4)
         self.assertFails(1, "nowhere: cannot be read", "--from-file", self.path("nowhere"), "-o",
                          out)
+
+    def test_lists_of_lines_are_taken_as_people_write_them(self):
+        names = [f"{n} x.png" for n in range(3)]
+        for n, name in enumerate(names):
+            self.save(blocks(4 + n, 4), name)
+        out = self.path("o.pdf")
+        text = "\n".join(names)
+        for data in (text, text + "\n", "\n\n" + text + "\n\n", text.replace("\n", "\r\n") + "\r\n",
+                     "\ufeff" + text):
+            with self.subTest(data=data):
+                status, _, error = run("--from-file", "-", "-o", out, input=data.encode(),
+                                       folder=self.folder)
+                self.assertEqual((status, error), (0, ""))
+                self.assertEqual(len(page_boxes(out)), 3)
+        odd = "line\nbreak.png"
+        os.rename(self.path(names[0]), self.path(odd))
+        # One NUL is enough to say that names end by it; an alone name has none behind it.
+        for data in (odd + "\0", odd + "\0" + names[1]):
+            self.put(data.encode(), "list")
+            self.assertEqual(run("--from-file", "list", "-o", out, folder=self.folder)[0], 0)
+        late = names[1] + "\n" * 5000 + names[2] + "\0"
+        self.assertFails(1, "standard input: separates some names by lines and some by NUL bytes", "--from-file", "-", "-o",
+                         out, input=late.encode(), folder=self.folder)
+
+    def test_a_list_that_is_none(self):
+        out = self.path("o.pdf")
+        os.mkdir(self.path("scans"))
+        self.assertFails(1, "scans: is a folder, not a list of names; to take its pictures, name it "
+                         "without --from-file", "--from-file", "scans", "-o", out,
+                         folder=self.folder)
+        for data in b"\n\n", b"\0", b"":
+            self.assertFails(2, "the list of --from-file is empty", "--from-file", "-", "-o", out,
+                             input=data)
+        self.assertFails(2, "the list of --from-file is empty", "--from-file", self.put(b"", "list"),
+                         "-o", out)
+
+    def test_pipes_have_a_limit(self):
+        path = self.save(noise(300, 300), "a.png", compress_level=0)
+        size = os.path.getsize(path)
+        self.assertGreater(size, 256 << 10)
+        out = self.path("o.pdf")
+        data = self.get("a.png")
+        self.assertEqual(run("-", "--max-input", size, "-o", out, input=data)[0], 0)
+        self.assertEqual(run(path, "--max-input", "1", "-o", out)[0], 0)  # a file is not held
+        os.mkfifo(self.path("fifo"))
+        for limit in (size - 1, 100_000, 1):
+            message = (f"holds more than {limit} bytes, the most that is read from a pipe; save it "
+                       "to a file and name that, or allow more with --max-input")
+            self.assertFails(1, "standard input: " + message, "-", "--max-input", limit, "-o", out,
+                             input=data)
+            writer = threading.Thread(target=self.feed, args=["fifo", data])
+            writer.start()
+            self.assertFails(1, "fifo: " + message, self.path("fifo"), "--max-input", limit, "-o",
+                             out)
+            writer.join()
+        self.assertFails(1, "standard input: holds more than 9 bytes", "--from-file", "-",
+                         "--max-input", "9", "-o", out, input=b"/nowhere/at/all")
+
+    def feed(self, name, data):
+        try:
+            with open(self.path(name), "wb") as file:
+                file.write(data)
+        except BrokenPipeError:
+            pass
+
+    def test_an_endless_input_that_is_no_picture_ends_at_once(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_CPU, (5, 5))
+        for arguments in (["-"], ["/dev/zero"]):
+            with open("/dev/zero", "rb") as zero:
+                done = subprocess.run([JTPDF, *arguments, "-o", self.path("o.pdf")], stdin=zero,
+                                      capture_output=True, preexec_fn=limit)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(b": is no picture of a known kind", done.stderr)
 
     def test_one_image_from_standard_input(self):
         self.save(blocks(), "a.png")

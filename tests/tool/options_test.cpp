@@ -45,6 +45,17 @@ TEST(ParsePageSize, TakesOneSideAlone) {
   EXPECT_EQ(*ParsePageSize("x100").height, 100);
 }
 
+TEST(ParsePageSize, TakesAUnitWrittenOnceForBothSides) {
+  EXPECT_DOUBLE_EQ(*ParsePageSize("8.5x11in").width, 612);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("8.5x11in").height, 792);
+  EXPECT_NEAR(*ParsePageSize("210x297MM").width, 595.2756, 1e-4);
+  EXPECT_NEAR(*ParsePageSize("210x297mm^T").height, 595.2756, 1e-4);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("8.5inx11").height, 792);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("100ptx10in").width, 100);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("100ptx10in").height, 720);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("100x200").height, 200);
+}
+
 TEST(ParsePageSize, RefusesNonsense) {
   for (const char* text : {"", "x", "A4x", "10x10x10", "A4^", "0x10", "2x100", "14401x10", "^T"}) {
     EXPECT_THROW(ParsePageSize(text), UsageError) << text;
@@ -57,6 +68,8 @@ TEST(ParseImageSize, TakesPercentAndDpi) {
   const ImageSize mixed = ParseImageSize("50%x10cm");
   EXPECT_TRUE(mixed.width->percent);
   EXPECT_FALSE(mixed.height->percent);
+  EXPECT_TRUE(ParseImageSize("50x60%").width->percent);
+  EXPECT_DOUBLE_EQ(ParseImageSize("1x2in").width->value, 72);
   EXPECT_THROW(ParseImageSize("%"), UsageError);
   EXPECT_THROW(ParseImageSize("dpi"), UsageError);
 }
@@ -65,6 +78,8 @@ TEST(ParseBorder, IsVerticalThenHorizontal) {
   EXPECT_EQ(ParseBorder("1").horizontal, 1);
   EXPECT_EQ(ParseBorder("1:2").vertical, 1);
   EXPECT_EQ(ParseBorder("1:2").horizontal, 2);
+  EXPECT_EQ(ParseBorder("1:2in").vertical, 72);
+  EXPECT_EQ(ParseBorder("1in:2pt").horizontal, 2);
   EXPECT_THROW(ParseBorder(":2"), UsageError);
 }
 
@@ -75,12 +90,15 @@ TEST(ParseDate, BecomesAPdfDate) {
   EXPECT_EQ(ParseDate("2026-05-17 12:30:01Z"), L"D:20260517123001Z");
   EXPECT_EQ(ParseDate("2026-05-17T12:30:01+02:00"), L"D:20260517123001+02'00'");
   EXPECT_EQ(ParseDate("2026-05-17T12:30:01-0330"), L"D:20260517123001-03'30'");
+  EXPECT_EQ(ParseDate("2026-05-17t12:30:01z"), L"D:20260517123001Z");
   EXPECT_EQ(ParseDate("2024-02-29"), L"D:20240229");
+  EXPECT_EQ(ParseDate("2000-02-29"), L"D:20000229");
 }
 
 TEST(ParseDate, RefusesDaysThatAreNone) {
-  for (const char* text : {"", "now", "2026-13-01", "2026-00-01", "2025-02-29", "2026-5-1",
-                           "2026-05-17T24:00", "2026-05-17T12:30:00+25:00", "2026-05-17Z", "T"}) {
+  for (const char* text :
+       {"", "now", "2026-13-01", "2026-00-01", "2025-02-29", "1900-02-29", "2100-02-29", "2026-5-1",
+        "2026-05-17T24:00", "2026-05-17T12:30:00+25:00", "2026-05-17Z", "T"}) {
     EXPECT_THROW(ParseDate(text), UsageError) << text;
   }
 }
@@ -95,6 +113,31 @@ TEST(ParseOptions, KeepsNamesInBrackets) {
 
 TEST(ParseOptions, TakesNamesThatBeginWithADashBehindTwo) {
   EXPECT_EQ(Parse({"-q", "--", "-v.png", "-"}).inputs, (std::vector<std::string>{"-v.png", "-"}));
+}
+
+TEST(ParseOptions, TakesWordsInCapitalsAndSmallLetters) {
+  EXPECT_EQ(Parse({"a", "-r", "AUTO"}).layout.turn, std::nullopt);
+  EXPECT_EQ(Parse({"a", "-r", "None"}).layout.turn, 0);
+  EXPECT_EQ(Parse({"a", "-f", "Exact"}).layout.fit, Fit::kExact);
+  EXPECT_EQ(Parse({"a", "--role", "ClipArt"}).role, kPdfImageRoleClipArt);
+  EXPECT_EQ(Parse({"a", "-s", "300DPI"}).layout.image.dpi, 300);
+  EXPECT_EQ(Parse({"a", "-S", "LEGAL^t"}).layout.page.width, 1008);
+  EXPECT_EQ(Parse({"a", "-b", "1IN"}).layout.border.vertical, 72);
+  EXPECT_EQ(Parse({"a", "--max-input", "3k"}).maxInput, 3072u);
+  for (const char* value : {"", "autos", "45", "00", "360"}) {
+    EXPECT_THROW(Parse({"a", "-r", value}), UsageError) << value;
+  }
+}
+
+TEST(ParseOptions, TakesTheMostBytesOfAPipeWithASuffix) {
+  EXPECT_EQ(Parse({"a"}).maxInput, uint64_t{4} << 30);
+  EXPECT_EQ(Parse({"a", "--max-input", "1"}).maxInput, 1u);
+  EXPECT_EQ(Parse({"a", "--max-input", "20M"}).maxInput, 20u << 20);
+  EXPECT_EQ(Parse({"a", "--max-input", "1024G"}).maxInput, uint64_t{1} << 40);
+  for (const char* value : {"", "0", "M", "-1", "1.5G", "1T", "1MB", "1025G", "1099511627777",
+                            "18446744073709551616"}) {
+    EXPECT_THROW(Parse({"a", "--max-input", value}), UsageError) << value;
+  }
 }
 
 TEST(ParseOptions, TakesOptionsAnywhere) {

@@ -67,18 +67,24 @@ void UseUnchanged(const ImageSource& source, const Work& work) {
   source.CheckUnchanged();
 }
 
+const Reader& RecogniseOrThrow(Bytes head) {
+  const Reader* reader = Recognise(head);
+  if (reader == nullptr) {
+    throw ImageError(
+        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
+  }
+  return *reader;
+}
+
 void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedInput* planned) {
   const Input& input = planned->input;
-  ImageSource source =
-      input.standardInput ? ImageSource::Read(0) : ImageSource::Open(input.path, false);
+  const PipeRules rules{options.maxInput, [](Bytes head) { RecogniseOrThrow(head); }};
+  ImageSource source = input.standardInput ? ImageSource::Read(0, rules)
+                                           : ImageSource::Open(input.path, false, rules);
   const Bytes file = source.View();
   UseUnchanged(source, [&] {
-    const Reader* reader = Recognise(file.first(std::min(file.size(), kRecognisedBytes)));
-    if (reader == nullptr) {
-      throw ImageError(
-          "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
-    }
-    planned->images = reader->plan(file, options.limits);
+    const Reader& reader = RecogniseOrThrow(file.first(std::min(file.size(), kRecognisedBytes)));
+    planned->images = reader.plan(file, options.limits);
     for (const ImagePlan& image : planned->images) {
       planned->layouts.push_back(LayOut(image, options.layout));
     }
@@ -188,9 +194,9 @@ std::string PageName(const AlbumPlan& plan, const PagePlan& page) {
   return name;
 }
 
-std::wstring ImageName(const AlbumPlan& plan, const PagePlan& page) {
+std::wstring ImageName(const AlbumPlan& plan, const PagePlan& page, bool recorded) {
   const Input& input = plan.inputs[page.input];
-  return input.standardInput ? std::wstring() : FromUtf8Lenient(BaseName(input.path));
+  return !recorded || input.standardInput ? std::wstring() : FromUtf8Lenient(BaseName(input.path));
 }
 
 const char* ColourName(const ImagePlan& image) {
@@ -301,7 +307,8 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
         sayAll(product.image.notes);
         if (isFirst(i)) {
           try {
-            numbers[i] = document.WriteImage(product.image, options.role, ImageName(plan, page));
+            numbers[i] = document.WriteImage(product.image, options.role,
+                                             ImageName(plan, page, options.recordNames));
             product.source.CheckUnchanged();
           } catch (const ImageError& error) {  // and a part of it is in the PDF
             console.Error(PageName(plan, page), error.what());

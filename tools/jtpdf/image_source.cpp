@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "image.h"
+#include "readers/reader.h"
 
 namespace tool {
 namespace {
@@ -56,15 +57,15 @@ FileIdentity IdentityOf(const struct stat& status) {
 
 }  // namespace
 
-ImageSource ImageSource::Open(const std::string& path, bool touch) {
+ImageSource ImageSource::Open(const std::string& path, bool touch, const PipeRules& rules) {
   const int number = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (number < 0) ThrowUnreadable();
   const Descriptor file(number);
   struct stat status;
   if (fstat(number, &status) != 0) ThrowUnreadable();
   if (S_ISDIR(status.st_mode)) throw IsFolder();
-  if (!S_ISREG(status.st_mode)) return Read(number);
-  if (status.st_size == 0) throw ImageError("is empty; it holds no picture, copy or save it again");
+  if (!S_ISREG(status.st_mode)) return Read(number, rules);
+  if (status.st_size == 0) throw IsEmpty();
   const auto size = static_cast<size_t>(status.st_size);
   ImageSource source;
   source.reopens_ = true;
@@ -84,14 +85,13 @@ ImageSource ImageSource::Open(const std::string& path, bool touch) {
   return source;
 }
 
-ImageSource ImageSource::Read(int descriptor) {
+ImageSource ImageSource::Read(int descriptor, const PipeRules& rules) {
   constexpr size_t kFirst = size_t{256} << 10;
-  constexpr size_t kMost = size_t{4} << 30;  // one image of a PDF holds no more
   Buffer bytes(kFirst);
   size_t size = 0;
+  bool judged = false;
   for (;;) {
     if (size == bytes.Size()) {
-      if (size >= kMost) throw ImageError("holds more than 4 GiB, too much for one picture");
       Buffer larger(size * 2);
       std::memcpy(larger.Data(), bytes.Data(), size);
       bytes = std::move(larger);
@@ -99,10 +99,19 @@ ImageSource ImageSource::Read(int descriptor) {
     const ssize_t count = read(descriptor, bytes.Data() + size, bytes.Size() - size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) ThrowUnreadable();
-    if (count == 0) break;
     size += static_cast<size_t>(count);
+    if (!judged && (count == 0 || size >= kRecognisedBytes)) {
+      if (size == 0) throw IsEmpty();
+      rules.judgeHead(Bytes(bytes.Data(), std::min(size, kRecognisedBytes)));
+      judged = true;
+    }
+    if (count == 0) break;
+    if (size > rules.most) {
+      throw ImageError("holds more than " + std::to_string(rules.most) +
+                       " bytes, the most that is read from a pipe; save it to a file and name "
+                       "that, or allow more with --max-input");
+    }
   }
-  if (size == 0) throw ImageError("is empty; it holds no picture");
   bytes.Shrink(size);
   ImageSource source;
   source.held_ = std::make_shared<const Buffer>(std::move(bytes));

@@ -26,9 +26,21 @@ struct IsFolder : ImageError {
   IsFolder() : ImageError("is a folder, and was a file a moment ago") {}
 };
 
+struct IsEmpty : ImageError {
+  IsEmpty() : ImageError("is empty; it holds no picture, copy or save it again") {}
+};
+
 // Thrown where a file is no longer what it was when its reading began.
 struct InputChanged : ImageError {
   InputChanged() : ImageError("changed while it was read; run again when it is complete") {}
+};
+
+// What is read into memory, since it cannot be mapped, has bounds.
+struct PipeRules {
+  uint64_t most = uint64_t{4} << 30;  // bytes
+  // Called once, with the first kRecognisedBytes or all there are: throws where the rest is not
+  // worth reading.
+  void (*judgeHead)(Bytes head) = [](Bytes) {};
 };
 
 class ImageSource {
@@ -36,9 +48,9 @@ class ImageSource {
   // Opens the file: a large one is mapped, a small one read, which for its size is faster, and
   // what is no file (a pipe) is read to its end. With `touch` the pages of a map are fetched at
   // once, for bytes that will be read from begin to end. Throws an ImageError.
-  static ImageSource Open(const std::string& path, bool touch);
+  static ImageSource Open(const std::string& path, bool touch, const PipeRules& rules = {});
   // Reads the descriptor to its end.
-  static ImageSource Read(int descriptor);
+  static ImageSource Read(int descriptor, const PipeRules& rules = {});
   // Whether Open would give the same bytes again; they are gone with a pipe.
   bool CanReopen() const { return reopens_; }
   bool IsMapped() const { return !map_.View().empty(); }

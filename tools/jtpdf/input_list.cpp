@@ -60,19 +60,37 @@ std::vector<Input> ListFolder(const std::string& folder) {
 }
 
 std::vector<std::string> SplitNames(std::string_view list) {
+  constexpr size_t kLongestName = 4096;
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  const bool lines = list.substr(0, kLongestName).find('\0') == std::string_view::npos;
+  if (lines && list.find('\0') != std::string_view::npos) {
+    throw ImageError(
+        "separates some names by lines and some by NUL bytes; write it one way or the other");
+  }
+  if (lines && list.starts_with(kByteOrderMark)) list.remove_prefix(kByteOrderMark.size());
   std::vector<std::string> names;
   while (!list.empty()) {
-    const size_t end = std::min(list.find('\0'), list.size());
-    if (end > 0) names.emplace_back(list.substr(0, end));
+    const size_t end = std::min(list.find(lines ? '\n' : '\0'), list.size());
+    std::string_view name = list.substr(0, end);
+    if (lines && name.ends_with('\r')) name.remove_suffix(1);
+    if (!name.empty()) names.emplace_back(name);
     list.remove_prefix(std::min(end + 1, list.size()));
   }
   return names;
 }
 
-std::vector<std::string> ReadNameList(const std::string& path) {
-  const ImageSource list =
-      path == "-" ? ImageSource::Read(STDIN_FILENO) : ImageSource::Open(path, false);
-  return SplitNames({reinterpret_cast<const char*>(list.View().data()), list.View().size()});
+std::vector<std::string> ReadNameList(const std::string& path, uint64_t most) {
+  try {
+    const PipeRules rules{most};
+    const ImageSource list = path == "-" ? ImageSource::Read(STDIN_FILENO, rules)
+                                         : ImageSource::Open(path, false, rules);
+    return SplitNames({reinterpret_cast<const char*>(list.View().data()), list.View().size()});
+  } catch (const IsEmpty&) {
+    return {};
+  } catch (const IsFolder&) {
+    throw ImageError(
+        "is a folder, not a list of names; to take its pictures, name it without --from-file");
+  }
 }
 
 }  // namespace tool

@@ -2,6 +2,7 @@
 #ifndef JTPDF_TOOL_INPUT_LIST_H
 #define JTPDF_TOOL_INPUT_LIST_H
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +25,10 @@ std::vector<Input> ListInputs(const std::vector<std::string>& names);
 // input that says so.
 std::vector<Input> ListFolder(const std::string& folder);
 
-// The names in a NUL-separated list. Throws an ImageError where the list cannot be read.
-std::vector<std::string> ReadNameList(const std::string& path);
+// The names in a list of at most `most` bytes: separated by NUL bytes where one is among the first
+// 4096, which hold at least one name of any length; else one in a line, as people write them.
+// Throws an ImageError where the list cannot be read or is neither.
+std::vector<std::string> ReadNameList(const std::string& path, uint64_t most);
 std::vector<std::string> SplitNames(std::string_view list);
 
 }  // namespace tool

@@ -27,7 +27,7 @@ enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
 std::vector<Input> CollectInputs(const Options& options) {
   std::vector<std::string> arguments = options.inputs;
   if (!options.fromFile.empty()) {
-    const std::vector<std::string> names = ReadNameList(options.fromFile);
+    const std::vector<std::string> names = ReadNameList(options.fromFile, options.maxInput);
     arguments.insert(arguments.end(), names.begin(), names.end());
   }
   return ListInputs(arguments);

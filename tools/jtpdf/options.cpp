@@ -24,11 +24,11 @@ const std::string_view kHelp =
      --title, --author, --subject, --keywords, --creator TEXT
      --creationdate, --moddate DATE   2026-05-17T12:30:00Z; none unless asked
      --role ROLE       photo, text, background, mask, border, clipart, alpha,
-                       shape, other: recorded with each image
+                       shape, other: recorded; so are names with --record-names
  -j, --jobs N          images at a time (default: the processors)
-     --compression N   0 to 12 (default 6), for images that are not stored as
-                       they are; JPEG and most JPEG 2000 files always are
-     --max-pixels N    refuse larger images (default 500000000)
+     --compression N   0 to 12 (6), for images that are not stored as they are
+     --max-pixels N    refuse larger images (500000000)
+     --max-input N     refuse more bytes (4G) from a pipe
      --skip-bad        leave out inputs that fail; else nothing is written
      --dry-run         list what would become of each input
  -q, --quiet  -v, --verbose  -h, --help  --version
@@ -99,15 +99,25 @@ constexpr std::array<Paper, 12> kPapers{{{"a0", 841 * kMillimetre, 1189 * kMilli
                                          {"legal", 612, 1008},
                                          {"tabloid", 792, 1224}}};
 
-// "WxH", "W", "Wx" or "xH", with "^T" behind it to swap the two; the sides as texts, maybe empty.
-struct SideTexts {
-  std::string width, height;
+// Two measures, as texts that may be empty: "WxH", "W", "Wx" or "xH"; "V:H" or "V".
+struct Pair {
+  std::string first, second;
 };
 
-SideTexts SplitSides(std::string_view text) {
-  const size_t cross = text.find('x');
-  if (cross == std::string_view::npos) return {std::string(text), {}};
-  return {std::string(text.substr(0, cross)), std::string(text.substr(cross + 1))};
+std::string_view UnitOf(std::string_view measure) {
+  return measure.substr(std::min(measure.find_first_not_of("0123456789."), measure.size()));
+}
+
+// A unit that is written once holds for both: 8.5x11in.
+Pair SplitPair(std::string_view text, char separator) {
+  const size_t at = text.find(separator);
+  if (at == std::string_view::npos) return {std::string(text), {}};
+  const std::string_view first = text.substr(0, at), second = text.substr(at + 1);
+  const auto with = [](std::string_view measure, std::string_view unit) {
+    const bool bare = !measure.empty() && UnitOf(measure).empty();
+    return std::string(measure) + std::string(bare ? unit : "");
+  };
+  return {with(first, UnitOf(second)), with(second, UnitOf(first))};
 }
 
 // Takes "^T" off the end and tells whether it was there.
@@ -140,6 +150,10 @@ constexpr std::array<std::pair<std::string_view, TPdfImageRole>, 9> kRoles{
      {"shape", kPdfImageRoleShape},
      {"other", kPdfImageRoleOther}}};
 
+// Degrees clockwise; none given: as EXIF says.
+constexpr std::array<std::pair<std::string_view, std::optional<int>>, 6> kTurns{
+    {{"auto", std::nullopt}, {"none", 0}, {"0", 0}, {"90", 90}, {"180", 180}, {"270", 270}}};
+
 constexpr std::array<std::pair<std::string_view, Fit>, 5> kFits{{{"into", Fit::kInto},
                                                                  {"fill", Fit::kFill},
                                                                  {"exact", Fit::kExact},
@@ -157,14 +171,6 @@ auto Choose(const Table& table, const std::string& word, const char* option) {
   throw UsageError(std::string(option) + ": \"" + Printable(word) + "\" is none of " + words);
 }
 
-std::optional<int> ParseTurn(const std::string& text) {
-  if (text == "auto") return std::nullopt;
-  if (text == "none" || text == "0") return 0;
-  if (text == "90" || text == "180" || text == "270") return std::stoi(text);
-  throw UsageError("-r: \"" + Printable(text) +
-                   "\" is none of auto, none, 0, 90, 180, 270 (degrees clockwise)");
-}
-
 template <class Number>
 Number ParseNumber(const std::string& text, Number least, Number most, const char* option) {
   Number value = 0;
@@ -175,6 +181,16 @@ Number ParseNumber(const std::string& text, Number least, Number most, const cha
                      std::to_string(most));
   }
   return value;
+}
+
+// "20M": a number of bytes.
+uint64_t ParseByteCount(const std::string& text, const char* option) {
+  constexpr uint64_t kMost = uint64_t{1} << 40;
+  const std::string lower = Lower(text);
+  const size_t suffix = std::string_view("kmg").find(lower.empty() ? ' ' : lower.back());
+  if (suffix == std::string_view::npos) return ParseNumber<uint64_t>(text, 1, kMost, option);
+  const int shift = 10 * (static_cast<int>(suffix) + 1);
+  return ParseNumber<uint64_t>(text.substr(0, text.size() - 1), 1, kMost >> shift, option) << shift;
 }
 
 bool IsLeapYear(int year) {
@@ -196,9 +212,9 @@ PageSize ParsePageSize(std::string_view text) {
   if (const Paper* paper = FindPaper(rest)) {
     size = {paper->width, paper->height};
   } else {
-    const SideTexts sides = SplitSides(rest);
+    const Pair sides = SplitPair(rest, 'x');
     for (const auto& [side, to] :
-         {std::pair(&sides.width, &size.width), std::pair(&sides.height, &size.height)}) {
+         {std::pair(&sides.first, &size.width), std::pair(&sides.second, &size.height)}) {
       if (side->empty()) continue;
       *to = TryLength(*side);
       if (!*to || **to <= 0) Refuse(text, kPageHelp);
@@ -228,9 +244,9 @@ ImageSize ParseImageSize(std::string_view text) {
     if (!number || number->second != "dpi" || number->first <= 0) Refuse(text, kImageHelp);
     size.dpi = number->first;
   } else {
-    const SideTexts sides = SplitSides(rest);
+    const Pair sides = SplitPair(rest, 'x');
     for (const auto& [side, to] :
-         {std::pair(&sides.width, &size.width), std::pair(&sides.height, &size.height)}) {
+         {std::pair(&sides.first, &size.width), std::pair(&sides.second, &size.height)}) {
       if (side->empty()) continue;
       const auto number = SplitNumber(*side);
       const bool percent = number && number->second == "%";
@@ -245,10 +261,10 @@ ImageSize ParseImageSize(std::string_view text) {
 }
 
 Border ParseBorder(std::string_view text) {
-  const size_t colon = text.find(':');
-  const double vertical = ParseLength(text.substr(0, colon));
-  if (colon == std::string_view::npos) return {vertical, vertical};
-  return {vertical, ParseLength(text.substr(colon + 1))};
+  const Pair pair = SplitPair(text, ':');
+  const double vertical = ParseLength(pair.first);
+  const bool both = text.find(':') != std::string_view::npos;
+  return {vertical, both ? ParseLength(pair.second) : vertical};
 }
 
 std::wstring ParseDate(std::string_view text) {
@@ -259,10 +275,10 @@ std::wstring ParseDate(std::string_view text) {
                                             "0000-00-00T00:00:00"};
   std::string rest(text);
   std::string zone;
-  const size_t time = rest.find_first_of("T ");
+  const size_t time = rest.find_first_of("Tt ");
   if (time != std::string::npos) {
     rest[time] = 'T';
-    if (rest.back() == 'Z') {
+    if (rest.back() == 'Z' || rest.back() == 'z') {
       zone = "Z";
       rest.pop_back();
     } else if (const size_t sign = rest.find_first_of("+-", time); sign != std::string::npos) {
@@ -320,7 +336,7 @@ Options ParseOptions(int count, const char* const* arguments) {
     });
   };
   std::optional<std::string> output, pageSize, imageSize, border, cropBorder, fit, turn, role, jobs,
-      compression, pixels, creationDate, modDate;
+      compression, pixels, maxInput, creationDate, modDate;
   std::string title, author, subject, keywords, creator;
   bool quiet = false, verbose = false;
   add("inputs", options.inputs);
@@ -343,7 +359,9 @@ Options ParseOptions(int count, const char* const* arguments) {
   add("-j,--jobs", jobs);
   add("--compression", compression);
   add("--max-pixels", pixels);
+  add("--max-input", maxInput);
   app.add_flag("-a,--auto-orient", options.layout.autoOrient);
+  app.add_flag("--record-names", options.recordNames);
   app.add_flag("--skip-bad", options.skipBad);
   app.add_flag("--dry-run", options.dryRun);
   app.add_flag("-q,--quiet", quiet);
@@ -367,7 +385,7 @@ Options ParseOptions(int count, const char* const* arguments) {
   if (border) options.layout.border = ParseBorder(*border);
   if (cropBorder) options.layout.cropBorder = ParseBorder(*cropBorder);
   if (fit) options.layout.fit = Choose(kFits, *fit, "-f");
-  if (turn) options.layout.turn = ParseTurn(*turn);
+  if (turn) options.layout.turn = Choose(kTurns, *turn, "-r");
   if (role) options.role = Choose(kRoles, *role, "--role");
   options.metadata = {
       ParseText(title, "--title"),        ParseText(author, "--author"),
@@ -381,6 +399,7 @@ Options ParseOptions(int count, const char* const* arguments) {
   if (pixels) {
     options.limits.maxPixels = ParseNumber<uint64_t>(*pixels, 1, uint64_t{1} << 40, "--max-pixels");
   }
+  if (maxInput) options.maxInput = ParseByteCount(*maxInput, "--max-input");
   if (output) {
     if (output->empty()) {
       throw UsageError("-o: the name is empty; name a file, or - for standard output");

@@ -4,6 +4,7 @@
 
 #include <jtpdf/types.h>
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -30,6 +31,8 @@ struct Options {
   Metadata metadata;
   TPdfImageRole role = kPdfImageRolePhoto;
   ReadLimits limits;
+  uint64_t maxInput = uint64_t{4} << 30;  // bytes of what is no file
+  bool recordNames = false;
   unsigned jobs = 1;
   int compression = 6;
   bool skipBad = false;

@@ -11,15 +11,15 @@ _jtpdf() {
     --role) words='photo text background mask border clipart alpha shape other' ;;
     --compression) words='0 1 2 3 4 5 6 7 8 9 10 11 12' ;;
     -b | --border | --crop-border) words='5mm 1cm 1cm:2cm' ;;
-    -j | --jobs | --max-pixels | --title | --author | --subject | --keywords | --creator | \
-      --creationdate | --moddate) return ;;
+    -j | --jobs | --max-pixels | --max-input | --title | --author | --subject | --keywords | \
+      --creator | --creationdate | --moddate) return ;;
     -o | --output | --from-file) ;;
     *)
       if [[ $current == -* ]]; then
         words='--output --from-file --pagesize --imgsize --border --fit --auto-orient
           --crop-border --rotation --title --author --subject --keywords --creator --creationdate
-          --moddate --role --jobs --compression --max-pixels --skip-bad --dry-run --quiet --verbose
-          --help --version'
+          --moddate --role --record-names --jobs --compression --max-pixels --max-input --skip-bad
+          --dry-run --quiet --verbose --help --version'
       fi
       ;;
   esac
