@@ -27,7 +27,6 @@ class Inputs(JtpdfTest):
         for number, name in enumerate(order):
             self.save(blocks(4 + number, 4, seed=number), "scans/" + name)
         self.put(b"words", "scans/notes.txt")
-        self.put(b"", "scans/empty.png")
         self.save(blocks(40, 4), "scans/.hidden.png")
         os.mkdir(self.path("scans/inner"))
         os.rename(self.path("scans/scan02.png"), self.path("scans/scan3.png"))
@@ -36,6 +35,65 @@ class Inputs(JtpdfTest):
         os.mkdir(self.path("none"))
         self.assertFails(1, r"none: is a folder without a picture", self.path("none"), "-o",
                          self.path("x.pdf"))
+
+    def test_a_bad_picture_in_a_folder_fails_like_a_named_one(self):
+        os.mkdir(self.path("scans"))
+        for number in 1, 3:
+            self.save(blocks(4 + number, 4), f"scans/scan{number}.jpg")
+        out = self.path("o.pdf")
+        data = self.get("scans/scan1.jpg")
+        bad = {"scan2.jpg": b"", "scan4.jpg": b"garbage", "scan5.JPEG": b"\0", "x.j2k": b"x",
+               "animation": b"GIF89a" + bytes(50), "photo.HEIC": b"words", "cut": data[:40],
+               "phone": b"\0\0\0\x18ftypheic" + bytes(50), "layers": b"8BPS\0\1" + bytes(50)}
+        for name, content in bad.items():
+            with self.subTest(name):
+                self.put(content, "scans/" + name)
+                self.assertFails(1, f"(?s)scans/{name}: (is|ends).*1 of 3 inputs cannot be used; "
+                                 "--skip-bad", self.path("scans"), "-o", out)
+                self.assertFalse(os.path.exists(out))
+                os.remove(self.path("scans/" + name))
+        for name, content in bad.items():
+            self.put(content, "scans/" + name)
+        error = self.assertFails(1, f"{len(bad)} of {len(bad) + 2} inputs failed",
+                                 self.path("scans"), "--skip-bad", "-o", out)
+        for name in bad:
+            self.assertIn(f"scans/{name}: ", error)
+        self.assertEqual(len(page_boxes(out)), 2)
+
+    def test_a_picture_that_is_gone_or_closed_fails_like_a_named_one(self):
+        os.mkdir(self.path("scans"))
+        self.save(blocks(), "scans/scan1.jpg")
+        os.symlink("nowhere", self.path("scans/scan2.jpg"))
+        self.assertFails(1, "scan2.jpg: cannot be read: No such file", self.path("scans"), "-o",
+                         self.path("o.pdf"))
+
+    def test_what_is_plainly_no_picture_is_passed_over_and_listed(self):
+        os.makedirs(self.path("scans/inner"))
+        self.save(blocks(), "scans/a.png")
+        self.put(b"words", "scans/notes.txt")
+        self.put(b"", "scans/empty")
+        self.put(b"%PDF-1.5", "scans/old.pdf")
+        self.put(b"words", "scans/.hidden")
+        os.symlink("nowhere", self.path("scans/link"))
+        os.mkfifo(self.path("scans/fifo.png"))
+        passed = {"notes.txt": "no picture", "empty": "no picture", "old.pdf": "no picture",
+                  "link": "no picture", "fifo.png": "no file",
+                  "inner": "a folder; name it to take its pictures"}
+        out = self.path("o.pdf")
+        status, _, error = run(self.path("scans"), "-o", out)
+        self.assertEqual((status, error), (0, ""))
+        _, _, error = run(self.path("scans"), "-v", "-o", out)
+        _, table, silence = run(self.path("scans"), "--dry-run")
+        self.assertEqual(silence, "")
+        for name, reason in passed.items():
+            self.assertIn(f"scans/{name}: passed over: {reason}\n", error)
+            self.assertRegex(table.decode(), f"(?m)  passed over: {reason} +/.*/scans/{name}$")
+        self.assertEqual(len(error.splitlines()), len(passed))
+        self.assertNotIn(b"hidden", table)
+        os.remove(self.path("scans/a.png"))
+        error = self.assertFails(1, "scans: is a folder without a picture", self.path("scans"),
+                                 "-v", "-o", out)
+        self.assertIn("notes.txt: passed over", error)
 
     def test_pages_come_in_the_order_given(self):
         paths = [self.save(blocks(4 + n, 4), f"{n}.png") for n in (3, 1, 2)]

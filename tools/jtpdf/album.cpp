@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <utility>
 
@@ -98,7 +99,8 @@ void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedIn
 
 // Plans all inputs, and in the place of folders the pictures in them.
 std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& options,
-                                     std::atomic<size_t>* heldBytes) {
+                                     std::atomic<size_t>* heldBytes,
+                                     std::vector<PassedOver>* passedOver) {
   std::vector<PlannedInput> planned(inputs.size());
   ForEachInParallel(inputs.size(), options.jobs, [&](size_t i) {
     PlannedInput& one = planned[i];
@@ -127,7 +129,10 @@ std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& o
       opened.push_back(std::move(one));
       continue;
     }
-    for (PlannedInput& inside : PlanInputs(ListFolder(one.input.path), options, heldBytes)) {
+    Folder folder = ListFolder(one.input.path);
+    std::move(folder.passedOver.begin(), folder.passedOver.end(), std::back_inserter(*passedOver));
+    for (PlannedInput& inside :
+         PlanInputs(std::move(folder.inputs), options, heldBytes, passedOver)) {
       inside.folder = false;
       opened.push_back(std::move(inside));
     }
@@ -227,7 +232,8 @@ const char* ProfileName(ProfileUse use) {
 AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   AlbumPlan plan;
   std::atomic<size_t> heldBytes = 0;
-  std::vector<PlannedInput> planned = PlanInputs(std::move(inputs), options, &heldBytes);
+  std::vector<PlannedInput> planned =
+      PlanInputs(std::move(inputs), options, &heldBytes, &plan.passedOver);
   std::vector<size_t> firstPages;
   firstPages.reserve(planned.size());
   plan.inputs.reserve(planned.size());
@@ -265,6 +271,12 @@ std::string DescribeAlbum(const AlbumPlan& plan, const Options& options) {
                     std::to_string(image.depth), ColourName(image), ProfileName(image.profile),
                     orientation == 1 ? "no" : "EXIF " + std::to_string(orientation), size, stored,
                     Printable(PageName(plan, page))});
+  }
+  for (const PassedOver& file : plan.passedOver) {
+    std::vector<std::string> row(rows[0].size(), "-");
+    row[row.size() - 2] = file.reason;
+    row.back() = Printable(file.path);
+    rows.push_back(std::move(row));
   }
   std::vector<size_t> widths(rows[0].size());
   for (const auto& row : rows) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "console.h"
+#include "folder.h"
 #include "image.h"
 #include "image_source.h"
 #include "input_list.h"
@@ -32,6 +33,7 @@ struct AlbumPlan {
   std::vector<ImageSource> held;         // of each input: its bytes, or nothing: open it again
   std::vector<FileIdentity> identities;  // of each input, as it was planned
   std::vector<PagePlan> pages;
+  std::vector<PassedOver> passedOver;
   size_t failed = 0;  // inputs that cannot be used; each has its error
 };
 

@@ -1,62 +1,17 @@
 #include "input_list.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <filesystem>
-#include <system_error>
 
 #include "image_source.h"
-#include "readers/reader.h"
-#include "text.h"
 
 namespace tool {
-namespace {
-
-namespace fs = std::filesystem;
-
-// Whether the file begins like a picture. A file that cannot be opened counts as one, so that it
-// is reported rather than silently missing from the PDF.
-bool MayBePicture(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return true;
-  std::array<uint8_t, kRecognisedBytes> head;
-  const ssize_t size = read(file, head.data(), head.size());
-  close(file);
-  return size < 0 || Recognise(Bytes(head.data(), static_cast<size_t>(size))) != nullptr;
-}
-
-}  // namespace
-
 std::vector<Input> ListInputs(const std::vector<std::string>& names) {
   std::vector<Input> inputs;
   inputs.reserve(names.size());
   for (const std::string& name : names) inputs.push_back({name, name == "-", {}});
   return inputs;
-}
-
-std::vector<Input> ListFolder(const std::string& folder) {
-  std::vector<std::string> names;
-  std::error_code error;
-  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
-    const std::string name = it->path().filename().string();
-    std::error_code ignored;
-    // Hidden files are not what a person means by a folder's pictures.
-    if (name[0] != '.' && it->is_regular_file(ignored)) names.push_back(name);
-  }
-  if (error) return {{folder, false, "cannot be read: " + error.message()}};
-  std::sort(names.begin(), names.end(), NaturalLess);
-  std::vector<Input> inputs;
-  for (const std::string& name : names) {
-    const std::string path = folder + (folder.back() == '/' ? "" : "/") + name;
-    if (MayBePicture(path)) inputs.push_back({path, false, {}});
-  }
-  if (!inputs.empty()) return inputs;
-  return {{folder, false,
-           "is a folder without a picture (JPEG, JPEG 2000, PNG, TIFF or WebP); folders inside it "
-           "are not looked into, name them too"}};
 }
 
 std::vector<std::string> SplitNames(std::string_view list) {

@@ -1,4 +1,4 @@
-// input_list.h - the arguments as a list of files: folders opened up, lists read.
+// input_list.h - the arguments as a list of files: lists read.
 #ifndef JTPDF_TOOL_INPUT_LIST_H
 #define JTPDF_TOOL_INPUT_LIST_H
 
@@ -20,10 +20,6 @@ struct Input {
 // The inputs of these names; "-" is standard input. Whether they can be read, and which of them are
 // folders, shows when they are opened.
 std::vector<Input> ListInputs(const std::vector<std::string>& names);
-
-// The pictures in a folder, recognised by content, in natural order. Where there are none, one
-// input that says so.
-std::vector<Input> ListFolder(const std::string& folder);
 
 // The names in a list of at most `most` bytes: separated by NUL bytes where one is among the first
 // 4096, which hold at least one name of any length; else one in a line, as people write them.

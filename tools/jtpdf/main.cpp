@@ -93,6 +93,9 @@ ExitStatus Run(const Options& options) {
   if (inputs.empty()) throw UsageError("the list of --from-file is empty; there is nothing to do");
 
   const AlbumPlan plan = PlanAlbum(std::move(inputs), options);
+  if (!options.dryRun) {
+    for (const PassedOver& file : plan.passedOver) console.Say(file.path, {false, file.reason});
+  }
   for (const Input& input : plan.inputs) {
     if (!input.error.empty()) console.Error(input.Name(), input.error);
   }

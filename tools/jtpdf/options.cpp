@@ -45,12 +45,6 @@ namespace {
   throw UsageError("\"" + Printable(text) + "\" is no " + wanted);
 }
 
-std::string Lower(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  return lower;
-}
-
 // A number at the text's begin, with a point whatever the locale; what follows it is the unit.
 std::optional<std::pair<double, std::string_view>> SplitNumber(std::string_view text) {
   double value = 0;
@@ -63,7 +57,7 @@ std::optional<std::pair<double, std::string_view>> SplitNumber(std::string_view 
 std::optional<double> TryLength(std::string_view text) {
   constexpr std::pair<std::string_view, double> kUnits[] = {
       {"", 1}, {"pt", 1}, {"in", 72}, {"cm", 72 / 2.54}, {"mm", 72 / 25.4}};
-  const std::string lower = Lower(text);
+  const std::string lower = LowerAscii(text);
   const auto number = SplitNumber(lower);
   if (!number) return std::nullopt;
   for (const auto& [unit, points] : kUnits) {
@@ -165,7 +159,7 @@ template <class Table>
 auto Choose(const Table& table, const std::string& word, const char* option) {
   std::string words;
   for (const auto& [name, value] : table) {
-    if (name == Lower(word)) return value;
+    if (name == LowerAscii(word)) return value;
     words += (words.empty() ? "" : ", ") + std::string(name);
   }
   throw UsageError(std::string(option) + ": \"" + Printable(word) + "\" is none of " + words);
@@ -186,7 +180,7 @@ Number ParseNumber(const std::string& text, Number least, Number most, const cha
 // "20M": a number of bytes.
 uint64_t ParseByteCount(const std::string& text, const char* option) {
   constexpr uint64_t kMost = uint64_t{1} << 40;
-  const std::string lower = Lower(text);
+  const std::string lower = LowerAscii(text);
   const size_t suffix = std::string_view("kmg").find(lower.empty() ? ' ' : lower.back());
   if (suffix == std::string_view::npos) return ParseNumber<uint64_t>(text, 1, kMost, option);
   const int shift = 10 * (static_cast<int>(suffix) + 1);
@@ -206,7 +200,7 @@ double ParseLength(std::string_view text) {
 }
 
 PageSize ParsePageSize(std::string_view text) {
-  std::string rest = Lower(text);
+  std::string rest = LowerAscii(text);
   const bool turned = TakeTurned(&rest);
   PageSize size;
   if (const Paper* paper = FindPaper(rest)) {
@@ -233,7 +227,7 @@ PageSize ParsePageSize(std::string_view text) {
 }
 
 ImageSize ParseImageSize(std::string_view text) {
-  std::string rest = Lower(text);
+  std::string rest = LowerAscii(text);
   const bool turned = TakeTurned(&rest);
   ImageSize size;
   if (const Paper* paper = FindPaper(rest)) {

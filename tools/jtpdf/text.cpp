@@ -49,6 +49,12 @@ std::string_view TakeDigits(std::string_view* text) {
 
 }  // namespace
 
+std::string LowerAscii(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), Lower);
+  return lower;
+}
+
 std::optional<std::wstring> FromUtf8(std::string_view text) {
   std::wstring wide;
   while (!text.empty()) {

@@ -22,6 +22,9 @@ std::wstring WithRoomForPairs(std::wstring text);
 // The text with control characters replaced by "?": names of files reach terminals through it.
 std::string Printable(std::string_view text);
 
+// The text with A to Z in small letters, whatever the locale.
+std::string LowerAscii(std::string_view text);
+
 // "scan2" before "scan10": digits compare as numbers, letters without regard to case first.
 bool NaturalLess(std::string_view a, std::string_view b);
 
