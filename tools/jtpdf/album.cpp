@@ -77,6 +77,22 @@ const Reader& RecogniseOrThrow(Bytes head) {
   return *reader;
 }
 
+// A page that does not fit fails alone, but for the only one: then it is the file that fails.
+void LayOutPages(const Options& options, PlannedInput* planned) {
+  for (ImagePlan& image : planned->images) {
+    planned->layouts.emplace_back();
+    if (!image.error.empty()) continue;
+    try {
+      planned->layouts.back() = LayOut(image, options.layout);
+    } catch (const ImageError& error) {
+      image.error = error.what();
+    }
+  }
+  if (planned->images.size() == 1 && !planned->images[0].error.empty()) {
+    throw ImageError(planned->images[0].error);
+  }
+}
+
 void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedInput* planned) {
   const Input& input = planned->input;
   const PipeRules rules{options.maxInput, [](Bytes head) { RecogniseOrThrow(head); }};
@@ -86,9 +102,7 @@ void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedIn
   UseUnchanged(source, [&] {
     const Reader& reader = RecogniseOrThrow(file.first(std::min(file.size(), kRecognisedBytes)));
     planned->images = reader.plan(file, options.limits);
-    for (const ImagePlan& image : planned->images) {
-      planned->layouts.push_back(LayOut(image, options.layout));
-    }
+    LayOutPages(options, planned);
     planned->sampleHash = SampleHash(file);
   });
   planned->identity = source.Identity();
@@ -118,7 +132,7 @@ std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& o
   for (PlannedInput& one : planned) {
     if (!one.problem) continue;
     one.input.error = Reason(one.problem);
-    one.images.clear();  // a page of it may not fit
+    one.images.clear();
   }
   if (std::none_of(planned.begin(), planned.end(), [](const auto& one) { return one.folder; })) {
     return planned;
@@ -152,7 +166,8 @@ void FindDuplicates(const std::vector<PlannedInput>& planned, const std::vector<
                     AlbumPlan* plan) {
   DuplicateFinder finder([&](size_t input) { return OpenInput(*plan, input, false); });
   for (size_t input = 0; input < planned.size(); ++input) {
-    if (planned[input].images.empty()) continue;
+    const size_t pages = firstPages[input + 1] - firstPages[input];
+    if (pages == 0) continue;
     size_t first = input;
     try {
       first = finder.FirstLike(input, planned[input].sampleHash, planned[input].identity);
@@ -160,7 +175,7 @@ void FindDuplicates(const std::vector<PlannedInput>& planned, const std::vector<
       // It vanished between two looks; writing it will say so.
     }
     if (first == input) continue;
-    for (size_t i = 0; i < planned[input].images.size(); ++i) {
+    for (size_t i = 0; i < pages; ++i) {
       plan->pages[firstPages[input] + i].sameAs = firstPages[first] + i;
     }
   }
@@ -193,10 +208,12 @@ Product EncodePage(const AlbumPlan& plan, const PagePlan& page, const Options& o
   return product;
 }
 
+std::string PageName(const Input& input, const ImagePlan& image) {
+  return input.Name() + (image.pages > 1 ? ", page " + std::to_string(image.page) : "");
+}
+
 std::string PageName(const AlbumPlan& plan, const PagePlan& page) {
-  std::string name = plan.inputs[page.input].Name();
-  if (page.image.pages > 1) name += ", page " + std::to_string(page.image.page);
-  return name;
+  return PageName(plan.inputs[page.input], page.image);
 }
 
 std::wstring ImageName(const AlbumPlan& plan, const PagePlan& page, bool recorded) {
@@ -234,8 +251,8 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   std::atomic<size_t> heldBytes = 0;
   std::vector<PlannedInput> planned =
       PlanInputs(std::move(inputs), options, &heldBytes, &plan.passedOver);
-  std::vector<size_t> firstPages;
-  firstPages.reserve(planned.size());
+  std::vector<size_t> firstPages;  // of each input, and behind the last
+  firstPages.reserve(planned.size() + 1);
   plan.inputs.reserve(planned.size());
   plan.held.reserve(planned.size());
   plan.identities.reserve(planned.size());
@@ -243,14 +260,20 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   for (size_t i = 0; i < planned.size(); ++i) {
     PlannedInput& one = planned[i];
     firstPages.push_back(plan.pages.size());
-    plan.failed += one.input.error.empty() ? 0 : 1;
+    if (!one.input.error.empty()) plan.failures.push_back({one.input.Name(), one.input.error});
+    for (size_t k = 0; k < one.images.size(); ++k) {
+      ImagePlan& image = one.images[k];
+      if (image.error.empty()) {
+        plan.pages.push_back({i, std::move(image), one.layouts[k], plan.pages.size()});
+      } else {
+        plan.failures.push_back({PageName(one.input, image), image.error});
+      }
+    }
     plan.inputs.push_back(std::move(one.input));
     plan.held.push_back(std::move(one.held));
     plan.identities.push_back(one.identity);
-    for (size_t k = 0; k < one.images.size(); ++k) {
-      plan.pages.push_back({i, std::move(one.images[k]), one.layouts[k], plan.pages.size()});
-    }
   }
+  firstPages.push_back(plan.pages.size());
   FindDuplicates(planned, firstPages, &plan);
   return plan;
 }

@@ -28,13 +28,19 @@ struct PagePlan {
   size_t sameAs = 0;  // the first page with the same image: its own number for most
 };
 
+// An input that cannot be used, or a page of one.
+struct Failure {
+  std::string name;
+  std::string reason;
+};
+
 struct AlbumPlan {
   std::vector<Input> inputs;
   std::vector<ImageSource> held;         // of each input: its bytes, or nothing: open it again
   std::vector<FileIdentity> identities;  // of each input, as it was planned
   std::vector<PagePlan> pages;
   std::vector<PassedOver> passedOver;
-  size_t failed = 0;  // inputs that cannot be used; each has its error
+  std::vector<Failure> failures;
 };
 
 AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options);

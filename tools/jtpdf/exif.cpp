@@ -2,35 +2,9 @@
 
 #include <string>
 
+#include "tiff_numbers.h"
+
 namespace tool {
-namespace {
-
-// Numbers in the byte order that the data names; out of range they read as nothing.
-class TiffNumbers {
- public:
-  explicit TiffNumbers(Bytes bytes) : bytes_(bytes), little_(StartsWith(bytes, "II")) {}
-
-  std::optional<uint32_t> At16(uint64_t offset) const {
-    const Bytes b = Slice(bytes_, offset, 2);
-    if (b.empty()) return std::nullopt;
-    return little_ ? uint32_t{b[1]} << 8 | b[0] : Be16(b.data());
-  }
-  std::optional<uint32_t> At32(uint64_t offset) const {
-    const auto first = At16(offset), second = At16(offset + 2);
-    if (!first || !second) return std::nullopt;
-    return little_ ? *second << 16 | *first : *first << 16 | *second;
-  }
-  double Rational(uint64_t offset) const {
-    const auto above = At32(offset), below = At32(offset + 4);
-    return above && below && *below != 0 ? double{*above * 1.0} / *below : 0;
-  }
-
- private:
-  Bytes bytes_;
-  bool little_;
-};
-
-}  // namespace
 
 ExifFacts ReadExif(Bytes tiff) {
   enum Tag { kOrientation = 0x0112, kXResolution = 0x011A, kYResolution = 0x011B, kUnit = 0x0128 };

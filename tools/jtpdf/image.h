@@ -60,6 +60,8 @@ struct ImagePlan {
   uint64_t place = 0;        // the reader's own mark, a TIFF page's offset for one
   size_t size = 0;           // passes through: so many bytes from `place` on
   std::string decodeReason;  // empty: the bytes pass through unchanged
+  uint64_t memory = 0;       // about the most bytes that decoding takes
+  std::string error;         // why this page cannot be used, where others of its file can
   std::vector<Note> notes;
 
   bool PassesThrough() const { return decodeReason.empty(); }

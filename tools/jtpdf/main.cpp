@@ -61,10 +61,10 @@ ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console
     InstallSignalHandlers();
     const std::unique_ptr<Output> output =
         options.ToStandardOutput() ? OpenStandardOutput() : OpenFileOutput(options.output);
-    const size_t failed = plan.failed + WriteAlbum(plan, options, *output, console);
+    const size_t failed = plan.failures.size() + WriteAlbum(plan, options, *output, console);
     if (failed > 0) {
       console.Error(name, std::to_string(failed) + " of " +
-                              std::to_string(plan.pages.size() + plan.failed) +
+                              std::to_string(plan.pages.size() + plan.failures.size()) +
                               " inputs failed and were left out");
       return kFailed;
     }
@@ -96,16 +96,15 @@ ExitStatus Run(const Options& options) {
   if (!options.dryRun) {
     for (const PassedOver& file : plan.passedOver) console.Say(file.path, {false, file.reason});
   }
-  for (const Input& input : plan.inputs) {
-    if (!input.error.empty()) console.Error(input.Name(), input.error);
-  }
+  for (const Failure& failure : plan.failures) console.Error(failure.name, failure.reason);
   if (options.dryRun) {
-    return Show(DescribeAlbum(plan, options)) == kDone && plan.failed == 0 ? kDone : kFailed;
+    return Show(DescribeAlbum(plan, options)) == kDone && plan.failures.empty() ? kDone : kFailed;
   }
   RefuseToReplaceInput(plan, options);
-  if (plan.pages.empty() || (plan.failed > 0 && !options.skipBad)) {
-    console.Error("", "nothing was written: " + std::to_string(plan.failed) + " of " +
-                          std::to_string(plan.inputs.size()) + " inputs cannot be used" +
+  if (plan.pages.empty() || (!plan.failures.empty() && !options.skipBad)) {
+    console.Error("", "nothing was written: " + std::to_string(plan.failures.size()) + " of " +
+                          std::to_string(plan.pages.size() + plan.failures.size()) +
+                          " inputs cannot be used" +
                           (plan.pages.empty() ? "" : "; --skip-bad leaves them out"));
     return kFailed;
   }

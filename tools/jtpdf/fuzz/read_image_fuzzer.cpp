@@ -19,6 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     size_t pages = 0;
     for (const ImagePlan& plan : reader.plan(file, kLimits)) {
       if (++pages > 4) break;
+      if (!plan.error.empty()) continue;
       const EncodedImage image = Encode(plan, file, 1);
       // What would make a PDF that no reader can open.
       if (image.pixels.data.empty() || image.pixels.width == 0 || image.pixels.height == 0) abort();

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdio>
 #include <limits>
 #include <utility>
 
@@ -62,6 +64,19 @@ void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits) {
     throw ImageError("claims " + size + ", more than the " + std::to_string(limits.maxPixels) +
                      " allowed; if that is right, allow it with --max-pixels");
   }
+}
+
+void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
+  const auto most = static_cast<double>(limits.MostBytes());
+  if (!(bytes <= most)) {
+    char text[256];
+    std::snprintf(text, sizeof text,
+                  "would take %.0f MB of memory to decode, more than the %.0f MB allowed; if that "
+                  "is right, allow it with --max-pixels %.0f",
+                  bytes / 1e6, most / 1e6, std::ceil(bytes / 4));
+    throw ImageError(text);
+  }
+  plan->memory = static_cast<uint64_t>(bytes);
 }
 
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {

@@ -5,6 +5,7 @@
 #ifndef JTPDF_TOOL_READER_H
 #define JTPDF_TOOL_READER_H
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,13 +17,20 @@ namespace tool {
 
 struct ReadLimits {
   uint64_t maxPixels = 500'000'000;
+
+  // What decoding one picture may take: four bytes for each pixel that is allowed.
+  uint64_t MostBytes() const {
+    constexpr uint64_t kLeast = uint64_t{64} << 20, kMost = uint64_t{1} << 60;
+    return std::clamp(maxPixels, kLeast / 4, kMost / 4) * 4;
+  }
 };
 
 struct Reader {
   Format format;
   const char* name;                // "PNG"
   bool (*recognises)(Bytes head);  // by the first bytes, at most 64 of them
-  // The pages in the file: one, but for TIFF. Cheap: no pixel is decoded.
+  // The pages in the file: one, but for TIFF, where a page may have an error of its own. Cheap: no
+  // pixel is decoded.
   std::vector<ImagePlan> (*plan)(Bytes file, const ReadLimits& limits);
   // Decodes. Called only for plans with a decodeReason.
   DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
@@ -45,6 +53,10 @@ const Reader& ReaderOf(Format format);
 
 // Throws an ImageError unless the picture has pixels, and no more than the limit.
 void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits);
+
+// Enters in the plan how much memory decoding takes. Throws an ImageError where it is more than the
+// limit. A double: sizes that lie overflow integers.
+void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
 
 // Turns the picture into what the PDF holds: its own bytes, or decoded and Flate-compressed ones
 // (level 0 to 12). `file` must outlive the result.
