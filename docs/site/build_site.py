@@ -109,16 +109,16 @@ def run_doxygen(doxygen: str, work: pathlib.Path) -> List[str]:
     (work / "header.html").write_text(header)
     settings = "\n".join([
         (SITE / "Doxyfile").read_text(),
-        f"INPUT = {work}/input",
-        f"OUTPUT_DIRECTORY = {work}",
-        f"STRIP_FROM_PATH = {work}/input/include",
-        f"STRIP_FROM_INC_PATH = {work}/input/include",
-        f"USE_MDFILE_AS_MAINPAGE = {work}/input/pages/index.md",
-        f"PROJECT_NUMBER = {version()}",
-        f"HTML_HEADER = {work}/header.html",
-        f"HTML_FOOTER = {SITE}/footer.html",
-        f"LAYOUT_FILE = {SITE}/layout.xml",
-        f"GENERATE_TAGFILE = {work}/tags.xml",
+        f'INPUT = "{work}/input"',
+        f'OUTPUT_DIRECTORY = "{work}"',
+        f'STRIP_FROM_PATH = "{work}/input/include"',
+        f'STRIP_FROM_INC_PATH = "{work}/input/include"',
+        f'USE_MDFILE_AS_MAINPAGE = "{work}/input/pages/index.md"',
+        f'PROJECT_NUMBER = "{version()}"',
+        f'HTML_HEADER = "{work}/header.html"',
+        f'HTML_FOOTER = "{SITE}/footer.html"',
+        f'LAYOUT_FILE = "{SITE}/layout.xml"',
+        f'GENERATE_TAGFILE = "{work}/tags.xml"',
     ])
     result = subprocess.run([doxygen, "-"], input=settings, text=True, check=False,
                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)

@@ -22,6 +22,7 @@ may be empty), JTPDF_LIBRARY, CC, CXX, QPDF (may be empty).
 """
 
 import argparse
+import atexit
 import os
 import pathlib
 import re
@@ -29,6 +30,7 @@ import shlex
 import shutil
 import subprocess
 import sys
+import tempfile
 from typing import Iterator, List, NamedTuple
 
 SNIPPET = re.compile(
@@ -84,7 +86,11 @@ class Room:
         for folder in ("examples", "bindings"):
             (work / folder).symlink_to(self.source / folder)
         (work / "images").symlink_to("examples/images")
-        library = next(pathlib.Path(os.environ["STAGE"]).rglob("libjtpdf.so")).parent
+        # Installed libraries have no blanks in their paths: $(pkg-config ...) would be split there.
+        stage = pathlib.Path(tempfile.mkdtemp()) / "stage"
+        stage.symlink_to(os.environ["STAGE"])
+        atexit.register(shutil.rmtree, stage.parent)
+        library = next(stage.rglob("libjtpdf.so")).parent
         self.environment = {
             **os.environ,
             "PKG_CONFIG_PATH": f"{library}/pkgconfig",
