@@ -7,7 +7,7 @@ cmake_minimum_required(VERSION 3.25)
 file(GLOB library ${BUILD}/src/libjtpdf.so.*.*.*)
 file(GLOB_RECURSE objects ${BUILD}/src/*.o)
 if(NOT library OR NOT objects)
-  message(FATAL_ERROR "${BUILD} holds no release build: run ctest -R consumer.find_package first")
+  message(FATAL_ERROR "${BUILD} holds no release build: run ctest -R consumer.stage first")
 endif()
 
 function(readelf variable)
