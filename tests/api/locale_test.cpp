@@ -129,15 +129,8 @@ TEST_F(Locales, GlobalCxxLocaleWithOddFacetsChangesNothing) {
   ExpectTheSame();
 }
 
-#ifdef JTPDF_TEST_LOCPATH
-
-class RealLocale : public Locales {
- protected:
-  void SetUp() override {
-    Locales::SetUp();
-    ASSERT_EQ(0, setenv("LOCPATH", JTPDF_TEST_LOCPATH, 1));
-  }
-};
+// The environment says where the locale is: support/german_locale.cmake.
+class RealLocale : public Locales {};
 
 TEST_F(RealLocale, SetlocaleWithADecimalCommaChangesNothing) {
   ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));
@@ -169,5 +162,3 @@ TEST_F(RealLocale, ThreadLocaleChangesNothing) {
   EXPECT_BYTES(InTheClassicLocale().bytes, memory);
   EXPECT_EQ(InTheClassicLocale().reports, reports);
 }
-
-#endif

@@ -1,7 +1,6 @@
 """Options, messages, help, progress, memory: what a person meets besides the pictures."""
 import faulthandler
 import os
-import pty
 import re
 import resource
 import select
@@ -102,7 +101,7 @@ class Words(JtpdfTest):
             output.read()
             output.close()
         def on_terminal(*more):
-            master, slave = pty.openpty()
+            master, slave = self.open_terminal()
             child = subprocess.Popen([*command, *more], stdout=subprocess.PIPE, stderr=slave)
             os.close(slave)
             reader = threading.Thread(target=take_late, args=[child.stdout])

@@ -25,7 +25,8 @@ TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
 }
 
 TEST(ParseLength, TakesAPointWhateverTheLocale) {
-  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no German locale here";
+  ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "see support/german_locale.cmake";
+  EXPECT_STREQ(std::localeconv()->decimal_point, ",");
   EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
   std::setlocale(LC_ALL, "C");
 }

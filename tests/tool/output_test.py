@@ -2,7 +2,6 @@
 import faulthandler
 import hashlib
 import os
-import pty
 import resource
 import signal
 import socket
@@ -150,7 +149,7 @@ class Output(JtpdfTest):
 
     def test_never_to_a_terminal(self):
         path = self.save(blocks(), "a.png")
-        master, slave = pty.openpty()
+        master, slave = self.open_terminal()
         done = subprocess.run([JTPDF, path], stdout=slave, stderr=subprocess.PIPE)
         os.close(slave)
         os.close(master)

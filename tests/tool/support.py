@@ -1,6 +1,7 @@
 """What the tests of the command share: running it, making pictures, looking at pages."""
 import io
 import os
+import pty
 import random
 import re
 import shutil
@@ -78,6 +79,13 @@ class JtpdfTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="jtpdf-test-")
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+
+    def open_terminal(self):
+        """Both ends of a terminal; skips the test where there is none, as in a bare chroot."""
+        try:
+            return pty.openpty()
+        except OSError as error:
+            self.skipTest(f"no terminal can be opened here: {error}")
 
     def path(self, name):
         return os.path.join(self.folder, name)
