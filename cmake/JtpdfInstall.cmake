@@ -34,10 +34,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/jtpdf.pc
 
 install(FILES README.md CHANGELOG.md LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+# The picture that README.md shows.
+install(FILES docs/album.jpg DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
 # The site, once scripts/docs has made it.
 install(DIRECTORY build/docs/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation OPTIONAL)
 
-include(bindings/python/install.cmake)
 include(bindings/python/install.cmake)
 
 include(cmake/JtpdfPackage.cmake)

@@ -3,8 +3,10 @@
 set(CPACK_PACKAGE_NAME jtpdf)
 set(CPACK_PACKAGE_VENDOR "the JTPDF authors")
 set(CPACK_PACKAGE_CONTACT "the JTPDF authors <jtpdf@jtpdf.org.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
-set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+# Empty: CPack would put it in front of what each package says of itself.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+# Folders of the install rules depend on the prefix: the packages take the one that was configured.
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_GENERATOR DEB)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -17,6 +19,9 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
+set(about "JTPDF writes PDF 1.5 files in one forward pass: images that are encoded
+already, rectangles and circles, in boxes with a rotation angle.")
+
 # Each package carries its licence and its change log where Debian looks for them.
 function(jtpdf_package component package summary)
   string(TOUPPER ${component} COMPONENT)
@@ -24,7 +29,7 @@ function(jtpdf_package component package summary)
   set(CPACK_COMPONENTS_ALL ${CPACK_COMPONENTS_ALL} PARENT_SCOPE)
   set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${package} PARENT_SCOPE)
   set(CPACK_COMPONENT_${COMPONENT}_DESCRIPTION
-    "${summary}\n JTPDF writes PDF 1.5 files in one forward pass: images that are encoded\n already, rectangles and circles, in boxes with a rotation angle." PARENT_SCOPE)
+    "${summary}\n${about}" PARENT_SCOPE)
   install(FILES packaging/debian/copyright
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz
@@ -41,6 +46,8 @@ if(GZIP)
   if(TARGET jtpdf_tool)
     jtpdf_package(tools jtpdf "Command that turns images into a PDF")
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
+    # dpkg-shlibdeps adds the libraries of others; to ours it finds no package, as it is made here.
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libjtpdf2 (>= ${PROJECT_VERSION})")
   endif()
   jtpdf_package(documentation jtpdf-doc "Documentation of the JTPDF library")
   set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
@@ -49,6 +56,10 @@ if(GZIP)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), libjtpdf2 (>= ${PROJECT_VERSION})")
+  # The compiled modules are no files of the package; these make them and take them away.
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/python/postinst;${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/python/prerm")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/shlibs;${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers;${CMAKE_CURRENT_BINARY_DIR}/symbols")
