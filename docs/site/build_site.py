@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
 """Makes the documentation site; scripts/docs calls it.
 
-    build_site.py --album PROGRAM --output DIRECTORY [--doxygen PROGRAM]
+    build_site.py --album PROGRAM --library FILE --output DIRECTORY
 
-PROGRAM is the built example album. DIRECTORY/html becomes the site. It fails, and says where, when
-an export or a type of the public headers is not documented, when Doxygen warns of anything, when a
-link leads nowhere, or when the gallery does not show what the album has.
+PROGRAM is the built example album, FILE the shared library, for the Python package. DIRECTORY/html
+becomes the site. It fails, and says where, when an export or a name of the Python package is not
+documented, when a link leads nowhere, or when the gallery does not show what the album has.
 """
 
 import argparse
+import os
 import pathlib
 import re
 import shutil
@@ -16,155 +17,136 @@ import subprocess
 import sys
 from typing import Dict, List
 
-import check_site
-import header_comments
-import markdown_pages
-import other_pages
+import headers
+import reference
 
 SITE = pathlib.Path(__file__).resolve().parent
 ROOT = SITE.parent.parent
-HEADERS = ROOT / "include/jtpdf"
+DOCS = ROOT / "docs"
+C_HEADERS = ("jtpdf.h", "types.h", "diagnostics.h")
 
-# What the head of every page leads to, if it is there.
-NAVIGATION = [
-    ("Guide", ROOT / "docs/guide/index.md"),
-    ("Reference", SITE / "reference.md"),
-    ("File format", ROOT / "docs/file-format.md"),
-    ("Readers", ROOT / "docs/readers.md"),
-    ("Performance", ROOT / "docs/performance.md"),
-    ("Testing", ROOT / "docs/testing.md"),
-    ("Gallery", SITE / "gallery.md"),
-]
-
-
-def fail(lines: List[str]) -> None:
-    if lines:
-        sys.exit("\n".join(str(line) for line in lines))
+LINK = re.compile(r"(?<!!)\[((?:[^\[\]`]|`[^`]*`)*)\]\(([^)\s:#]+)(#[^)\s]*)?\)")
+# Files of the repository that have a page in the site.
+PAGES = {
+    "include/jtpdf/jtpdf.h": "reference/c.rst",
+    "include/jtpdf/types.h": "reference/c.rst",
+    "include/jtpdf/diagnostics.h": "reference/c.rst",
+    "include/jtpdf/jtpdf.hpp": "reference/cpp.rst",
+    "bindings/python/README.md": "reference/python.rst",
+    "tools/jtpdf/jtpdf.1": "reference/command.md",
+}
 
 
-def exports() -> List[str]:
-    return (ROOT / "src/jtpdf.exports").read_text().split()
+def link_in_site(page: pathlib.Path, match: "re.Match[str]") -> str:
+    """The link as the site has it: to the page of a file, or to the file; else its words alone."""
+    title, path, anchor = match.groups()
+    target = pathlib.Path(os.path.normpath(page.parent / path))
+    name = str(target.relative_to(ROOT))
+    if name in PAGES:
+        return f"[{title}]({os.path.relpath(DOCS / PAGES[name], page.parent)})"
+    if target.is_relative_to(DOCS) or target.is_file() and target.suffix != ".md":
+        return match[0]
+    return title
 
 
-def version() -> str:
-    text = (ROOT / "CMakeLists.txt").read_text()
-    return re.search(r"^project\(jtpdf VERSION ([\d.]+)", text, re.MULTILINE)[1]
+def copy_pages(pages: pathlib.Path) -> None:
+    """What Sphinx reads, with what the pages link to in its place beside them."""
+    shutil.copytree(DOCS, pages, ignore=shutil.ignore_patterns("site"))
+    for entry in ROOT.iterdir():
+        if entry.name not in ("docs", "build", ".git"):
+            (pages.parent / entry.name).symlink_to(entry)
+    for page in pages.rglob("*.md"):
+        original = DOCS / page.relative_to(pages)
+        page.write_text(LINK.sub(lambda match: link_in_site(original, match),
+                                 page.read_text("utf-8")), "utf-8")
 
 
-def render_album(album: pathlib.Path, folder: pathlib.Path) -> Dict[str, pathlib.Path]:
+def render_album(album: pathlib.Path, folder: pathlib.Path) -> None:
     """The pages of the album and its card as pictures, by the names that the gallery uses."""
     folder.mkdir(parents=True)
     subprocess.run([album, folder / "album.pdf", ROOT / "examples/images"], check=True)
     for document, name, *pages in (("album.pdf", "album"), ("album-card.pdf", "card", "-singlefile")):
         subprocess.run(["pdftoppm", "-png", "-cropbox", "-scale-to-x", "1000", "-scale-to-y", "-1", *pages,
                         folder / document, folder / name], check=True)
-    return {picture.name: picture for picture in folder.glob("*.png")}
 
 
-def write_headers(folder: pathlib.Path) -> None:
-    folder.mkdir(parents=True)
-    for header in sorted(HEADERS.iterdir()):
-        text = header.read_text(encoding="utf-8")
-        if header.suffix == ".hpp":
-            text = header_comments.cpp_header(text, set(exports()))
-        else:
-            text = header_comments.c_header(text)
-        (folder / header.name).write_text(text, encoding="utf-8")
+def write_reference(folder: pathlib.Path) -> None:
+    """The pages of the C and the C++ interface."""
+    def read(name: str, is_cpp: bool) -> List[headers.Item]:
+        return headers.read((ROOT / "include/jtpdf" / name).read_text("utf-8"), is_cpp)
+
+    c = {name: read(name, False) for name in C_HEADERS}
+    cpp = read("jtpdf.hpp", True)
+    known: Dict[str, str] = {}
+    for items in c.values():
+        known.update(reference.links(items, "c"))
+    page = reference.Page("c", known)
+    page.heading("C reference", "#")
+    for name, items in c.items():
+        page.header(name, items)
+    (folder / "c.rst").write_text("\n".join(page.lines), "utf-8")
+
+    page = reference.Page("cpp", {**known, **reference.links(cpp, "cpp")})
+    page.heading("C++ reference", "#")
+    page.header("jtpdf.hpp", cpp)
+    (folder / "cpp.rst").write_text("\n".join(page.lines), "utf-8")
 
 
-def sources() -> List[pathlib.Path]:
-    pages = [*SITE.glob("*.md"), *ROOT.glob("docs/*.md"), *ROOT.glob("docs/guide/*.md")]
-    return sorted(pages)
+def write_manual(folder: pathlib.Path) -> None:
+    """The manual page, each section of it under a heading of Sphinx's."""
+    html = subprocess.run(["mandoc", "-T", "html", "-O", "fragment", ROOT / "tools/jtpdf/jtpdf.1"],
+                          check=True, capture_output=True, text=True).stdout
+    html = re.sub(r"\n\s+", " ", html.partition('<div class="manual-text">')[2])
+    lines = ["# Manual of the command", ""]
+    for level, title, text in re.findall(
+            r'<h([12]) class="S[hs]" id="\w+"><a [^>]*>(.*?)</a></h\1>(.*?)(?=</?section|<table)', html,
+            re.DOTALL):
+        lines += ["#" * (int(level) + 1) + " " + title.capitalize(), ""]
+        lines += ["```{raw} html", text.strip(), "```", ""] if text.strip() else []
+    (folder / "command.md").write_text("\n".join(lines), "utf-8")
 
 
-def write_pages(folder: pathlib.Path, pictures: Dict[str, pathlib.Path]) -> List[pathlib.Path]:
-    """Writes all Markdown pages as Doxygen reads them; returns the pictures that they show."""
-    folder.mkdir(parents=True)
-    pages = markdown_pages.Pages(ROOT, sources(), HEADERS, pictures)
-    pages.also(ROOT / "bindings/python/README.md", "python-package")
-    pages.also(ROOT / "tools/jtpdf/jtpdf.1", "command")
-    for source in sources():
-        text = source.read_text(encoding="utf-8")
-        (folder / f"{pages.identity(source)}.md").write_text(pages.convert(source, text), "utf-8")
-    manual = (ROOT / "tools/jtpdf/jtpdf.1").read_text(encoding="utf-8")
-    (folder / "command.md").write_text(other_pages.manual(manual, "command"), "utf-8")
-    package = ROOT / "bindings/python/src/jtpdf"
-    (folder / "python-package.md").write_text(other_pages.python(package, "python-package"), "utf-8")
-    fail(pages.problems)
-    return pages.shown
-
-
-def navigation() -> str:
-    links = []
-    for title, page in NAVIGATION:
-        if page.exists():
-            name = markdown_pages.identity_of(page)
-            links.append(f'<a href="$relpath^{name}.html">{title}</a>')
-    return "\n".join(links)
-
-
-def run_doxygen(doxygen: str, work: pathlib.Path) -> List[str]:
-    """Runs Doxygen on work/input; returns what it warns of."""
-    header = (SITE / "header.html").read_text().replace("@NAVIGATION@", navigation())
-    (work / "header.html").write_text(header)
-    settings = "\n".join([
-        (SITE / "Doxyfile").read_text(),
-        f'INPUT = "{work}/input"',
-        f'OUTPUT_DIRECTORY = "{work}"',
-        f'STRIP_FROM_PATH = "{work}/input/include"',
-        f'STRIP_FROM_INC_PATH = "{work}/input/include"',
-        f'USE_MDFILE_AS_MAINPAGE = "{work}/input/pages/index.md"',
-        f'PROJECT_NUMBER = "{version()}"',
-        f'HTML_HEADER = "{work}/header.html"',
-        f'HTML_FOOTER = "{SITE}/footer.html"',
-        f'LAYOUT_FILE = "{SITE}/layout.xml"',
-        f'GENERATE_TAGFILE = "{work}/tags.xml"',
-    ])
-    result = subprocess.run([doxygen, "-"], input=settings, text=True, check=False,
-                            stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-    warnings = result.stderr.replace(f"{work}/input/pages/", "").replace(f"{work}/input/", "")
-    # A record's fields and the small members of a value type are described by the type's comment.
-    covered = re.compile(r": Member .* of (struct|class) (?!jtpdf::Document ).* is not documented\.")
-    return [line for line in warnings.splitlines() if line and not covered.search(line)]
-
-
-def undocumented(work: pathlib.Path) -> List[str]:
-    """Exports that have no entry of their own in the reference."""
-    tags = (work / "tags.xml").read_text(encoding="utf-8")
-    return [f"{name} is exported and not in the reference" for name in exports()
-            if f"<name>{name}</name>" not in tags]
+def undocumented(html: pathlib.Path) -> List[str]:
+    """Exports, and names of the Python package, without an entry in the reference."""
+    sys.path.insert(0, str(ROOT / "bindings/python/src"))
+    package = (ROOT / "bindings/python/src/jtpdf/__init__.py").read_text("utf-8")
+    public = re.findall(r'"(\w+)"', re.search(r"__all__ = \[(.*?)\]", package, re.DOTALL)[1])
+    exports = (ROOT / "src/jtpdf.exports").read_text().split()
+    shown = {page: (html / "reference" / page).read_text("utf-8") for page in ("c.html", "python.html")}
+    return [f"{name} has no entry in {page}" for page, prefix, names in (
+        ("c.html", "c.", exports), ("python.html", "jtpdf.", public)) for name in names
+        if f'id="{prefix}{name}"' not in shown[page]]
 
 
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--album", type=pathlib.Path, required=True)
+    parser.add_argument("--library", type=pathlib.Path, required=True)
     parser.add_argument("--output", type=pathlib.Path, required=True)
-    parser.add_argument("--doxygen", default="doxygen")
     arguments = parser.parse_args()
 
     work = arguments.output.resolve()
     for folder in ("input", "html", "album"):
         shutil.rmtree(work / folder, ignore_errors=True)
-    work.mkdir(parents=True, exist_ok=True)
-
-    pictures = render_album(arguments.album.resolve(), work / "album")
-    write_headers(work / "input/include/jtpdf")
-    shown = write_pages(work / "input/pages", pictures)
-    fail([f"gallery.md does not show {name}" for name, path in sorted(pictures.items())
-          if path not in shown])
-    fail(run_doxygen(arguments.doxygen, work) + undocumented(work))
-
-    html = work / "html"
-    for file in [SITE / "jtpdf.css", *shown]:
-        shutil.copy(file, html)
-    check_site.tidy(html)
-    check_site.prune(html)
-    fail(check_site.problems(html))
-    fail([f"{source.name}: the site does not show `{code}`" for source in sources()
-          for code in check_site.lost_code(
-              markdown_pages.fenced(source.read_text(encoding="utf-8")),
-              (html / f"{markdown_pages.identity_of(source)}.html").read_text(encoding="utf-8"))])
-    print(f"The site: {html}/index.html ({len(list(html.glob('*.html')))} pages)")
+    pages, html = work / "input/docs", work / "html"
+    (work / "input").mkdir(parents=True)
+    copy_pages(pages)
+    render_album(arguments.album.resolve(), work / "album")
+    gallery = (pages / "gallery.md").read_text("utf-8")
+    for picture in (work / "album").glob("*.png"):
+        shutil.copy(picture, pages)
+        if picture.name not in gallery:
+            sys.exit(f"gallery.md does not show {picture.name}")
+    write_reference(pages / "reference")
+    write_manual(pages / "reference")
+    subprocess.run(
+        [sys.executable, "-B", "-m", "sphinx", "-q", "-n", "-W", "--keep-going", "-b", "html", "-c", SITE,
+         "-d", work / "input/read", pages, html], check=True,
+        env={**os.environ, "JTPDF_LIBRARY": str(arguments.library.resolve())})
+    missing = undocumented(html)
+    if missing:
+        sys.exit("\n".join(missing))
+    print(f"The site: {html}/index.html ({len(list(html.rglob('*.html')))} pages)")
 
 
 if __name__ == "__main__":

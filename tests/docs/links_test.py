@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""links_test.py ROOT PAGE...: every relative link in the Markdown pages leads somewhere.
+"""links_test.py ROOT: every relative link in the Markdown pages below ROOT leads somewhere.
 
-PAGE is a path or a pattern below ROOT. A link may name a heading of a page, as page.md#heading.
+A link may name a heading of a page, as page.md#heading. What was built or installed is no page.
 """
 
 import collections
@@ -10,6 +10,7 @@ import re
 import sys
 from typing import Iterator, Set, Tuple
 
+NO_SOURCES = {".git", "build", "venv", "node_modules"}
 FENCED = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
 CODE = re.compile(r"(`+)[^`]+?\1")
 LINK = re.compile(r"\]\(\s*<?([^)\s>]+)>?(?:\s+\"[^\"]*\")?\s*\)|<(?:img|a)\s[^>]*(?:src|href)=\"([^\"]+)\"")
@@ -45,20 +46,23 @@ def dead_links(page: pathlib.Path) -> Iterator[Tuple[str, str]]:
             yield link, "the page has no such heading"
 
 
+def pages(folder: pathlib.Path) -> Iterator[pathlib.Path]:
+    for entry in sorted(folder.iterdir()):
+        if entry.is_dir() and not entry.is_symlink() and entry.name not in NO_SOURCES:
+            yield from pages(entry)
+        elif entry.suffix == ".md":
+            yield entry
+
+
 def main() -> None:
     root = pathlib.Path(sys.argv[1])
-    pages = []
-    for pattern in sys.argv[2:]:
-        found = sorted(root.glob(pattern))
-        if not found:
-            print(f"{root}: there is no {pattern}")
-        pages += found or [None]
-    dead = [(page, *problem) for page in pages if page for problem in dead_links(page)]
+    found = list(pages(root))
+    dead = [(page, *problem) for page in found for problem in dead_links(page)]
     for page, link, reason in dead:
         print(f"{page.relative_to(root)}: {link}: {reason}")
-    if dead or None in pages:
+    if dead or not found:
         sys.exit(1)
-    print(len(pages), "pages")
+    print(len(found), "pages")
 
 
 if __name__ == "__main__":

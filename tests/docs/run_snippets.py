@@ -1,24 +1,24 @@
 #!/usr/bin/env python3
-"""Runs the code in a Markdown page as a newcomer would, in the order of the page.
+"""Runs the code in a Markdown page as a newcomer would paste it, in the order of the page.
 
     run_snippets.py PAGE.md WORK [--only NAME]
     run_snippets.py PAGE.md --print NAME
 
-A fenced block behind one of these comments is a snippet; KIND is shell, python, c or cpp, and NAME
-is only there where one snippet is wanted alone:
+A fenced block behind one of these comments is a snippet; KIND is shell, python, c, cpp or cmake, and
+NAME is only there where one snippet is wanted alone:
 
-    <!-- snippet: KIND -->          <!-- snippet: KIND
-    <!-- snippet: KIND NAME -->     lines that run before it and are not shown
-                                    -->
+    <!-- snippet: KIND -->          <!-- snippet: KIND NAME -->
 
-A C or C++ snippet without a main() becomes the body of one; the C++ face, or the C header, is
-included already. A block behind <!-- output --> is what the snippet before it prints, both streams
-together. Every PDF that is there in the end has to be sound, but those named in
-<!-- incomplete: FILE.pdf -->.
+A C or C++ program is saved under the name in its first line, and one of CMake as CMakeLists.txt, for
+the commands behind them; the programs are compiled and run by themselves, too. Nothing is added to a
+block. One behind <!-- output --> is what the snippet before it prints, both streams together. Every
+PDF that is there in the end has to be sound. Every other block of code is behind a comment that says
+what runs it, <!-- elsewhere: COMMAND -->, or which file it shows, <!-- file: PATH -->.
 
-WORK is made anew. It holds the folders of examples, and that of their images as images.
-The environment says where things are: SOURCE, STAGE (an installed library), JTPDF (the command,
-may be empty), JTPDF_LIBRARY, CC, CXX, QPDF (may be empty).
+WORK is made anew, and holds what the page links to in examples/images; where a comment
+<!-- checkout: FOLDER --> is in the page, FOLDER of it is a checkout. The environment says where things
+are: SOURCE, STAGE (an installed library), JTPDF (the command, may be empty), JTPDF_LIBRARY, CC, CXX,
+QPDF (may be empty).
 """
 
 import argparse
@@ -33,59 +33,57 @@ import sys
 import tempfile
 from typing import Iterator, List, NamedTuple
 
-SNIPPET = re.compile(
-    r"^<!-- (?:snippet: (?P<kind>\w+)(?: (?P<name>\w+))?(?P<hidden>\n.*?)?|(?P<output>output)) ?-->\n+"
-    r"```\w*\n(?P<text>.*?)^```$", re.MULTILINE | re.DOTALL)
-MARK = re.compile(r"^<!-- (?:snippet:|output)", re.MULTILINE)
-INCOMPLETE = re.compile(r"^<!-- incomplete: (\S+) -->$", re.MULTILINE)
-
-PREAMBLE = {
-    "c": "#include <jtpdf/jtpdf.h>\n#include <stdio.h>\n#include <string.h>\n",
-    "cpp": "#include <jtpdf/jtpdf.hpp>\n",
-}
-OPENING = {"c": "int main(void) {\n", "cpp": "using namespace jtpdf::literals;\n\nint main() {\n"}
+FENCED = re.compile(r"^```(?P<language>\w*).*\n(?P<text>(?:.*\n)*?)^```$", re.MULTILINE)
+COMMENT = re.compile(r"<!-- (snippet|output|elsewhere|file)(?:: (\S+)(?: (\S+))?)? -->\n+$")
+CHECKOUT = re.compile(r"^<!-- checkout: (\S+) -->$", re.MULTILINE)
+INPUT = re.compile(r"\]\((?:\.\./)*(examples/images/[^)/]+)\)")
+CODE = ("sh", "python", "c", "cpp", "cmake")
+COMPILERS = {"c": ("CC", "-std=c99"), "cpp": ("CXX", "-std=c++17")}
 
 
 class Snippet(NamedTuple):
     kind: str  # "output" for what the one before prints
     name: str
-    hidden: str
     text: str
     line: int
 
 
 def snippets(page: str) -> Iterator[Snippet]:
-    found = list(SNIPPET.finditer(page))
-    if len(found) != len(MARK.findall(page)):
-        sys.exit("a comment that announces a snippet or an output has no fenced block behind it")
-    for match in found:
-        yield Snippet(match["kind"] or "output", match["name"] or "",
-                      (match["hidden"] or "").strip("\n"), match["text"],
-                      page.count("\n", 0, match.start()) + 1)
+    found = 0
+    for match in FENCED.finditer(page):
+        line = page.count("\n", 0, match.start()) + 1
+        comment = COMMENT.search(page[:match.start()])
+        found += comment is not None
+        if comment and comment[1] == "snippet":
+            yield Snippet(comment[2], comment[3] or "", match["text"], line)
+        elif comment and comment[1] == "output":
+            yield Snippet("output", "", match["text"], line)
+        elif not comment and match["language"] in CODE:
+            sys.exit(f"line {line}: nothing runs this block: put <!-- snippet: KIND --> before it")
+    if found != len(re.findall(r"^<!-- (?:snippet|output|elsewhere|file)\b", page, re.MULTILINE)):
+        sys.exit("a comment that announces a block has none behind it")
 
 
-def program(kind: str, hidden: str, text: str) -> str:
-    """The whole program that a C or C++ snippet stands for."""
-    if re.search(r"^int main\(", text, re.MULTILINE):
-        return text
-    lines = hidden.splitlines()
-    includes = [line for line in lines if line.startswith("#include")]
-    rest = [line for line in lines if not line.startswith("#include")]
-    return "\n".join(
-        [PREAMBLE[kind], *includes, OPENING[kind], *rest, text, "return 0;", "}", ""])
+def link_checkout(source: pathlib.Path, folder: pathlib.Path) -> None:
+    """A checkout that may be built in, without what earlier builds left in the source."""
+    folder.mkdir(exist_ok=True)
+    for entry in source.iterdir():
+        if entry.name not in (".git", "build"):
+            (folder / entry.name).symlink_to(entry)
 
 
 class Room:
     """The folder that the snippets run in, and what they find in their environment."""
 
-    def __init__(self, work: pathlib.Path) -> None:
+    def __init__(self, work: pathlib.Path, page: str) -> None:
         self.work = work
-        self.source = pathlib.Path(os.environ["SOURCE"])
+        source = pathlib.Path(os.environ["SOURCE"])
         shutil.rmtree(work, ignore_errors=True)
         work.mkdir(parents=True)
-        for folder in ("examples", "bindings"):
-            (work / folder).symlink_to(self.source / folder)
-        (work / "images").symlink_to("examples/images")
+        for folder in CHECKOUT.findall(page):
+            link_checkout(source, work / folder)
+        for name in set(INPUT.findall(page)):
+            shutil.copy(source / name, work)
         # Installed libraries have no blanks in their paths: $(pkg-config ...) would be split there.
         stage = pathlib.Path(tempfile.mkdtemp()) / "stage"
         stage.symlink_to(os.environ["STAGE"])
@@ -93,9 +91,11 @@ class Room:
         library = next(stage.rglob("libjtpdf.so")).parent
         self.environment = {
             **os.environ,
+            "HOME": str(work / "home"),
+            "CMAKE_PREFIX_PATH": str(stage),
             "PKG_CONFIG_PATH": f"{library}/pkgconfig",
             "LD_LIBRARY_PATH": str(library),
-            "PYTHONPATH": str(self.source / "bindings/python/src"),
+            "PYTHONPATH": str(source / "bindings/python/src"),
             "PYTHONDONTWRITEBYTECODE": "1",
         }
         if os.environ.get("JTPDF"):
@@ -111,26 +111,30 @@ class Room:
         return result.stdout
 
     def run_snippet(self, snippet: Snippet, what: str) -> str:
-        kind, hidden, text = snippet.kind, snippet.hidden, snippet.text
+        kind, text = snippet.kind, snippet.text
         if kind == "shell":
-            return self.run(["bash", "-euo", "pipefail", "-c", f"{hidden}\n{text}"], what)
+            return self.run(["bash", "-euo", "pipefail", "-c", text], what)
         if kind == "python":
-            return self.run(["/usr/bin/python3", "-W", "error", "-c", f"{hidden}\n{text}"], what)
-        if kind not in ("c", "cpp"):
-            sys.exit(f"{what}: unknown kind '{kind}': use shell, python, c or cpp")
-        source = self.work / f"snippet.{kind}"
-        source.write_text(program(kind, hidden, text))
-        compiler = os.environ["CC" if kind == "c" else "CXX"]
-        standard = "-std=gnu11" if kind == "c" else "-std=c++17"
+            return self.run(["/usr/bin/python3", "-W", "error", "-c", text], what)
+        if kind == "cmake":
+            (self.work / "CMakeLists.txt").write_text(text)
+            return ""
+        if kind not in COMPILERS:
+            sys.exit(f"{what}: unknown kind '{kind}': use shell, python, c, cpp or cmake")
+        name = re.match(rf"(?:/\*|//) (\w+\.{kind})\b", text)
+        if not name:
+            sys.exit(f"{what}: the first line has to name the file, as /* name.{kind} */")
+        (self.work / name[1]).write_text(text)
+        compiler, standard = COMPILERS[kind]
         flags = shlex.split(self.run(["pkg-config", "--cflags", "--libs", "jtpdf"], what))
-        self.run([compiler, standard, "-Wall", "-Wextra", "-Werror", "-pthread", source.name, "-o",
-                  "snippet", *flags], what)
+        self.run([os.environ[compiler], standard, "-Wall", "-Wextra", "-Werror", "-pthread", name[1],
+                  "-o", "snippet", *flags], what)
         return self.run(["./snippet"], what)
 
-    def check_documents(self, incomplete: List[str]) -> List[pathlib.Path]:
+    def check_documents(self) -> List[pathlib.Path]:
         documents = sorted(self.work.glob("*.pdf"))
         for document in documents:
-            if document.name not in incomplete and os.environ.get("QPDF"):
+            if os.environ.get("QPDF"):
                 self.run([os.environ["QPDF"], "--check", document.name], document.name)
         print(len(documents), "documents:", *(document.name for document in documents))
         return documents
@@ -153,7 +157,7 @@ def main() -> None:
         return
     if not arguments.work:
         parser.error("WORK, the folder to run in, is missing")
-    room = Room(arguments.work)
+    room = Room(arguments.work, page)
     count = 0
     printed = ""
     for snippet in snippets(page):
@@ -166,7 +170,7 @@ def main() -> None:
             count += 1
     if count == 0:
         sys.exit(f"{arguments.page} has no snippet {arguments.only or 'to run'}")
-    documents = room.check_documents(INCOMPLETE.findall(page))
+    documents = room.check_documents()
     if arguments.only and not documents:
         sys.exit(f"the snippet {arguments.only} wrote no document")
     print(count, "snippets ran")
