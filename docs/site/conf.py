@@ -13,6 +13,9 @@ import pathlib
 import re
 import sys
 
+from sphinx.domains.c import CDomain
+from sphinx.domains.cpp import CPPDomain
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 sys.path.insert(0, str(ROOT / "bindings/python/src"))
 
@@ -48,6 +51,13 @@ def plain_signature(app, what, name, obj, options, signature, returns):
     return re.sub(r"= _[A-Z]\w*", "= {}", signature or ""), returns
 
 
+def without_parameters(domain):
+    """The domain, but that the search does not list each parameter of each function."""
+    def get_objects(self):
+        return (found for found in domain.get_objects(self) if found[2] != "functionParam")
+    return type(domain.__name__, (domain,), {"get_objects": get_objects})
+
+
 def mend_furo(app, failure):
     """Debian 12 builds Furo from its sources with other tools, and loses something.
 
@@ -69,5 +79,7 @@ def mend_furo(app, failure):
 
 
 def setup(app):
+    for domain in (CDomain, CPPDomain):
+        app.add_domain(without_parameters(domain), override=True)
     app.connect("autodoc-process-signature", plain_signature)
     app.connect("build-finished", mend_furo)

@@ -82,6 +82,7 @@ class Length {
   constexpr double in(Unit unit) const noexcept {
     return unit_ == unit ? value_ : value_ * unit_.points() / unit.points();
   }
+  // The unit that the number is in.
   constexpr Unit unit() const noexcept { return unit_; }
 
   constexpr Length operator-() const noexcept { return {-value_, unit_}; }
@@ -653,12 +654,15 @@ class [[nodiscard]] Document {
     exceptions_ = other.exceptions_;
     return *this;
   }
+  // Drops the document, and says so where a file stays incomplete by that.
   ~Document() {
     if (handle_ == nullptr || !unfinished_ || std::uncaught_exceptions() > exceptions_) return;
     std::fputs("jtpdf: a file was dropped without finish() or discard() and is incomplete\n",
                stderr);
   }
 
+  // Opens the file, truncating what is there, and writes its head. file() and memory() have done
+  // it.
   void open() {
     check("InitPdfDoc", [&] { return InitPdfDoc(handle()); });
     unfinished_ = kind_ == kFile;
@@ -686,18 +690,22 @@ class [[nodiscard]] Document {
 
   // -- Information
 
+  // Sets an information item, such as Title, Subject or Keywords; finish() writes it.
   void set_info(std::string_view key, std::string_view value) {
     constexpr const char* kFunction = "SetPdfInfoItem";
     const detail::NarrowText narrow_key(key, {kFunction, "key"});
     const detail::WideText wide_value(value, {kFunction, "value"});
     SetPdfInfoItem(handle(), narrow_key.c_str(), wide_value.c_str());
   }
+  // The mark flag, written as the information item /MGmk.
   bool mark() const noexcept { return GetPdfMgMk(handle()); }
   void set_mark(bool mark) noexcept { SetPdfMgMk(handle(), mark); }
 
   // -- The canvas
 
+  // Removes all that was drawn since the last form; the canvas box stays.
   void clear_canvas() { ClearPdfCanvas(handle()); }
+  // The extent of the next form: nothing outside it shows.
   Box canvas_box() const {
     const JTPDFRect rect = GetPdfCanvasBoundingBox(handle());
     return {rect.left * unit_, rect.bottom * unit_, rect.width * unit_, rect.height * unit_,
@@ -705,11 +713,14 @@ class [[nodiscard]] Document {
   }
   void set_canvas_box(const Box& box) { SetPdfCanvasBoundingBox(handle(), rect(box)); }
 
-  // Over the whole canvas box, as it is at this moment.
+  // Draws the image over the whole canvas box, as it is at this moment.
   void draw_image(Image image) { DrawPdfImage(handle(), image.number()); }
+  // Draws the image stretched into the box and turned with it; a negative extent mirrors.
   void draw_image(Image image, const Box& box) {
     DrawPdfImageInRect(handle(), image.number(), rect(box));
   }
+  // Fill the box, stroke it, or do both, turned by its angle; a stroke lies half inside the box and
+  // half outside.
   void fill_rectangle(const Box& box, Color fill) {
     FillPdfRectangle(handle(), rect(box), detail::rgb_color(fill));
   }
@@ -720,7 +731,8 @@ class [[nodiscard]] Document {
     FillAndStrokePdfRectangle(handle(), rect(box), detail::rgb_color(fill),
                               detail::rgb_color(stroke), line_width.in(unit_));
   }
-  // The ellipse in the box. Its line width and colours stay in force on the canvas.
+  // Fills and strokes the ellipse in the box, the stroke inside. The angle is ignored; the line
+  // width and the colours stay in force on the canvas.
   void fill_and_stroke_circle(const Box& box, Color fill, Color stroke, Length line_width) {
     FillAndStrokePdfCircle(handle(), rect(box), detail::rgb_color(fill), detail::rgb_color(stroke),
                            line_width.in(unit_));
@@ -728,30 +740,31 @@ class [[nodiscard]] Document {
 
   // -- Objects
 
-  // Empties the canvas into a form.
+  // Writes the canvas as a form, and empties it.
   Form write_canvas() {
     return Form(
         write("WritePdfCanvas", [&](int* number) { return WritePdfCanvas(handle(), number); }));
   }
 
+  // Adds a page that shows the form; one form may serve several pages.
   void write_page(Form form, const CropBox& crop, const MediaBox& media) {
     check("WritePdfPage",
           [&] { return WritePdfPage(handle(), form.number(), rect(crop.box), rect(media.box)); });
   }
-  // Shows all of the sheet.
+  // Adds a page that shows all of the sheet.
   void write_page(Form form, const Box& sheet) {
     write_page(form, CropBox(sheet), MediaBox(sheet));
   }
 
-  // The image as it is.
+  // Writes the image as it is encoded.
   Image write_image(const ImageData& image, const ImageTags& tags = {}) {
     return write_image(image, false, tags);
   }
-  // Makes the pixels transparent whose components are all 255.
+  // Writes the image with a colour key: pixels whose components are all 255 are transparent.
   Image write_image_without_white(const ImageData& image, const ImageTags& tags = {}) {
     return write_image(image, true, tags);
   }
-  // With a soft mask: a grey image of any size, 0 is transparent.
+  // Writes the image with a soft mask: a grey image of any size, 0 is transparent.
   Image write_image_with_alpha(const ImageData& image, const ImageData& alpha,
                                const ImageTags& tags = {}) {
     constexpr const char* kFunction = "WritePdfImageWithAlpha";
@@ -764,7 +777,7 @@ class [[nodiscard]] Document {
                                     arguments.items.data(), number);
     }));
   }
-  // JPEG 2000 data, which names its own colour space and alpha.
+  // Writes JPEG 2000 data, which names its own colour space and alpha.
   Image write_jpeg2000_image(const ImageData& image, const ImageTags& tags = {}) {
     constexpr const char* kFunction = "WritePdfImageJPEG2000";
     const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
@@ -775,7 +788,7 @@ class [[nodiscard]] Document {
     }));
   }
 
-  // A profile for RGB data and the colour space made of it, for ImageData::color_space.
+  // Writes a profile for RGB data and the colour space made of it, for ImageData::color_space.
   Profile write_icc_profile(Bytes profile, Compression compression = Compression::none) {
     constexpr const char* kFunction = "WritePdfICCProfile";
     const std::uint32_t size = detail::size_in_32_bits(profile, kFunction);
