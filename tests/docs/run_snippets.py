@@ -13,7 +13,8 @@ A C or C++ program is saved under the name in its first line, and one of CMake a
 the commands behind them; the programs are compiled and run by themselves, too. Nothing is added to a
 block. One behind <!-- output --> is what the snippet before it prints, both streams together. Every
 PDF that is there in the end has to be sound. Every other block of code is behind a comment that says
-what runs it, <!-- elsewhere: COMMAND -->, or which file it shows, <!-- file: PATH -->.
+what runs it, <!-- elsewhere: COMMAND -->, on which page it is a snippet, <!-- elsewhere: PAGE.md -->, or
+which file it shows, <!-- file: PATH -->.
 
 WORK is made anew, and holds what the page links to in examples/images; where a comment
 <!-- checkout: FOLDER --> is in the page, FOLDER of it is a checkout. The environment says where things
@@ -48,6 +49,15 @@ class Snippet(NamedTuple):
     line: int
 
 
+def check_elsewhere(place: str, text: str, line: int) -> None:
+    source = pathlib.Path(os.environ.get("SOURCE", ".")) / place
+    if not source.exists():
+        sys.exit(f"line {line}: there is no {place} to run this block")
+    if source.suffix == ".md" and all(
+            text != snippet.text for snippet in snippets(source.read_text(encoding="utf-8"))):
+        sys.exit(f"line {line}: {place} has no snippet like this block")
+
+
 def snippets(page: str) -> Iterator[Snippet]:
     found = 0
     for match in FENCED.finditer(page):
@@ -58,6 +68,8 @@ def snippets(page: str) -> Iterator[Snippet]:
             yield Snippet(comment[2], comment[3] or "", match["text"], line)
         elif comment and comment[1] == "output":
             yield Snippet("output", "", match["text"], line)
+        elif comment and comment[1] == "elsewhere":
+            check_elsewhere(comment[2], match["text"], line)
         elif not comment and match["language"] in CODE:
             sys.exit(f"line {line}: nothing runs this block: put <!-- snippet: KIND --> before it")
     if found != len(re.findall(r"^<!-- (?:snippet|output|elsewhere|file)\b", page, re.MULTILINE)):
