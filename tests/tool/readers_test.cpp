@@ -42,6 +42,40 @@ TEST(CheckSize, RefusesNothingAndTooMuch) {
   EXPECT_THROW(CheckSize(UINT64_MAX, UINT64_MAX, {~uint64_t{0}}), ImageError);
 }
 
+TEST(SetMemory, RefusesMoreThanFourBytesForEachPixelThatIsAllowed) {
+  const ReadLimits limits{100'000'000};
+  ImagePlan plan;
+  SetMemory(400e6, limits, &plan);
+  EXPECT_EQ(plan.memory, 400'000'000u);
+  EXPECT_THROW(SetMemory(400e6 + 1, limits, &plan), ImageError);
+  EXPECT_THROW(SetMemory(1e300, {~uint64_t{0}}, &plan), ImageError);
+  EXPECT_NO_THROW(SetMemory(64 << 20, {1}, &plan));  // the least that every picture may take
+  EXPECT_THROW(SetMemory((64 << 20) + 1, {1}, &plan), ImageError);
+}
+
+TEST(CheckStored, RefusesMoreThanAPdfImageHolds) {
+  ImagePlan plan;
+  plan.size = 0xFFFF'FFFF;
+  EXPECT_NO_THROW(CheckStored(plan));
+  plan.size = size_t{1} << 32;
+  EXPECT_THROW(CheckStored(plan), ImageError);
+  plan.decodeReason = "decoded";
+  EXPECT_NO_THROW(CheckStored(plan));
+}
+
+TEST(JudgeProfile, LeavesOutWhatIsTooLargeAndSaysSo) {
+  std::string profile(kMostProfile, '\0');
+  profile.replace(12, 8, "mntrRGB ").replace(36, 4, "acsp");
+  ImagePlan plan;
+  JudgeProfile(&plan, AsBytes(profile));
+  EXPECT_EQ(plan.profile, ProfileUse::kUsed);
+  EXPECT_EQ(plan.profileSize, kMostProfile);
+  JudgeProfile(&plan, AsBytes(profile + "x"));
+  EXPECT_EQ(plan.profile, ProfileUse::kLeftOut);
+  ASSERT_EQ(plan.notes.size(), 1u);
+  EXPECT_TRUE(plan.notes[0].always);
+}
+
 TEST(Samples, ReadBackAsTheyWereWrittenAtEveryDepth) {
   for (const int bits : {1, 2, 4, 8, 16}) {
     std::vector<uint8_t> row(64, 0xAA);
@@ -87,18 +121,20 @@ TEST(Rescale, KeepsBlackAndWhite) {
 
 TEST(Inflate, StopsAtTheMostItMay) {
   const Buffer packed = Deflate(Buffer::CopyOf(AsBytes(std::string(100'000, 'x'))).View(), 6);
-  EXPECT_EQ(Inflate(packed.View(), 100'000)->Size(), 100'000u);
-  EXPECT_EQ(Inflate(packed.View(), 99'999), std::nullopt);
-  EXPECT_EQ(Inflate(AsBytes("no zlib stream"), 1000), std::nullopt);
+  EXPECT_EQ(Inflate(packed.View(), 100'000).bytes.Size(), 100'000u);
+  EXPECT_TRUE(Inflate(packed.View(), 99'999).bytes.Empty());
+  EXPECT_TRUE(Inflate(packed.View(), 99'999).tooLarge);
+  EXPECT_TRUE(Inflate(AsBytes("no zlib stream"), 1000).bytes.Empty());
+  EXPECT_FALSE(Inflate(AsBytes("no zlib stream"), 1000).tooLarge);
 }
 
 TEST(Deflate, KnowsEveryLevel) {
   const std::string text(5000, 'a');
   for (int level = 0; level <= 12; ++level) {
     const Buffer packed = Deflate(AsBytes(text), level);
-    const auto back = Inflate(packed.View(), text.size());
-    ASSERT_TRUE(back.has_value()) << level;
-    EXPECT_EQ(std::memcmp(back->Data(), text.data(), text.size()), 0);
+    const Buffer back = Inflate(packed.View(), text.size()).bytes;
+    ASSERT_EQ(back.Size(), text.size()) << level;
+    EXPECT_EQ(std::memcmp(back.Data(), text.data(), text.size()), 0);
     EXPECT_EQ(packed.Size() > text.size(), level == 0);
   }
 }

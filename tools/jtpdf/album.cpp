@@ -183,10 +183,11 @@ void FindDuplicates(const std::vector<PlannedInput>& planned, const std::vector<
 
 // About the memory an encoded page holds until it is written.
 uint64_t WeightOf(const PagePlan& page) {
-  if (page.image.PassesThrough()) return page.image.size;
-  return uint64_t{page.image.width} * page.image.height *
-         static_cast<uint64_t>(Channels(page.image.colour) + (page.image.alpha ? 1 : 0)) *
-         static_cast<uint64_t>(std::max(page.image.depth, 8) / 8);
+  if (page.image.PassesThrough()) return page.image.profileSize + page.image.size;
+  return page.image.profileSize +
+         uint64_t{page.image.width} * page.image.height *
+             static_cast<uint64_t>(Channels(page.image.colour) + (page.image.alpha ? 1 : 0)) *
+             static_cast<uint64_t>(std::max(page.image.depth, 8) / 8);
 }
 
 // An image ready to write, with the bytes that it may be a view of; or why there is none.

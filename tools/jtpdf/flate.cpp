@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace tool {
 namespace {
@@ -38,7 +39,7 @@ Buffer Deflate(Bytes bytes, int level) {
   return out;
 }
 
-std::optional<Buffer> Inflate(Bytes stream, size_t most) {
+Inflated Inflate(Bytes stream, size_t most) {
   const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(
       libdeflate_alloc_decompressor());
   if (!decompressor) throw std::bad_alloc();
@@ -49,9 +50,10 @@ std::optional<Buffer> Inflate(Bytes stream, size_t most) {
         decompressor.get(), stream.data(), stream.size(), out.Data(), out.Size(), &size);
     if (result == LIBDEFLATE_SUCCESS) {
       out.Shrink(size);
-      return out;
+      return {std::move(out), false};
     }
-    if (result != LIBDEFLATE_INSUFFICIENT_SPACE || out.Size() == most) return std::nullopt;
+    if (result != LIBDEFLATE_INSUFFICIENT_SPACE) return {};
+    if (out.Size() == most) return {{}, true};
   }
 }
 

@@ -2,8 +2,6 @@
 #ifndef JTPDF_TOOL_FLATE_H
 #define JTPDF_TOOL_FLATE_H
 
-#include <optional>
-
 #include "bytes.h"
 
 namespace tool {
@@ -12,8 +10,13 @@ namespace tool {
 // alone. Throws std::bad_alloc.
 Buffer Deflate(Bytes bytes, int level);
 
-// Decompresses a zlib stream; nothing where it is damaged or holds more than `most` bytes.
-std::optional<Buffer> Inflate(Bytes stream, size_t most);
+struct Inflated {
+  Buffer bytes;  // empty where it is damaged or holds more than it may
+  bool tooLarge = false;
+};
+
+// Decompresses a zlib stream of at most `most` bytes.
+Inflated Inflate(Bytes stream, size_t most);
 
 }  // namespace tool
 

@@ -8,6 +8,10 @@
 
 namespace tool {
 
+// The largest profile that is kept, far beyond what pictures are given: profiles may be compressed
+// a thousandfold, and those of the pictures under way are held in memory.
+inline constexpr size_t kMostProfile = size_t{4} << 20;
+
 struct ProfileFacts {
   bool valid = false;  // a whole profile of a kind that describes a picture's colours
   std::string space;   // "RGB ", "GRAY", "CMYK", ...

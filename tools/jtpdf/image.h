@@ -53,7 +53,8 @@ struct ImagePlan {
   bool palette = false;
   bool alpha = false;  // transparency is declared; the pixels may all be opaque yet
   ProfileUse profile = ProfileUse::kNone;
-  int orientation = 1;  // as EXIF counts, 1 to 8
+  size_t profileSize = 0;  // of one that is used
+  int orientation = 1;     // as EXIF counts, 1 to 8
   Resolution resolution;
   unsigned page = 1;  // of `pages` in this file
   unsigned pages = 1;

@@ -27,7 +27,7 @@ const std::string_view kHelp =
                        shape, other: recorded; so are names with --record-names
  -j, --jobs N          images at a time (default: the processors)
      --compression N   0 to 12 (6), for images that are not stored as they are
-     --max-pixels N    refuse larger images (500000000)
+     --max-pixels N    refuse larger images, and more than 4 N bytes (500000000)
      --max-input N     refuse more bytes (4G) from a pipe
      --skip-bad        leave out inputs that fail; else nothing is written
      --dry-run         list what would become of each input

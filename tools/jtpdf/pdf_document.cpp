@@ -6,10 +6,17 @@
 #include <utility>
 
 #include "flate.h"
+#include "icc.h"
 #include "image_source.h"
 #include "text.h"
 
 namespace tool {
+namespace {
+
+// Of the profiles that are remembered; one that is forgotten and comes again is written again.
+constexpr size_t kMostProfiles = 4 * kMostProfile;
+
+}  // namespace
 
 PdfDocument::PdfDocument(Output& output, const Metadata& metadata, int compression)
     : output_(output),
@@ -49,6 +56,10 @@ int PdfDocument::ColorSpaceOf(Bytes profile) {
                            static_cast<unsigned>(packed.Size()), kPdfCompressionFlate,
                            &colorSpace));
   profiles_.push_back({Buffer::CopyOf(profile), colorSpace});
+  profileBytes_ += profile.size();
+  for (; profileBytes_ > kMostProfiles; profiles_.pop_front()) {
+    profileBytes_ -= profiles_.front().bytes.Size();
+  }
   return colorSpace;
 }
 

@@ -5,9 +5,9 @@
 #include <jtpdf/jtpdf.h>
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "image.h"
 #include "layout.h"
@@ -46,7 +46,8 @@ class PdfDocument {
   Output& output_;
   int compression_;
   std::unique_ptr<JTPDFDocument, Destroy> document_;
-  std::vector<Profile> profiles_;  // each distinct one is written once
+  std::deque<Profile> profiles_;  // the last ones, that each distinct one is written once
+  size_t profileBytes_ = 0;       // of all of them
 };
 
 }  // namespace tool

@@ -224,6 +224,13 @@ std::vector<ImagePlan> PlanJpeg2000(Bytes file, const ReadLimits& limits) {
   plan.resolution = facts.resolution;
   plan.decodeReason = DecodeReason(facts);
   plan.size = file.size();
+  if (plan.PassesThrough()) {
+    CheckStored(plan);
+  } else {  // OpenJPEG has 32 bits for each sample
+    const double pixels = static_cast<double>(plan.width) * plan.height;
+    const int results = Channels(plan.colour) + (plan.alpha ? 1 : 0);
+    SetMemory(pixels * (4 * facts.components + results * (plan.depth > 8 ? 2 : 1)), limits, &plan);
+  }
   JudgeProfile(&plan, facts.profile);
   std::vector<ImagePlan> plans;
   plans.push_back(std::move(plan));

@@ -202,6 +202,13 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
                                      std::to_string(file.size() - plan.size) +
                                      " bytes behind it were left out"});
   }
+  if (plan.PassesThrough()) {
+    CheckStored(plan);
+  } else {  // a progressive file is held as coefficients until its last scan
+    const bool progressive = facts.frame == kSof2 || facts.frame == kSof10;
+    SetMemory(static_cast<double>(plan.width) * plan.height * components * (progressive ? 3 : 1),
+              limits, &plan);
+  }
   if (facts.profile) JudgeProfile(&plan, kJpegReader.profile(plan, file).View());
   std::vector<ImagePlan> plans;
   plans.push_back(std::move(plan));

@@ -17,6 +17,7 @@
 
 #include "exif.h"
 #include "flate.h"
+#include "icc.h"
 #include "readers/reader.h"
 #include "readers/samples.h"
 
@@ -26,7 +27,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr auto kSignature = "\x89PNG\r\n\x1A\n"sv;
-constexpr size_t kMostProfile = size_t{64} << 20;
 
 struct PngFacts {
   uint32_t width = 0;
@@ -110,6 +110,21 @@ struct Palette {
   }
 };
 
+Inflated UnpackProfile(const PngFacts& facts) {
+  const Bytes chunk = facts.profile;
+  const auto end = std::find(chunk.begin(), chunk.end(), 0);  // of the profile's name
+  const size_t head = static_cast<size_t>(end - chunk.begin()) + 2;
+  return head < chunk.size() ? Inflate(chunk.subspan(head), kMostProfile) : Inflated{};
+}
+
+// The rasters, the row as the file packs it, and of an interlaced file all its rows.
+double DecodingMemory(const PngFacts& facts, const ImagePlan& plan) {
+  const int results = Channels(plan.colour) + (plan.alpha ? 1 : 0);
+  const int bits = facts.IsPalette() ? 8 : facts.depth;
+  const double pixels = static_cast<double>(facts.width) * facts.height;
+  return pixels * results * bits / 8 * (facts.interlaced ? 2 : 1);
+}
+
 std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
   const PngFacts facts = ReadFacts(file);
   ImagePlan plan;
@@ -122,6 +137,7 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
   plan.colour = facts.Has(PNG_COLOR_MASK_COLOR) ? Colour::kRgb : Colour::kGrey;
   if (plan.palette && Palette(facts).grey) plan.colour = Colour::kGrey;
   plan.alpha = facts.Has(PNG_COLOR_MASK_ALPHA) || !facts.transparency.empty();
+  SetMemory(DecodingMemory(facts, plan), limits, &plan);
   plan.decodeReason = "PNG rows are filtered, which our Flate images are not";
   if (facts.density.size() == 9 && facts.density[8] == 1) {  // pixels per metre
     plan.resolution = {Be32(&facts.density[0]) * 0.0254, Be32(&facts.density[4]) * 0.0254};
@@ -133,9 +149,12 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
   }
   ApplyExif(ReadExif(facts.exif), &plan);
   if (!facts.profile.empty()) {
-    const Buffer profile = kPngReader.profile(plan, file);
-    // Where it cannot be decompressed, hand on what cannot be a profile either.
-    JudgeProfile(&plan, profile.Empty() ? facts.profile.first(1) : profile.View());
+    const Inflated profile = UnpackProfile(facts);
+    if (profile.bytes.Empty()) {
+      LeaveProfileOut(&plan, profile.tooLarge);
+    } else {
+      JudgeProfile(&plan, profile.bytes.View());
+    }
   }
   std::vector<ImagePlan> plans;
   plans.push_back(std::move(plan));
@@ -143,11 +162,7 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
 }
 
 Buffer PngProfile(const ImagePlan&, Bytes file) {
-  const Bytes chunk = ReadFacts(file).profile;
-  const auto end = std::find(chunk.begin(), chunk.end(), 0);  // of the profile's name
-  const size_t head = static_cast<size_t>(end - chunk.begin()) + 2;
-  if (head >= chunk.size()) return {};
-  return Inflate(chunk.subspan(head), kMostProfile).value_or(Buffer());
+  return UnpackProfile(ReadFacts(file)).bytes;
 }
 
 // libpng reports errors by a call that must not return: it jumps back into ReadRows.

@@ -21,10 +21,12 @@ Colour ColourOf(const Raster& raster) {
   return raster.channels == 1 ? Colour::kGrey : raster.channels == 3 ? Colour::kRgb : Colour::kCmyk;
 }
 
+constexpr uint64_t kMostStored = std::numeric_limits<uint32_t>::max();
+
 EncodedStream Compress(Raster raster, int level) {
   EncodedStream stream;
   stream.owned = Deflate(raster.bytes.View(), level);
-  if (stream.owned.Size() > std::numeric_limits<uint32_t>::max()) {
+  if (stream.owned.Size() > kMostStored) {
     throw ImageError("compresses to more than 4 GiB, the most one PDF image can hold; scale it");
   }
   stream.data = stream.owned.View();
@@ -64,6 +66,13 @@ void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits) {
     throw ImageError("claims " + size + ", more than the " + std::to_string(limits.maxPixels) +
                      " allowed; if that is right, allow it with --max-pixels");
   }
+}
+
+void CheckStored(const ImagePlan& plan) {
+  if (!plan.PassesThrough() || plan.size <= kMostStored) return;
+  throw ImageError("holds " + std::to_string(plan.size) + " bytes, more than the " +
+                   std::to_string(kMostStored) +
+                   " that one PDF image can hold; save it smaller, or in pieces");
 }
 
 void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
@@ -112,12 +121,21 @@ EncodedImage EncodeDecoded(DecodedImage decoded, int level) {
   return image;
 }
 
+void LeaveProfileOut(ImagePlan* plan, bool tooLarge) {
+  plan->profile = ProfileUse::kLeftOut;
+  if (tooLarge) {
+    plan->notes.push_back({true, "its colour profile was left out: it is larger than " +
+                                     std::to_string(kMostProfile >> 20) + " MiB"});
+  } else {
+    plan->notes.push_back({false, "its colour profile is damaged and was left out"});
+  }
+}
+
 void JudgeProfile(ImagePlan* plan, Bytes profile) {
   if (profile.empty()) return;
   const ProfileFacts facts = ReadProfile(profile);
-  if (!facts.valid) {
-    plan->profile = ProfileUse::kLeftOut;
-    plan->notes.push_back({false, "its colour profile is damaged and was left out"});
+  if (!facts.valid || profile.size() > kMostProfile) {
+    LeaveProfileOut(plan, facts.valid);
   } else if (facts.space != "RGB " || plan->colour != Colour::kRgb) {
     plan->profile = ProfileUse::kLeftOut;
     plan->notes.push_back({false, "its colour profile (" + facts.Describe() +
@@ -125,6 +143,7 @@ void JudgeProfile(ImagePlan* plan, Bytes profile) {
                                       "declared"});
   } else {
     plan->profile = ProfileUse::kUsed;
+    plan->profileSize = profile.size();
   }
 }
 

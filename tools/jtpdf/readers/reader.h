@@ -54,6 +54,9 @@ const Reader& ReaderOf(Format format);
 // Throws an ImageError unless the picture has pixels, and no more than the limit.
 void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits);
 
+// Throws an ImageError where the bytes that pass through are more than one PDF image can hold.
+void CheckStored(const ImagePlan& plan);
+
 // Enters in the plan how much memory decoding takes. Throws an ImageError where it is more than the
 // limit. A double: sizes that lie overflow integers.
 void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
@@ -67,6 +70,8 @@ EncodedImage EncodeDecoded(DecodedImage decoded, int level);
 
 // Settles in the plan whether the profile can be declared, which holds for RGB alone.
 void JudgeProfile(ImagePlan* plan, Bytes profile);
+// The same for one that is too large, or too damaged, to be had.
+void LeaveProfileOut(ImagePlan* plan, bool tooLarge);
 
 }  // namespace tool
 

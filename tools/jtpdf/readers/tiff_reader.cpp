@@ -14,8 +14,12 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// What libtiff may take at once besides a picture's pixels: tables, other tags.
-constexpr uint64_t kRoom = uint64_t{16} << 20;
+// What libtiff may take at once: as much as the pixels twice over, for codecs that work on wider
+// samples; what a file holds besides pixels; and some room for tables.
+uint64_t MostAtOnce(Bytes file, uint64_t pixelBytes) {
+  constexpr uint64_t kRoom = uint64_t{16} << 20;
+  return 2 * pixelBytes + file.size() + kRoom;
+}
 
 Resolution ReadResolution(TIFF* tiff) {
   float x = 0, y = 0;
@@ -88,7 +92,7 @@ bool IsPreviewOrMask(TIFF* tiff) {
 
 std::vector<ImagePlan> PlanTiff(Bytes bytes, const ReadLimits& limits) {
   constexpr size_t kMostPages = 65535;
-  TiffFile file(bytes, limits.MostBytes() + kRoom);
+  TiffFile file(bytes, MostAtOnce(bytes, limits.MostBytes()));
   std::vector<ImagePlan> plans;
   size_t leftOut = 0;
   for (bool read = true;;) {
@@ -119,7 +123,7 @@ std::vector<ImagePlan> PlanTiff(Bytes bytes, const ReadLimits& limits) {
 }
 
 DecodedImage DecodeTiff(const ImagePlan& plan, Bytes bytes, std::vector<Note>* notes) {
-  TiffFile file(bytes, plan.memory + kRoom, plan.place);
+  TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
   std::vector<Note> said;  // by the plan
   const TiffPage page = ReadTiffPage(file, &said);
   if (page.width != plan.width || page.height != plan.height) file.ThrowDamaged();
@@ -131,7 +135,7 @@ DecodedImage DecodeTiff(const ImagePlan& plan, Bytes bytes, std::vector<Note>* n
 }
 
 Buffer TiffProfile(const ImagePlan& plan, Bytes bytes) {
-  const TiffFile file(bytes, plan.memory + kRoom, plan.place);
+  const TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
   return Buffer::CopyOf(ReadProfile(file.Get()));
 }
 

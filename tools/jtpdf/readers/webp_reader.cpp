@@ -67,6 +67,9 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
   plan.height = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT);
   CheckSize(plan.width, plan.height, limits);
   plan.alpha = HasAlpha(demuxer.get());
+  // The rasters, and libwebp's own pixels of four bytes: those of frames, laid over each other.
+  const int each = IsAnimated(demuxer.get()) ? 4 + 3 * 4 : plan.alpha ? 4 + 2 * 4 : 3 + 4;
+  SetMemory(static_cast<double>(plan.width) * plan.height * each, limits, &plan);
   plan.decodeReason = "WebP, which PDF does not know";
   Bytes exif = Chunk(demuxer.get(), "EXIF");
   if (StartsWith(exif, std::string_view("Exif\0\0", 6))) exif = exif.subspan(6);  // some writers'
