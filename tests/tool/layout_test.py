@@ -71,7 +71,7 @@ class Layout(JtpdfTest):
         picture = blocks(12, 7)
         stored = jpeg_bytes(picture.transpose(Image.ROTATE_90))
         path = self.put(jpeg_with(stored, jpeg_segment(0xE1, b"Exif\0\0" + exif(6))), "a.jpg")
-        pdf = self.convert(path, "-S", "96x56mm", "-f", "exact")
+        pdf = self.convert(path, "-S", "96ptx56mm", "-f", "exact")
         self.assertAlmostEqual(page_boxes(pdf)[0][0], 96, 3)
         pdf = self.convert(path, "-s", "144")
         self.assertEqual(page_boxes(pdf)[0], (144, 84))
