@@ -31,6 +31,10 @@
 #ifndef JTPDF_JTPDF_HPP
 #define JTPDF_JTPDF_HPP
 
+#if __cplusplus < 201703L
+#error "jtpdf.hpp takes C++17: compile with -std=c++17 or later; jtpdf.h does with older C++"
+#else
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -874,4 +878,5 @@ inline void set_diagnostic_mode(bool on) noexcept {
 template <>
 struct std::is_error_code_enum<jtpdf::Errc> : std::true_type {};
 
+#endif  // C++17
 #endif  // JTPDF_JTPDF_HPP

@@ -16,6 +16,7 @@ diff -r "$work/jtpdf" "$work/again"
 # finds the header there.
 warnings=(-Wall -Wextra -Wpedantic -Werror)
 "$cc" -std=c11 "${warnings[@]}" -I "$work" -fsyntax-only "$sources/examples/hello.c"
+"$cxx" -std=c++17 "${warnings[@]}" -I "$work" -fsyntax-only "$sources/examples/cpp/hello.cpp"
 "$cxx" -std=c++20 -O1 -ffp-contract=off "${warnings[@]}" "$work/jtpdf/jtpdf.cpp" "$@" \
   -o "$work/host"
 
