@@ -62,17 +62,18 @@ if(GZIP)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/shlibs;${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers;${CMAKE_CURRENT_BINARY_DIR}/symbols")
+    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers;${CMAKE_CURRENT_BINARY_DIR}/shlibs;${CMAKE_CURRENT_BINARY_DIR}/symbols")
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_STRICT_PERMISSION ON)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libjtpdf2 (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
-  # The symbol list of the package, from the one list of exported names.
+  # What packages depend on that take the library: the package, and by the one list of exported names.
   file(STRINGS src/jtpdf.exports names)
   list(TRANSFORM names PREPEND " ")
   list(TRANSFORM names APPEND "@Base ${PROJECT_VERSION}")
   list(JOIN names "\n" symbols)
+  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs "libjtpdf 2 libjtpdf2 (>= ${PROJECT_VERSION})\n")
   file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/symbols "libjtpdf.so.2 libjtpdf2\n${symbols}\n")
 endif()
 
