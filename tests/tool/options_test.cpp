@@ -3,6 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace tool {
 namespace {
@@ -147,6 +154,52 @@ TEST(ParseOptions, TakesOptionsAnywhere) {
   EXPECT_TRUE(options.layout.autoOrient);
   EXPECT_EQ(options.layout.turn, 90);
   EXPECT_EQ(options.jobs, 3u);
+}
+
+// The manual without its markup, a paragraph an option.
+std::vector<std::string> ManualParagraphs() {
+  std::ifstream file(JTPDF_MANUAL);
+  std::vector<std::string> paragraphs(1);
+  for (std::string line; std::getline(file, line);) {
+    if (line == ".TP" || line.starts_with(".SS") || line.starts_with(".SH")) {
+      paragraphs.emplace_back();
+      continue;
+    }
+    line = std::regex_replace(line, std::regex(R"(^\.[BIR]+ |\\f[BIR]|")"), "");
+    line = std::regex_replace(line, std::regex(R"(\\-)"), "-");
+    paragraphs.back() += std::regex_replace(line, std::regex(" +"), " ") + ' ';
+  }
+  return paragraphs;
+}
+
+TEST(Manual, NamesTheRealDefaults) {
+  const std::regex kOption("(--[a-z-]+) [A-Z]+ ");
+  const std::regex kDefault(R"((\S+) \(?(unless given|the default))");
+  std::map<std::string, std::string> defaults;
+  for (const std::string& paragraph : ManualParagraphs()) {
+    std::smatch option, value;
+    if (!std::regex_search(paragraph, value, kDefault)) continue;
+    ASSERT_TRUE(std::regex_search(paragraph, option, kOption)) << paragraph;
+    defaults[option[1]] = value[1];
+  }
+  const Options plain = Parse({"a"});
+  EXPECT_EQ(defaults["--jobs"], "processors");
+  EXPECT_EQ(plain.jobs, std::thread::hardware_concurrency());
+  defaults.erase("--jobs");
+  const auto given = [&](const char* option) {
+    const std::string value = std::exchange(defaults[option], "");
+    EXPECT_NE(value, "") << option << " has no default in the manual";
+    return Parse({"a", option, value.c_str()});
+  };
+  EXPECT_EQ(given("--compression").compression, plain.compression);
+  EXPECT_EQ(given("--role").role, plain.role);
+  EXPECT_EQ(given("--max-pixels").limits.maxPixels, plain.limits.maxPixels);
+  EXPECT_EQ(given("--max-input").maxInput, plain.maxInput);
+  EXPECT_EQ(given("--fit").layout.fit, plain.layout.fit);
+  EXPECT_EQ(given("--rotation").layout.turn, plain.layout.turn);
+  for (const auto& [option, value] : defaults) {
+    EXPECT_EQ(value, "") << option << " is not compared with its real default";
+  }
 }
 
 }  // namespace
