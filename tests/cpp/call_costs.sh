@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # call_costs.sh HOST DIRECTORY: prints what calls cost in the C interface and in the C++ face, in
-# instructions per call, and fails where the face takes noticeably more. DIRECTORY is emptied.
+# instructions per call, and fails where the face takes noticeably more or allocates. DIRECTORY is
+# emptied.
 set -euo pipefail
 host=$1 directory=$2
 
