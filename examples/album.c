@@ -3,9 +3,9 @@
  *     album [-v] OUT.pdf [IMAGE_DIR]
  *
  * The album goes straight to the file OUT.pdf: twelve pages in millimetres, a function for each.
- * A small card is made in memory, once in every unit, and written beside it (album.pdf gives
- * album-card.pdf). IMAGE_DIR holds the image files (examples/images when it is not given). With -v
- * the library reports what it tolerates, and this program what it wrote.
+ * A small card is made in memory, once in every unit, and handed to an open file beside it piece by
+ * piece (album.pdf gives album-card.pdf). IMAGE_DIR holds the image files (examples/images when it
+ * is not given). With -v the library reports what it tolerates, and this program what it wrote.
  *
  * Where to read on: album_images.c writes the pictures, album_pages.c draws the pages, album_card.c
  * makes the card.
@@ -54,8 +54,10 @@ static bool MakeAlbum(const char* path, const char* imageDir) {
     return FileFailed(path, " (the name of the album must be UTF-8)");
   }
   Album album = {.imageDir = imageDir, .author = L"Ἑλένη Надежда 直子"};
-  album.doc = CreateFilePdfDoc(PDFCoordinateUnitMillimeter, name, L"album", album.author);
-  const bool ok = WriteAlbum(&album, path);
+  /* No exception leaves the calls with this document: want of memory is a code as well. */
+  album.doc = TryCreateFilePdfDoc(PDFCoordinateUnitMillimeter, name, L"album", album.author);
+  const bool ok =
+      album.doc == NULL ? Succeeded(errno, "TryCreateFilePdfDoc", path) : WriteAlbum(&album, path);
   if (!ok) fprintf(stderr, "album: %s was not finished and is no album\n", path);
   DestroyPdfDoc(album.doc); /* in any state */
   free(name);

@@ -1,4 +1,5 @@
-/* album_card.c - makes a small card in memory, once in every unit, and writes it to a file. */
+/* album_card.c - makes a small card: in memory, once in every unit, and into an open file. */
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -20,17 +21,23 @@ static void DrawCard(JTPDFDocument* doc, double inch, JTPDFRect card) {
   }
 }
 
-/* Makes the card in memory; *card is the caller's to free when this succeeded. */
-static bool MakeCard(double unit, double inch, Bytes* card) {
-  JTPDFDocument* doc = CreateMemoryPdfDoc(unit);
+/* Makes the card in doc, which was created with the unit in which an inch has that length. */
+static bool MakeCard(JTPDFDocument* doc, double inch) {
+  if (doc == NULL) return Succeeded(errno, "TryCreate...PdfDoc", "card");
   const JTPDFRect sheet = Box(0, 0, 3.5 * inch, 2.0 * inch);
   int form = 0;
   SetPdfInfoItem(doc, "Title", L"Карточка · κάρτα · 名刺");
-  bool ok = Succeeded(InitPdfDoc(doc), "InitPdfDoc", "card");
-  if (ok) DrawCard(doc, inch, sheet);
-  ok = ok && Succeeded(WritePdfCanvas(doc, &form), "WritePdfCanvas", "card") &&
-       Succeeded(WritePdfPage(doc, form, sheet, sheet), "WritePdfPage", "card") &&
-       Succeeded(FinalizePdfDoc(doc, NULL), "FinalizePdfDoc", "card");
+  if (!Succeeded(InitPdfDoc(doc), "InitPdfDoc", "card")) return false;
+  DrawCard(doc, inch, sheet);
+  return Succeeded(WritePdfCanvas(doc, &form), "WritePdfCanvas", "card") &&
+         Succeeded(WritePdfPage(doc, form, sheet, sheet), "WritePdfPage", "card") &&
+         Succeeded(FinalizePdfDoc(doc, NULL), "FinalizePdfDoc", "card");
+}
+
+/* Makes the card in memory; *card is the caller's to free when this succeeded. */
+static bool MakeCardInMemory(double unit, double inch, Bytes* card) {
+  JTPDFDocument* doc = TryCreateMemoryPdfDoc(unit);
+  const bool ok = MakeCard(doc, inch);
   if (ok) { /* the bytes belong to the document: copy them before it goes */
     const Bytes nothing = {NULL, 0};
     *card = nothing;
@@ -40,7 +47,8 @@ static bool MakeCard(double unit, double inch, Bytes* card) {
   return ok;
 }
 
-/* The same card, measured in centimetres, millimetres and points, has the same bytes. */
+/* The same card, measured in centimetres, millimetres and points, has the bytes of that in inches.
+ */
 static bool SameInEveryUnit(const Bytes* card) {
   const struct {
     const char* name;
@@ -50,7 +58,7 @@ static bool SameInEveryUnit(const Bytes* card) {
                {"points", PDFCoordinateUnitPoint, 72}};
   for (size_t i = 0; i < COUNT(units); i++) {
     Bytes other;
-    if (!MakeCard(units[i].unit, units[i].inch, &other)) return false;
+    if (!MakeCardInMemory(units[i].unit, units[i].inch, &other)) return false;
     const bool same = other.size == card->size && memcmp(other.data, card->data, card->size) == 0;
     free(other.data);
     if (!same) {
@@ -61,18 +69,26 @@ static bool SameInEveryUnit(const Bytes* card) {
   return true;
 }
 
-static bool WriteFile(const char* path, const Bytes* bytes) {
+/* Takes the bytes of a document as they come. */
+static int32_t ToFile(void* file, const char* data, size_t size) {
+  return fwrite(data, 1, size, file) == size ? 0 : errno;
+}
+
+/* Makes the card in a file that the program has opened itself, by a callback. */
+static bool MakeCardInFile(const char* path) {
   FILE* file = fopen(path, "wb");
   if (file == NULL) return FileFailed(path, "");
-  const bool written = fwrite(bytes->data, 1, bytes->size, file) == bytes->size;
+  JTPDFDocument* doc = TryCreateCallbackPdfDoc(PDFCoordinateUnitInch, ToFile, file);
+  const bool made = MakeCard(doc, 1.0);
+  DestroyPdfDoc(doc);
   const bool closed = fclose(file) == 0;
-  return (written && closed) || FileFailed(path, "");
+  return made && (closed || FileFailed(path, ""));
 }
 
 bool MakeCardFile(const char* path) {
   Bytes card;
-  if (!MakeCard(PDFCoordinateUnitInch, 1.0, &card)) return false;
-  const bool ok = SameInEveryUnit(&card) && WriteFile(path, &card);
+  if (!MakeCardInMemory(PDFCoordinateUnitInch, 1.0, &card)) return false;
+  const bool same = SameInEveryUnit(&card);
   free(card.data);
-  return ok;
+  return same && MakeCardInFile(path);
 }

@@ -1,4 +1,5 @@
 /* hello.c - the whole way through the library: one page with a turned rectangle. */
+#include <errno.h>
 #include <jtpdf/jtpdf.h>
 #include <stdio.h>
 #include <string.h>
@@ -6,9 +7,9 @@
 int main(void) {
   const JTPDFRect sheet = {0, 0, 210, 297, 0}; /* left, bottom, width, height; the angle */
   const JTPDFRGBColor red = {214, 40, 57, 255};
-  JTPDFDocument* doc = CreateFilePdfDoc(PDFCoordinateUnitMillimeter, L"hello.pdf", NULL, NULL);
+  JTPDFDocument* doc = TryCreateFilePdfDoc(PDFCoordinateUnitMillimeter, L"hello.pdf", NULL, NULL);
   int form = 0;
-  int32_t code = InitPdfDoc(doc);
+  int32_t code = doc != NULL ? InitPdfDoc(doc) : ENOMEM;
   if (code == 0) {
     SetPdfCanvasBoundingBox(doc, sheet);
     FillPdfRectangle(doc, (JTPDFRect){45, 110, 120, 80, 15}, red);

@@ -41,7 +41,8 @@
  *    whole character that fits when it holds characters above U+FFFF. A text with a surrogate or a
  *    value above U+10FFFF is written as an empty string.
  * 8. Exceptions. Functions that return a code turn stream failures into it. Every other exception
- *    (std::bad_alloc above all) reaches the caller, who must be C++ to catch it. The document then
+ *    (std::bad_alloc above all) reaches the caller, who must be C++ to catch it; hosts in other
+ *    languages use TryCreate...PdfDoc or SetPdfMemoryErrors. The document then
  *    is as before the call: what the call was to write or to draw is not there, not even in part,
  *    and once there is memory the call can be made again. But WritePdfImageWithAlpha may have
  *    written the alpha image; after InitPdfDoc and FinalizePdfDoc the document can only be
@@ -95,6 +96,38 @@ JTPDF_EXPORT JTPDFDocument* CreateFilePdfDoc(double unitFactor, const wchar_t* f
 /* Creates a document that is kept in memory and fetched with GetPdfData. Otherwise like
  * CreateFilePdfDoc without creator and author (SetPdfInfoItem can set both). */
 JTPDF_EXPORT JTPDFDocument* CreateMemoryPdfDoc(double unitFactor);
+
+/* Creates a document whose bytes are handed to write as they come, with context: to a socket, a
+ * pipe, a compressor, a buffer of the host's. write gets every byte once, in order, from InitPdfDoc
+ * to FinalizePdfDoc, in pieces of 32,768 bytes and more; only a piece in front of large data (of an
+ * image or a profile, 32,768 bytes and more) and the last one are smaller. Large data is handed on
+ * as the pointer that the caller gave: it is neither copied nor read. The document keeps none of
+ * what it wrote. A value other than 0 from write is the result of the call that was under way; from
+ * then on every call that writes fails, FinalizePdfDoc included, and write is not called again.
+ * An exception that write throws comes out of that call.
+ *
+ *     static int32_t ToStream(void* stream, const char* data, size_t size) {
+ *       return fwrite(data, 1, size, stream) == size ? 0 : EIO;
+ *     }
+ *     JTPDFDocument* doc = CreateCallbackPdfDoc(PDFCoordinateUnitPoint, ToStream, stdout);
+ */
+JTPDF_EXPORT JTPDFDocument* CreateCallbackPdfDoc(double unitFactor, JTPDFWriteFunction write,
+                                                 void* context);
+
+/* The same as Create...PdfDoc for hosts that cannot catch an exception: null, with errno ENOMEM,
+ * where there is no memory, and SetPdfMemoryErrors(doc, true) for the document from the start. */
+JTPDF_EXPORT JTPDFDocument* TryCreateFilePdfDoc(double unitFactor, const wchar_t* fileName,
+                                                const wchar_t* creator, const wchar_t* author);
+JTPDF_EXPORT JTPDFDocument* TryCreateMemoryPdfDoc(double unitFactor);
+JTPDF_EXPORT JTPDFDocument* TryCreateCallbackPdfDoc(double unitFactor, JTPDFWriteFunction write,
+                                                    void* context);
+
+/* Says whether memory that runs out in a call with this document is a code: with on, no call lets
+ * std::bad_alloc out. A function that returns a code returns ENOMEM, under the conditions that
+ * convention 8 gives for the exception. One that returns none (drawing, ClearPdfCanvas,
+ * SetPdfInfoItem) does nothing, and the next function with a code returns ENOMEM for it, does
+ * nothing either and can then be called again. Off in a document from Create...PdfDoc. */
+JTPDF_EXPORT void SetPdfMemoryErrors(JTPDFDocument* doc, bool on);
 
 /* Opens the file of a file document, truncating it, and writes the file's head and object 1.
  * Valid once, before any Write...: a second call, and a call after FinalizePdfDoc, is refused with

@@ -110,6 +110,12 @@ typedef struct JTPDFDictionaryItem {
   const wchar_t* value; /* NUL-terminated UTF-32, null counts as empty; always a text string */
 } JTPDFDictionaryItem;
 
+/* What CreateCallbackPdfDoc hands a document's bytes to: size bytes (more than 0) at data, behind
+ * those of the calls before. context is the host's own. The bytes are there during the call only.
+ * Returns 0 for success; any other value fails the call of the library that is under way, which
+ * returns it, and the function is not called again. */
+typedef int32_t (*JTPDFWriteFunction)(void* context, const char* data, size_t size);
+
 /* The binary interface: these layouts are promised for every library of SOVERSION 2. */
 JTPDF_STATIC_ASSERT(sizeof(wchar_t) == 4, "wide text is UTF-32: wchar_t must have 32 bits");
 JTPDF_STATIC_ASSERT(sizeof(TPdfColorSpace) == 4, "enumerations have 32 bits");

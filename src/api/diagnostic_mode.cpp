@@ -1,17 +1,13 @@
-// The process-wide switch for messages on the standard error stream.
+// Exports: the process-wide switch for messages on the standard error stream.
+
+#include "objects/diagnostic_mode.h"
 
 #include "jtpdf/diagnostics.h"
 
-namespace {
-
-bool gDiagnosticMode = false;
-
-}  // namespace
-
 extern "C" bool JTPDFGetDiagnosticMode() {
-  return gDiagnosticMode;
+  return GetDiagnosticMode();
 }
 
 extern "C" void JTPDFSetDiagnosticMode(bool on) {
-  gDiagnosticMode = on;
+  SetDiagnosticMode(on);
 }

@@ -4,17 +4,22 @@
 #include "document/document.h"
 #include "document/images.h"
 #include "jtpdf/jtpdf.h"
-#include "objects/text_string.h"
 
 namespace {
 
 // Runs a writer that gives an object number; stores it on success only.
 template <typename Writer>
-int32_t GuardedWrite(const char* exportName, int* out, const Writer& write) {
+int32_t GuardedWrite(const char* exportName, JTPDFDocument* doc, int* out, const Writer& write) {
   int number = 0;
-  const int32_t code = GuardedCall(exportName, [&] { number = write(); });
+  const int32_t code = GuardedCall(exportName, *doc, [&] { number = write(); });
   if (code == 0 && out != nullptr) *out = number;
   return code;
+}
+
+// Runs draw with the document's canvas.
+template <typename Draw>
+void Drawing(JTPDFDocument* doc, const Draw& draw) {
+  RememberingCall(*doc, [&] { draw(doc->GetCanvas()); });
 }
 
 }  // namespace
@@ -22,7 +27,7 @@ int32_t GuardedWrite(const char* exportName, int* out, const Writer& write) {
 extern "C" {
 
 void ClearPdfCanvas(JTPDFDocument* doc) {
-  doc->GetCanvas().Clear();
+  Drawing(doc, [&](JTPDFCanvas& canvas) { canvas.Clear(); });
 }
 
 JTPDFRect GetPdfCanvasBoundingBox(JTPDFDocument* doc) {
@@ -34,29 +39,35 @@ void SetPdfCanvasBoundingBox(JTPDFDocument* doc, JTPDFRect box) {
 }
 
 void DrawPdfImage(JTPDFDocument* doc, int image) {
-  doc->GetCanvas().Image(image);
+  Drawing(doc, [&](JTPDFCanvas& canvas) { canvas.Image(image); });
 }
 
 void DrawPdfImageInRect(JTPDFDocument* doc, int image, JTPDFRect box) {
-  doc->GetCanvas().Image(image, JTPDFBox(box));
+  Drawing(doc, [&](JTPDFCanvas& canvas) { canvas.Image(image, JTPDFBox(box)); });
 }
 
 void FillPdfRectangle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor fill) {
-  doc->GetCanvas().Rectangle(JTPDFBox(box), JTPDFColor(fill));
+  Drawing(doc, [&](JTPDFCanvas& canvas) { canvas.Rectangle(JTPDFBox(box), JTPDFColor(fill)); });
 }
 
 void StrokePdfRectangle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor stroke, double lineWidth) {
-  doc->GetCanvas().Rectangle(JTPDFBox(box), JTPDFColor(stroke), lineWidth);
+  Drawing(doc, [&](JTPDFCanvas& canvas) {
+    canvas.Rectangle(JTPDFBox(box), JTPDFColor(stroke), lineWidth);
+  });
 }
 
 void FillAndStrokePdfRectangle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor fill,
                                JTPDFRGBColor stroke, double lineWidth) {
-  doc->GetCanvas().Rectangle(JTPDFBox(box), JTPDFColor(fill), JTPDFColor(stroke), lineWidth);
+  Drawing(doc, [&](JTPDFCanvas& canvas) {
+    canvas.Rectangle(JTPDFBox(box), JTPDFColor(fill), JTPDFColor(stroke), lineWidth);
+  });
 }
 
 void FillAndStrokePdfCircle(JTPDFDocument* doc, JTPDFRect box, JTPDFRGBColor fill,
                             JTPDFRGBColor stroke, double lineWidth) {
-  doc->GetCanvas().Circle(JTPDFBox(box), JTPDFColor(fill), JTPDFColor(stroke), lineWidth);
+  Drawing(doc, [&](JTPDFCanvas& canvas) {
+    canvas.Circle(JTPDFBox(box), JTPDFColor(fill), JTPDFColor(stroke), lineWidth);
+  });
 }
 
 void InsetPdfRect(JTPDFRect* rect, double dx, double dy) {
@@ -66,22 +77,19 @@ void InsetPdfRect(JTPDFRect* rect, double dx, double dy) {
 }
 
 int32_t WritePdfCanvas(JTPDFDocument* doc, int* form) {
-  return GuardedWrite("WritePdfCanvas", form, [&] { return doc->WriteCanvas(); });
+  return GuardedWrite("WritePdfCanvas", doc, form, [&] { return doc->WriteCanvas(); });
 }
 
 int32_t WritePdfPage(JTPDFDocument* doc, int form, JTPDFRect cropBox, JTPDFRect mediaBox) {
-  return GuardedCall("WritePdfPage",
+  return GuardedCall("WritePdfPage", *doc,
                      [&] { doc->WritePage(form, JTPDFBox(cropBox), JTPDFBox(mediaBox)); });
 }
 
 int32_t WritePdfImage(JTPDFDocument* doc, const TPdfImageDescriptor* image, bool maskWhite,
                       TPdfImageRole role, const wchar_t* name, unsigned itemCount,
                       const JTPDFDictionaryItem* items, int* imageObject) {
-  return GuardedWrite("WritePdfImage", imageObject, [&] {
-    return doc->WriteImage(image->data, image->size, image->colorSpace, image->colorSpaceObject,
-                           image->compression, maskWhite, image->width, image->height,
-                           image->bitsPerComponent, role, TextOrEmpty(name), itemCount, items,
-                           kNoSoftMask);
+  return GuardedWrite("WritePdfImage", doc, imageObject, [&] {
+    return doc->WriteImage(*image, maskWhite, role, name, itemCount, items, kNoSoftMask);
   });
 }
 
@@ -96,28 +104,24 @@ int32_t WritePdfImageWithAlpha(JTPDFDocument* doc, const TPdfImageDescriptor* im
         WritePdfImage(doc, alpha, false, kPdfImageRoleAlpha, name, 0, nullptr, &softMask);
     if (code != 0) return code;
   }
-  return GuardedWrite("WritePdfImageWithAlpha", imageObject, [&] {
-    return doc->WriteImage(image->data, image->size, image->colorSpace, image->colorSpaceObject,
-                           image->compression, false, image->width, image->height,
-                           image->bitsPerComponent, role, TextOrEmpty(name), itemCount, items,
-                           softMask);
+  return GuardedWrite("WritePdfImageWithAlpha", doc, imageObject, [&] {
+    return doc->WriteImage(*image, false, role, name, itemCount, items, softMask);
   });
 }
 
 int32_t WritePdfImageJPEG2000(JTPDFDocument* doc, const TPdfImageDescriptor* image,
                               TPdfImageRole role, const wchar_t* name, unsigned itemCount,
                               const JTPDFDictionaryItem* items, int* imageObject) {
-  return GuardedWrite("WritePdfImageJPEG2000", imageObject, [&] {
-    return doc->WriteImage(image->data, image->size, kPdfColorSpaceRGB, image->colorSpaceObject,
-                           image->compression, false, image->width, image->height,
-                           image->bitsPerComponent, role, TextOrEmpty(name), itemCount, items,
-                           kNoSoftMask);
+  TPdfImageDescriptor asRGB = *image;
+  asRGB.colorSpace = kPdfColorSpaceRGB;
+  return GuardedWrite("WritePdfImageJPEG2000", doc, imageObject, [&] {
+    return doc->WriteImage(asRGB, false, role, name, itemCount, items, kNoSoftMask);
   });
 }
 
 int32_t WritePdfICCProfile(JTPDFDocument* doc, const char* data, unsigned size,
                            TPdfCompression compression, int* colorSpaceObject) {
-  return GuardedWrite("WritePdfICCProfile", colorSpaceObject, [&] {
+  return GuardedWrite("WritePdfICCProfile", doc, colorSpaceObject, [&] {
     return doc->WriteICCProfile(data, size, compression, colorSpaceObject);
   });
 }

@@ -4,13 +4,13 @@
 
 #include <string>
 
-#include "jtpdf/diagnostics.h"
+#include "objects/diagnostic_mode.h"
 #include "objects/diagnostic_note.h"
 #include "objects/platform_text.h"
 #include "objects/value_format.h"
 
 void HandleDiagnostics(char const* functionName, std::ios_base::failure failure, int code) {
-  if (!JTPDFGetDiagnosticMode()) return;
+  if (!GetDiagnosticMode()) return;
   std::string report = std::string(functionName) + ": JTPDF error: ";
   if (code == -1) {
     report += failure.what();
@@ -22,4 +22,15 @@ void HandleDiagnostics(char const* functionName, std::ios_base::failure failure,
     report += IntToStr(code, 0) + "; " + text;
   }
   PrintDiagnosticNote(std::move(report));
+}
+
+std::int32_t ReportMemoryError(char const* functionName) noexcept {
+  errno = ENOMEM;
+  try {
+    HandleDiagnostics(functionName, std::ios_base::failure(""), ENOMEM);
+  } catch (...) {
+    // No memory for the report either, or a standard error stream that throws.
+  }
+  errno = ENOMEM;
+  return ENOMEM;
 }

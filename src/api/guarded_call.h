@@ -5,15 +5,22 @@
 #include <cerrno>
 #include <cstdint>
 #include <ios>
+#include <new>
+
+#include "document/document.h"
 
 // Says on standard error, in diagnostic mode, which export failed and why:
 // "InitPdfDoc: JTPDF error: 2; No such file or directory", or the failure's own message behind
 // "error: " if the code is -1. errno stays as it is.
 void HandleDiagnostics(char const* functionName, std::ios_base::failure failure, int code);
 
+// Sets errno to ENOMEM, says the same of it in diagnostic mode as far as there is memory for that,
+// and returns it.
+std::int32_t ReportMemoryError(char const* functionName) noexcept;
+
 // Runs body for the export exportName. Returns 0, with errno as it was before the call, or the
 // errno of the failure that was caught (-1 for 0), whatever set it. Only stream failures are
-// caught; every other exception reaches the caller.
+// caught; every other exception reaches the caller, with errno as it was before the call.
 template <typename Body>
 std::int32_t GuardedCall(char const* exportName, Body const& body) {
   const int callersErrno = errno;
@@ -24,10 +31,40 @@ std::int32_t GuardedCall(char const* exportName, Body const& body) {
     const int code = error == 0 ? -1 : error;
     HandleDiagnostics(exportName, failure, code);
     return code;
+  } catch (...) {
+    errno = callersErrno;
+    throw;
   }
   // Closing a file resets errno although nothing failed.
   errno = callersErrno;
   return 0;
+}
+
+// The same for a call on doc, for which memory that runs out, now or in a drawing call before, may
+// be a code as well.
+template <typename Body>
+std::int32_t GuardedCall(char const* exportName, JTPDFDocument& doc, Body const& body) {
+  if (!doc.HasMemoryErrors()) return GuardedCall(exportName, body);
+  if (doc.TakeMemoryError()) return ReportMemoryError(exportName);
+  try {
+    return GuardedCall(exportName, body);
+  } catch (std::bad_alloc const&) {
+    return ReportMemoryError(exportName);
+  }
+}
+
+// Runs body for an export that has no code: where memory errors are codes, doc remembers one for
+// the next call that has.
+template <typename Body>
+void RememberingCall(JTPDFDocument& doc, Body const& body) {
+  const int callersErrno = errno;
+  try {
+    body();
+  } catch (std::bad_alloc const&) {
+    errno = callersErrno;
+    if (!doc.HasMemoryErrors()) throw;
+    doc.RememberMemoryError();
+  }
 }
 
 #endif  // JTPDF_API_GUARDED_CALL_H

@@ -1,151 +1,97 @@
-// Life cycle of a document, its lines and its object numbers.
+// Life cycle of a document.
 
 #include "document/document.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <locale>
-#include <new>
 #include <utility>
 
+#include "document/forms.h"
+#include "document/graphics_state.h"
+#include "document/icc_profile.h"
+#include "document/images.h"
+#include "document/page_tree.h"
 #include "objects/diagnostic_note.h"
-#include "objects/platform_text.h"
-#include "objects/text_string.h"
-#include "objects/value_format.h"
+#include "output/callback_sink.h"
+#include "output/file_sink.h"
+#include "output/memory_sink.h"
+#include "output/trailer.h"
 
-namespace {
-
-constexpr wchar_t cPdfProducer[] = L"JTPDF 2.1.6";
-
-}  // namespace
-
-JTPDFDocument::JTPDFDocument(double unitFactor, OutputKind kind)
-    : producer(cPdfProducer),
+JTPDFDocument::JTPDFDocument(double unitFactor, std::unique_ptr<Sink> sink, wchar_t const* creator,
+                             wchar_t const* author)
+    : ObjectWriter(std::move(sink)),
       unitFactor(unitFactor),
-      outputKind(kind),
-      output(kind == kOutputFile ? static_cast<std::ostream*>(&fileStream) : &memoryStream),
-      canvas(unitFactor) {
-  // A global C++ locale may convert characters on their way into a file. Imbuing costs more than
-  // asking.
-  if (output->getloc() != std::locale::classic()) output->imbue(std::locale::classic());
-  output->exceptions(std::ios_base::badbit | std::ios_base::failbit);
-}
+      information(creator, author),
+      canvas(unitFactor) {}
 
-JTPDFDocument::JTPDFDocument(double unitFactor) : JTPDFDocument(unitFactor, kOutputMemory) {}
+JTPDFDocument::JTPDFDocument(double unitFactor)
+    : JTPDFDocument(unitFactor, std::make_unique<MemorySink>()) {}
 
 JTPDFDocument::JTPDFDocument(double unitFactor, wchar_t const* fileName, wchar_t const* creator,
                              wchar_t const* author)
-    : JTPDFDocument(unitFactor, kOutputFile) {
-  this->fileName = fileName;
-  this->creator = TextOrEmpty(creator);
-  this->author = TextOrEmpty(author);
-}
+    : JTPDFDocument(unitFactor, std::make_unique<FileSink>(fileName), creator, author) {}
+
+JTPDFDocument::JTPDFDocument(double unitFactor, JTPDFWriteFunction write, void* context)
+    : JTPDFDocument(unitFactor, std::make_unique<CallbackSink>(write, context)) {}
 
 JTPDFDocument::~JTPDFDocument() {
-  if (!fileStream.is_open()) return;
+  if (!IsSinkUnfinished()) return;
   const int savedErrno = errno;
   try {
     PrintDiagnosticNote("Warning: JTPDFDocument destroyed without being finalized.");
   } catch (...) {
     // A standard error stream that throws, or no memory for the line: there is nobody to tell.
   }
-  fileStream.exceptions(std::ios_base::goodbit);
-  FlushLines();  // of an object that an exception cut short: what was written stays
-  fileStream.close();
+  AbandonSink();
   errno = savedErrno;
-}
-
-void JTPDFDocument::Refuse(char const* message) {
-  throw std::ios_base::failure(message, std::io_errc::stream);
 }
 
 void JTPDFDocument::Initialize() {
   if (finalized) Refuse("When finalized, a pdf document cannot be re-initialized");
-  if (initialized) Refuse("PDF document cannot be initialized more than once");
-  MakeRoom(xref);  // the header line and object 1
-  if (outputKind == kOutputFile) {
-    OpenWithUnicodePath(fileStream, fileName.c_str(),
-                        std::ios_base::binary | std::ios_base::out | std::ios_base::trunc);
-  }
-  initialized = true;
+  if (IsSinkOpened()) Refuse("PDF document cannot be initialized more than once");
+  OpenSink();
   AddToXRef(WriteLn("%PDF-1.5"));
   // Four bytes above 127 tell transfer programs that the file is binary (ISO 32000-1, 7.5.2).
   WriteLn("%\xE2\xE3\xCD\xD3");
   InitializeGraphicsStateDict();
 }
 
-bool JTPDFDocument::IsWritable() const {
-  return output->good() && (outputKind == kOutputMemory || fileStream.is_open());
+void JTPDFDocument::InitializeGraphicsStateDict() {
+  graphicsStateObject = WriteGraphicsState(*this);
 }
 
-void JTPDFDocument::RequireInitialized() const {
-  if (!initialized) Refuse("Cannot write to a non-initialized document");
+int JTPDFDocument::WriteImage(TPdfImageDescriptor const& image, bool maskWhite, TPdfImageRole role,
+                              wchar_t const* name, unsigned int itemCount,
+                              JTPDFDictionaryItem const* items, int softMask) {
+  return ::WriteImage(*this, image, maskWhite, role, name, itemCount, items, softMask);
 }
 
-void JTPDFDocument::RequireWritable() {
-  RequireInitialized();
-  if (!IsWritable()) output->setstate(std::ios_base::badbit);  // throws
+int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
+                                   TPdfCompression compression, int* /*objectOut*/) {
+  return ::WriteICCProfile(*this, {profile, size}, compression);
 }
 
-std::streampos JTPDFDocument::WriteLn(std::string_view line) {
-  RequireInitialized();
-  const bool writable = IsWritable();
-  const std::streamoff position =
-      writable ? written + static_cast<std::streamoff>(lines.Size()) : std::streamoff(-1);
-  if (line.empty()) return position;
-  if (!writable) RequireWritable();  // throws
-  AppendLine(line);
-  return position;
+int JTPDFDocument::WriteCanvas() {
+  return WriteForm(*this, canvas, graphicsStateObject);
 }
 
-void JTPDFDocument::AppendLine(std::string_view line) {
-  constexpr std::string_view kLineEnd = "\r\n";
-  if (line.size() + kLineEnd.size() > lines.Room()) FlushLines();
-  if (line.size() + kLineEnd.size() <= lines.Room()) {
-    lines << line;
-  } else {
-    WriteRaw(line.data(), line.size());
-  }
-  lines << kLineEnd;
+void JTPDFDocument::WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox) {
+  if (pages.size() == pages.capacity()) pages.reserve(2 * pages.size() + 8);
+  const int contents = WritePageContents(*this, form);
+  pages.push_back({form, contents, cropBox.AsPoints(unitFactor), mediaBox.AsPoints(unitFactor)});
 }
 
-void JTPDFDocument::WriteRaw(char const* data, unsigned long size) {
-  FlushLines();
-  if (size != 0) WriteToSink(data, size);  // data may be null for 0
+void JTPDFDocument::FinalizePages() {
+  WritePageTree(*this, pages);
 }
 
-void JTPDFDocument::FlushLines() {
-  if (lines.Size() == 0) return;
-  WriteToSink(std::string_view(lines).data(), lines.Size());
-  lines.Clear();
+void JTPDFDocument::FinalizeTrailer(int infoObject, int rootObject) {
+  WriteTrailer(*this, infoObject, rootObject);
 }
 
-void JTPDFDocument::WriteToSink(char const* data, std::size_t size) {
-  if (outputKind == kOutputMemory) MakeMemoryRoom(size);
-  output->write(data, static_cast<std::streamsize>(size));
-  written += static_cast<std::streamoff>(size);
-}
-
-void JTPDFDocument::MakeMemoryRoom(std::size_t more) {
-  constexpr std::size_t kGrowth = 16;
-  constexpr std::size_t kLeast = 4096;
-  const std::size_t needed = static_cast<std::size_t>(written) + more;
-  if (needed <= memoryCapacity || needed > pdfData.max_size() / kGrowth) return;
-  try {
-    std::string larger;
-    larger.reserve(std::max(kLeast, kGrowth * needed));
-    larger += std::move(memoryStream).str();
-    memoryCapacity = larger.capacity();
-    memoryStream.str(std::move(larger));
-    memoryStream.seekp(0, std::ios_base::end);
-  } catch (std::bad_alloc const&) {
-    // The stream grows by itself then, by less, as far as the memory goes.
-  }
-}
-
-int JTPDFDocument::AddToXRef(std::streampos position) {
-  const int number = NextObject();
-  xref.push_back(position);
+int JTPDFDocument::WriteCatalog(int pagesObject) {
+  const int number = BeginObject();
+  Compose() << "<<\r\n/Pages " << pagesObject << " 0 R\r\n/Type /Catalog\r\n>>\r\n";
+  EndObject();
   return number;
 }
 
@@ -155,45 +101,17 @@ void JTPDFDocument::Finalize(char const* closingText) {
     return;
   }
   // A sink that failed says so itself.
-  if (finalizing && IsWritable()) {
+  if (finalizing && IsSinkGood()) {
     Refuse("A pdf document that failed to be finalized is incomplete");
   }
-  finalizing = initialized;
+  finalizing = IsSinkOpened();
   FinalizePages();
-  JTPDFDict catalog;
-  catalog["/Type"] = "/Catalog";
-  catalog["/Pages"] = AsRefString(NextObject() - 1);
-  const int rootObject = WriteDict(catalog.AsString());
-  const int infoObject = WriteDict(MakeInfoDict().AsString());
+  const int rootObject = WriteCatalog(NextObject() - 1);
+  const int infoObject = information.Write(*this);
   FinalizeTrailer(infoObject, rootObject);
   if (closingText != nullptr) WriteLn(closingText);
-  FlushLines();
-
-  if (outputKind == kOutputFile && fileStream.is_open()) CloseFile();
-  if (outputKind == kOutputMemory) {
-    pdfData = std::move(memoryStream).str();  // hands the buffer over instead of copying it
-    memoryStream.str(std::string());
-    memoryCapacity = 0;
-    written = 0;
-  }
+  CloseSink();
+  pages = {};
   graphicsStateObject = 0;
   finalized = true;
-}
-
-void JTPDFDocument::CloseFile() {
-  // Closing an ofstream writes what it still buffers and then closes the file, which may change
-  // errno after that write failed. Writing first keeps the reason: "no space left", not nothing.
-  const bool flushed = fileStream.rdbuf()->pubsync() == 0;
-  const int flushErrno = errno;
-  const bool closed = fileStream.rdbuf()->close() != nullptr;
-  if (!flushed) errno = flushErrno;
-  if (!flushed || !closed) fileStream.setstate(std::ios_base::failbit);
-}
-
-char const* JTPDFDocument::GetPdfData() const {
-  return outputKind == kOutputMemory && finalized ? pdfData.c_str() : nullptr;
-}
-
-std::size_t JTPDFDocument::GetPdfDataSize() const {
-  return GetPdfData() == nullptr ? 0 : pdfData.size();
 }

@@ -1,4 +1,4 @@
-// ICC-based colour spaces (ISO 32000-1, 8.6.5.5): the profile's stream and the array naming it.
+// The profile's stream and the array naming it:
 //
 //     3 0 obj                      4 0 obj
 //     <<                           [ /ICCBased 3 0 R ]
@@ -11,31 +11,25 @@
 //     ...420 bytes...endstream
 //     endobj
 
-#include "document/document.h"
+#include "document/icc_profile.h"
+
 #include "document/images.h"
-#include "objects/value_format.h"
 
-int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
-                                   TPdfCompression compression, int* /*objectOut*/) {
-  RequireWritable();  // and only then a note about the compression
+int WriteICCProfile(ObjectWriter& out, std::string_view profile, TPdfCompression compression) {
+  out.RequireWritable(2);  // and only then a note about the compression
   const std::string filter = FilterValueFromCompression(compression);
-  const std::string filterLine = filter.empty() ? filter : "/Filter " + filter;
-  const std::string colorSpaceLine = "[ /ICCBased " + AsRefString(NextObject()) + " ]";
-  MakeRoom(xref, 2);
 
-  BeginObject();
-  WriteLn("<<");
+  const int profileObject = out.BeginObject();
   // Always three components: only RGB profiles are provided for (kept).
-  WriteLn("/Alternate /DeviceRGB");
-  WriteLn("/N 3");
-  WriteLn(filterLine);
-  BeginStream(size);
-  WriteRaw(profile, size);
-  WriteLn("endstream");  // kept: directly behind the data, as for images
-  EndObject();
+  out.Append("<<\r\n/Alternate /DeviceRGB\r\n/N 3\r\n");
+  if (!filter.empty()) out.Compose() << "/Filter " << filter << "\r\n";
+  out.BeginStream(profile.size());
+  out.WriteRaw(profile.data(), profile.size());
+  out.Append("endstream\r\n");  // kept: directly behind the data, as for images
+  out.EndObject();
 
-  const int colorSpaceObject = BeginObject();
-  WriteLn(colorSpaceLine);
-  EndObject();
+  const int colorSpaceObject = out.BeginObject();
+  out.Compose() << "[ /ICCBased " << profileObject << " 0 R ]\r\n";
+  out.EndObject();
   return colorSpaceObject;
 }

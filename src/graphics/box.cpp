@@ -28,7 +28,7 @@ JTPDFBox JTPDFBox::AsPoints(double factor) const {
   return {left * factor, bottom * factor, width * factor, height * factor, angle};
 }
 
-ShapeText& JTPDFBox::WriteMatrix(ShapeText& text, bool scaleToBox) const {
+TextWriter& JTPDFBox::WriteMatrix(TextWriter& text, bool scaleToBox) const {
   const double radians = angle * kRadiansPerDegree;
   // An infinite angle has neither sine nor cosine. The C library gives this quotient, a NaN, for
   // both, but sets errno, and with it the code of a later refusal.
@@ -49,12 +49,15 @@ ShapeText& JTPDFBox::WriteMatrix(ShapeText& text, bool scaleToBox) const {
 }
 
 std::string JTPDFBox::AsMatrix(bool scaleToBox) const {
-  ShapeText text;
+  TextBuffer<kShapeMaxLength> text;
   return WriteMatrix(text, scaleToBox).Text();
 }
 
+TextWriter& JTPDFBox::WriteArray(TextWriter& text) const {
+  return text << '[' << left << ' ' << bottom << ' ' << GetRight() << ' ' << GetTop() << ']';
+}
+
 std::string JTPDFBox::AsArray() const {
-  ShapeText text;
-  text << '[' << left << ' ' << bottom << ' ' << GetRight() << ' ' << GetTop() << ']';
-  return text.Text();
+  TextBuffer<kShapeMaxLength> text;
+  return WriteArray(text).Text();
 }

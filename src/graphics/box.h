@@ -57,10 +57,12 @@ class JTPDFBox {
   // square onto the box (scaleToBox) or the origin to the box's lower-left corner.
   std::string AsMatrix(bool scaleToBox) const;
   // Adds the text of AsMatrix to a line.
-  ShapeText& WriteMatrix(ShapeText& text, bool scaleToBox) const;
+  TextWriter& WriteMatrix(TextWriter& text, bool scaleToBox) const;
 
   // "[left bottom right top]"; the angle is ignored.
   std::string AsArray() const;
+  // Adds the text of AsArray.
+  TextWriter& WriteArray(TextWriter& text) const;
 
   JTPDFRect AsPdfRect() const { return {left, bottom, width, height, angle}; }
 

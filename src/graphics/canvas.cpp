@@ -33,12 +33,12 @@ void JTPDFCanvas::Clear() {
 
 void JTPDFCanvas::Image(int image, JTPDFBox const& box) {
   const std::string number = IntToStr(image, 0);
-  ShapeText line;
-  line << "q ";
-  box.AsPoints(unitFactor).WriteMatrix(line, true) << "  /Im" << number << " Do Q";
   // The entry first: a line must not name an image that memory did not suffice to enter.
   (*this)["/Resources/XObject/Im" + number] = AsRefString(image);
-  contents.Add(line);
+  contents.Compose(kShapeMaxLength, [&](TextWriter& line) {
+    line << "q ";
+    box.AsPoints(unitFactor).WriteMatrix(line, true) << "  /Im" << number << " Do Q";
+  });
 }
 
 void JTPDFCanvas::Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
@@ -47,16 +47,17 @@ void JTPDFCanvas::Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFCo
   const bool fills = fill != JTPDFColor::clNone;
   const bool strokes = stroke != JTPDFColor::clNone;
 
-  ShapeText text;
-  text << "%rectangle\r\nq\r\n";
-  if (fills) text << fill << " rg\r\n";
-  if (strokes) text << stroke << " RG\r\n";
-  text << SizeAsPoints(lineWidth) << " w ";
-  points.WriteMatrix(text, false) << " 0 0 " << points.GetWidth() << ' ' << points.GetHeight()
-                                  << " re\r\n";
-  // "F" is the older name of "f" (ISO 32000-1, table 60); our files have it and keep it. Without a
-  // fill the rectangle is stroked with whatever colour is in force.
-  contents.Add(text << (!fills ? "S Q" : strokes ? "B Q" : "F Q"));
+  contents.Compose(kShapeMaxLength, [&](TextWriter& text) {
+    text << "%rectangle\r\nq\r\n";
+    if (fills) text << fill << " rg\r\n";
+    if (strokes) text << stroke << " RG\r\n";
+    text << SizeAsPoints(lineWidth) << " w ";
+    points.WriteMatrix(text, false)
+        << " 0 0 " << points.GetWidth() << ' ' << points.GetHeight() << " re\r\n";
+    // "F" is the older name of "f" (ISO 32000-1, table 60); our files have it and keep it. Without
+    // a fill the rectangle is stroked with whatever colour is in force.
+    text << (!fills ? "S Q" : strokes ? "B Q" : "F Q");
+  });
 }
 
 void JTPDFCanvas::Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
@@ -68,17 +69,18 @@ void JTPDFCanvas::Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor
   const double ka = kCircleHandle * a;
   const double kb = b * kCircleHandle;
 
-  ShapeText text;
-  // Line width and colours stand in front of "q" and stay in force behind the ellipse (kept).
-  text << width << " w\r\n";
-  text << fill << " rg " << stroke << " RG\r\n";
-  text << "q 1 0 0 1  " << points.GetHorizontalCenter() << ' ' << points.GetVerticalCenter()
-       << "  cm\r\n";
-  // From the left point through the top, the right and the bottom back to the left.
-  text << -a << " 0  m\r\n";
-  text << -a << ' ' << kb << ' ' << -ka << ' ' << b << " 0 " << b << " c\r\n";
-  text << ka << ' ' << b << ' ' << a << ' ' << kb << ' ' << a << " 0 c\r\n";
-  text << a << ' ' << -kb << ' ' << ka << ' ' << -b << " 0 " << -b << " c\r\n";
-  text << -ka << ' ' << -b << ' ' << -a << ' ' << -kb << ' ' << -a << " 0 c\r\n";
-  contents.Add(text << "b Q");
+  contents.Compose(kShapeMaxLength, [&](TextWriter& text) {
+    // Line width and colours stand in front of "q" and stay in force behind the ellipse (kept).
+    text << width << " w\r\n";
+    text << fill << " rg " << stroke << " RG\r\n";
+    text << "q 1 0 0 1  " << points.GetHorizontalCenter() << ' ' << points.GetVerticalCenter()
+         << "  cm\r\n";
+    // From the left point through the top, the right and the bottom back to the left.
+    text << -a << " 0  m\r\n";
+    text << -a << ' ' << kb << ' ' << -ka << ' ' << b << " 0 " << b << " c\r\n";
+    text << ka << ' ' << b << ' ' << a << ' ' << kb << ' ' << a << " 0 c\r\n";
+    text << a << ' ' << -kb << ' ' << ka << ' ' << -b << " 0 " << -b << " c\r\n";
+    text << -ka << ' ' << -b << ' ' << -a << ' ' << -kb << ' ' << -a << " 0 c\r\n";
+    text << "b Q";
+  });
 }

@@ -42,6 +42,7 @@ class JTPDFCanvas : public JTPDFDict {
   void SetBoundingBox(JTPDFBox const& box) { boundingBox = box; }
   JTPDFBox const& GetBoundingBox() const { return boundingBox; }
   JTPDFStringList const& GetContents() const { return contents; }
+  double UnitFactor() const { return unitFactor; }
   double SizeAsPoints(double length) const { return length * unitFactor; }
 
  private:

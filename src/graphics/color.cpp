@@ -33,12 +33,12 @@ std::string_view Component(unsigned char channel) {
 
 }  // namespace
 
-ShapeText& operator<<(ShapeText& text, JTPDFColor const& color) {
+TextWriter& operator<<(TextWriter& text, JTPDFColor const& color) {
   return text << Component(color.red) << ' ' << Component(color.green) << ' '
               << Component(color.blue);
 }
 
 std::string JTPDFColor::AsString(bool gray) const {
-  ShapeText text;
+  TextBuffer<kShapeMaxLength> text;
   return gray ? Num(red / 255.0) : (text << *this).Text();
 }

@@ -21,7 +21,7 @@ class JTPDFColor {
   // One number (the red channel) if gray, else the three components; alpha is never written.
   std::string AsString(bool gray) const;
   // Adds the text of AsString(false).
-  friend ShapeText& operator<<(ShapeText& text, JTPDFColor const& color);
+  friend TextWriter& operator<<(TextWriter& text, JTPDFColor const& color);
 
   // No colour at all: (255, 255, 255, 0). It differs from opaque white only in its alpha (kept).
   static const JTPDFColor clNone;

@@ -5,10 +5,10 @@
 #include <cerrno>
 #include <iostream>
 
-#include "jtpdf/diagnostics.h"
+#include "objects/diagnostic_mode.h"
 
 void PrintDiagnosticNote(std::string text) {
-  if (!JTPDFGetDiagnosticMode()) return;
+  if (!GetDiagnosticMode()) return;
   const int savedErrno = errno;
   text += '\n';
   // One unformatted write: neither a locale nor a field width set on std::cerr can change it, and

@@ -1,10 +1,15 @@
-// Text services of the platform, written against POSIX.
+// Services of the platform, written against POSIX.
 
 #include "objects/platform_text.h"
 
+#include <fcntl.h>
 #include <locale.h>
 #include <string.h>
+#include <sys/uio.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <cwchar>
 #include <string>
@@ -19,6 +24,13 @@ extern "C" int __xpg_strerror_r(int errnum, char* buffer, size_t size) noexcept;
 namespace {
 
 constexpr char32_t kLastCodePoint = 0x10FFFF;
+
+// Without it a file ends at 2 GiB where a long has 32 bits.
+#ifdef O_LARGEFILE
+constexpr int kLargeFile = O_LARGEFILE;
+#else
+constexpr int kLargeFile = 0;
+#endif
 
 bool IsSurrogate(char32_t c) {
   return c >= 0xD800 && c <= 0xDFFF;
@@ -44,15 +56,40 @@ std::string UTF8(PlatformString text) {
   return bytes;
 }
 
+// The file system's form of path; none, with EILSEQ, if it is not valid UTF-32: nothing else would
+// tell the caller why the file was not opened.
+std::optional<std::string> FileSystemPath(wchar_t const* path) {
+  const std::optional<PlatformString> text = NSString_from_wchar_t(path);
+  if (text) return UTF8(*text);
+  errno = EILSEQ;
+  return std::nullopt;
+}
+
 template <typename Stream>
 void OpenOnPlatformPath(Stream& stream, wchar_t const* path, unsigned int mode) {
-  const std::optional<PlatformString> text = NSString_from_wchar_t(path);
-  if (!text) {
-    errno = EILSEQ;  // nothing else would tell the caller why the file was not opened
+  if (const std::optional<std::string> name = FileSystemPath(path)) {
+    stream.open(*name, static_cast<std::ios_base::openmode>(mode));
+  } else {
     stream.setstate(std::ios_base::failbit);
-    return;
   }
-  stream.open(UTF8(*text), static_cast<std::ios_base::openmode>(mode));
+}
+
+// Moves a descriptor out of the standard streams' range.
+int AboveStandardStreams(int descriptor) {
+  if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+  return moved;
+}
+
+// Drops the first count bytes of parts, and what is left of them at the front when it is empty.
+void DropWritten(iovec*& first, iovec const* end, std::size_t count) {
+  while (first != end && count >= first->iov_len) count -= (first++)->iov_len;
+  if (first == end) return;
+  first->iov_base = static_cast<char*>(first->iov_base) + count;
+  first->iov_len -= count;
 }
 
 }  // namespace
@@ -91,6 +128,38 @@ void OpenWithUnicodePath(std::ofstream& stream, wchar_t const* path, unsigned in
 
 void OpenWithUnicodePath(std::ifstream& stream, wchar_t const* path, unsigned int mode) {
   OpenOnPlatformPath(stream, path, mode);
+}
+
+bool PlatformFile::Open(wchar_t const* path) {
+  const std::optional<std::string> name = FileSystemPath(path);
+  if (!name) return false;
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | kLargeFile;
+  descriptor = AboveStandardStreams(open(name->c_str(), kFlags, 0666));
+  return IsOpen();
+}
+
+bool PlatformFile::Write(std::initializer_list<std::string_view> parts) {
+  constexpr std::size_t kMostParts = 4;
+  assert(parts.size() <= kMostParts);
+  iovec vectors[kMostParts];
+  iovec* first = vectors;
+  iovec* const end = std::transform(parts.begin(), parts.end(), first, [](std::string_view part) {
+    return iovec{const_cast<char*>(part.data()), part.size()};
+  });
+  DropWritten(first, end, 0);
+  while (first != end) {
+    const ssize_t written = writev(descriptor, first, static_cast<int>(end - first));
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) DropWritten(first, end, static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+bool PlatformFile::Close() {
+  if (!IsOpen()) return true;
+  const int closing = descriptor;
+  descriptor = -1;
+  return close(closing) == 0;
 }
 
 int JTPDFStrError(int errnum, char* buffer, unsigned long size) {

@@ -1,12 +1,13 @@
-// platform_text - what the library asks of the platform's text services, on POSIX.
+// platform_text - what the library asks of the platform, on POSIX.
 //
 // The one place that knows the platform: validity of wide text, its UTF-16BE bytes, file names as
-// the file system wants them, and error texts.
+// the file system wants them, files that are written, and error texts.
 #ifndef JTPDF_OBJECTS_PLATFORM_TEXT_H
 #define JTPDF_OBJECTS_PLATFORM_TEXT_H
 
 #include <cstddef>
 #include <fstream>
+#include <initializer_list>
 #include <optional>
 #include <string_view>
 
@@ -27,6 +28,29 @@ std::size_t WriteUTF16BE(PlatformString text, unsigned char* out, std::size_t ro
 // gives EILSEQ.
 void OpenWithUnicodePath(std::ofstream& stream, wchar_t const* path, unsigned int mode);
 void OpenWithUnicodePath(std::ifstream& stream, wchar_t const* path, unsigned int mode);
+
+// A file that is written from its beginning to its end. The calls return false and leave the
+// system's error in errno where they fail.
+class PlatformFile {
+ public:
+  PlatformFile() = default;
+  PlatformFile(PlatformFile const&) = delete;
+  PlatformFile& operator=(PlatformFile const&) = delete;
+  ~PlatformFile() { Close(); }
+
+  // Creates or truncates the file at path, as OpenWithUnicodePath does. Its descriptor is never one
+  // of the standard streams', even where those are closed: what the host's process prints must not
+  // get into the file.
+  bool Open(wchar_t const* path);
+  bool IsOpen() const { return descriptor >= 0; }
+  // Writes all bytes of the parts, one behind the other.
+  bool Write(std::initializer_list<std::string_view> parts);
+  // Closes the file whatever it returns.
+  bool Close();
+
+ private:
+  int descriptor = -1;
+};
 
 // strerror_r of POSIX: puts the text of error errnum into buffer (of size bytes, at least 1) and
 // returns 0, or an error number if errnum is unknown or the text was cut. The buffer always holds

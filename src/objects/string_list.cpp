@@ -3,55 +3,56 @@
 #include "objects/string_list.h"
 
 #include <cstdarg>
-#include <utility>
+#include <cstring>
 
 namespace {
 
-void AppendPart(std::string& line, std::string_view text) {
-  if (!line.empty() && line.back() != '[' && text != "]") line += ' ';
-  line += text;
+// Appends text to the line that begins at line and ends at end, behind a blank where one is due.
+char* PutPart(char const* line, char* end, std::string_view text) {
+  if (end != line && end[-1] != '[' && text != "]") *end++ = ' ';
+  return end + text.copy(end, text.size());
 }
 
 }  // namespace
 
+char* JTPDFStringList::BeginLine(std::size_t size) {
+  char* const end = text.Reserve(kLineEnd.size() + size);
+  if (isEmpty) return end;
+  return end + kLineEnd.copy(end, kLineEnd.size());
+}
+
+void JTPDFStringList::EndLine(char const* end) {
+  text.TakeUpTo(end);
+  isEmpty = false;
+}
+
 void JTPDFStringList::Add(unsigned int count, ...) {
   if (count == 0) return;
-  std::string line;
   va_list texts;
   va_start(texts, count);
+  va_list measured;
+  va_copy(measured, texts);
+  std::size_t size = 0;
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy is two lines above
+  for (unsigned int i = 0; i < count; ++i) size += std::strlen(va_arg(measured, char const*)) + 1;
+  va_end(measured);
   try {
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_start is three lines above
-    for (unsigned int i = 0; i < count; ++i) AppendPart(line, va_arg(texts, char const*));
+    char* const line = BeginLine(size);
+    char* end = line;
+    for (unsigned int i = 0; i < count; ++i) end = PutPart(line, end, va_arg(texts, char const*));
+    EndLine(end);
   } catch (...) {
     va_end(texts);
     throw;
   }
   va_end(texts);
-  lines.push_back(std::move(line));
 }
 
 void JTPDFStringList::AddJoined(std::initializer_list<std::string_view> texts) {
   std::size_t size = 0;
   for (const std::string_view text : texts) size += text.size() + 1;
-  std::string line;
-  line.reserve(size);
-  for (const std::string_view text : texts) AppendPart(line, text);
-  lines.push_back(std::move(line));
-}
-
-std::size_t JTPDFStringList::TextSize() const {
-  if (lines.empty()) return 0;
-  std::size_t size = 2 * (lines.size() - 1);
-  for (std::string const& line : lines) size += line.size();
-  return size;
-}
-
-std::string JTPDFStringList::Text() const {
-  std::string text;
-  text.reserve(TextSize());
-  for (std::string const& line : lines) {
-    if (&line != &lines.front()) text += "\r\n";
-    text += line;
-  }
-  return text;
+  char* const line = BeginLine(size);
+  char* end = line;
+  for (const std::string_view text : texts) end = PutPart(line, end, text);
+  EndLine(end);
 }

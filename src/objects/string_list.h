@@ -10,8 +10,12 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "objects/byte_buffer.h"
+#include "objects/text_buffer.h"
+
+// The lines are kept as the text that they make: a string for each would take more instructions and
+// memory than what is in it.
 class JTPDFStringList {
  public:
   // Joins the texts into one line and appends it. One blank goes between two texts unless the line
@@ -24,26 +28,35 @@ class JTPDFStringList {
   // The same for one to ten texts.
   template <std::convertible_to<std::string_view>... Texts>
   requires(sizeof...(Texts) >= 1 && sizeof...(Texts) <= 10) void Add(Texts const&... texts) {
-    if constexpr (sizeof...(Texts) == 1) {
-      (lines.emplace_back(std::string_view(texts)), ...);
-    } else {
-      AddJoined({std::string_view(texts)...});
-    }
+    AddJoined({std::string_view(texts)...});
   }
 
-  // All lines with "\r\n" between two of them and none behind the last; "" for no lines.
-  std::string Text() const;
-  std::size_t TextSize() const;
+  // The same for a line of at most atMost bytes that write(TextWriter&) makes.
+  template <typename Write>
+  void Compose(std::size_t atMost, Write const& write) {
+    TextWriter line(BeginLine(atMost), atMost);
+    write(line);
+    EndLine(line.End());
+  }
 
-  // The lines that Text joins, for a writer that needs no copy of them all.
-  std::vector<std::string> const& Lines() const { return lines; }
+  // All lines with "\r\n" between two of them and none behind the last; "" for no lines. The view
+  // lasts until the list is changed.
+  std::string_view View() const { return text; }
+  std::string Text() const { return std::string(View()); }
 
-  void Clear() { lines.clear(); }
+  void Clear() {
+    text.Clear();
+    isEmpty = true;
+  }
 
  private:
   void AddJoined(std::initializer_list<std::string_view> texts);
+  // The place of a new line of at most size bytes, behind the line end that it takes.
+  char* BeginLine(std::size_t size);
+  void EndLine(char const* end);
 
-  std::vector<std::string> lines;
+  ByteBuffer text;
+  bool isEmpty = true;  // no line at all: a list of one empty line has no text either
 };
 
 #endif  // JTPDF_OBJECTS_STRING_LIST_H

@@ -1,4 +1,4 @@
-// text_buffer - a short text of numbers and blanks, put together without the heap.
+// text_buffer - a text of numbers and blanks, put together in memory that is there already.
 #ifndef JTPDF_OBJECTS_TEXT_BUFFER_H
 #define JTPDF_OBJECTS_TEXT_BUFFER_H
 
@@ -10,40 +10,47 @@
 
 #include "objects/value_format.h"
 
-// A text of at most Capacity bytes. Whoever adds to it sees to it that there is room: a number
-// takes kNumMaxLength bytes at most, whatever its value. A string per number and per part takes
-// nearly twice the instructions of a rectangle.
-template <std::size_t Capacity>
-class TextBuffer {
- public:
-  void Clear() { end = start; }
-  std::size_t Size() const { return static_cast<std::size_t>(end - start); }
-  std::size_t Room() const { return Capacity - Size(); }
+// The end of every line of a file.
+inline constexpr std::string_view kLineEnd = "\r\n";
 
-  TextBuffer& operator<<(std::string_view text) {
+// A text that is written into room bytes at start. Whoever adds to it sees to it that there is
+// room: a number takes kNumMaxLength bytes at most, whatever its value. A string per number and per
+// part takes nearly twice the instructions of a rectangle.
+class TextWriter {
+ public:
+  TextWriter(char* start, std::size_t room) : start(start), end(start), limit(start + room) {}
+  TextWriter(TextWriter const&) = delete;
+  TextWriter& operator=(TextWriter const&) = delete;
+
+  void Clear() { end = start; }
+  char const* End() const { return end; }
+  std::size_t Size() const { return static_cast<std::size_t>(end - start); }
+  std::size_t Room() const { return static_cast<std::size_t>(limit - end); }
+
+  TextWriter& operator<<(std::string_view text) {
     assert(text.size() <= Room());
     std::memcpy(end, text.data(), text.size());
     end += text.size();
     return *this;
   }
 
-  TextBuffer& operator<<(char c) {
+  TextWriter& operator<<(char c) {
     assert(Room() >= 1);
     *end++ = c;
     return *this;
   }
 
   // The text of Num(value).
-  TextBuffer& operator<<(double value) {
+  TextWriter& operator<<(double value) {
     assert(Room() >= kNumMaxLength);
     end = WriteNum(end, value);
     return *this;
   }
 
   // The text of IntToStr(value, 0), or of IntToStr(value, width).
-  TextBuffer& operator<<(int value) { return PaddedInteger(value, 0); }
-  TextBuffer& operator<<(long long value) { return PaddedInteger(value, 0); }
-  TextBuffer& PaddedInteger(long long value, unsigned int width) {
+  TextWriter& operator<<(int value) { return PaddedInteger(value, 0); }
+  TextWriter& operator<<(long long value) { return PaddedInteger(value, 0); }
+  TextWriter& PaddedInteger(long long value, unsigned int width) {
     assert(Room() >= kIntMaxLength);
     end = WriteInt(end, value, width);
     return *this;
@@ -53,12 +60,23 @@ class TextBuffer {
   std::string Text() const { return std::string(std::string_view(*this)); }
 
  private:
-  char start[Capacity];
-  char* end = start;
+  char* const start;
+  char* end;
+  char* const limit;
 };
 
-// Fits the longest text that is formed of numbers, a circle: 25 numbers of 29 characters, two
+// A text of at most Capacity bytes with memory of its own.
+template <std::size_t Capacity>
+class TextBuffer : public TextWriter {
+ public:
+  TextBuffer() : TextWriter(bytes, Capacity) {}
+
+ private:
+  char bytes[Capacity];
+};
+
+// The longest text that is formed of numbers is a circle's: 25 numbers of 29 characters, two
 // colours of 20 and some 80 characters around them.
-using ShapeText = TextBuffer<1024>;
+inline constexpr std::size_t kShapeMaxLength = 1024;
 
 #endif  // JTPDF_OBJECTS_TEXT_BUFFER_H

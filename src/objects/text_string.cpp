@@ -27,8 +27,8 @@ std::string Hexadecimal(std::uintptr_t value) {
 
 }  // namespace
 
-std::basic_string<unsigned short> PDFUTF16FromWString(std::wstring const& text) {
-  std::basic_string<unsigned short> result;
+std::u16string PDFUTF16FromWString(std::wstring const& text) {
+  std::u16string result;
   const std::optional<PlatformString> valid = NSString_from_wchar_t(text.c_str());
   const std::size_t room = 2 * text.size();
   const std::unique_ptr<unsigned char, FreeDeleter> buffer(
@@ -50,9 +50,9 @@ std::basic_string<unsigned short> PDFUTF16FromWString(std::wstring const& text) 
 }
 
 std::string PsString(std::wstring const& text) {
-  const std::basic_string<unsigned short> units = PDFUTF16FromWString(text);
+  const std::u16string units = PDFUTF16FromWString(text);
   const auto* const bytes = reinterpret_cast<unsigned char const*>(units.data());
-  const std::size_t size = units.size() * sizeof(unsigned short);
+  const std::size_t size = units.size() * sizeof(char16_t);
 
   std::string literal = "(";
   literal.reserve(2 + 3 * size);

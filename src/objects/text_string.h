@@ -11,7 +11,7 @@
 // U+FFFF loses its end (kept: the lengths of our strings have always been bounded so). Where
 // nothing is converted (no text, text that is not valid UTF-32, a lone character that does not fit)
 // the result is empty and diagnostic mode notes it.
-std::basic_string<unsigned short> PDFUTF16FromWString(std::wstring const& text);
+std::u16string PDFUTF16FromWString(std::wstring const& text);
 
 // The PDF string literal of text; "()" where PDFUTF16FromWString gives nothing.
 std::string PsString(std::wstring const& text);

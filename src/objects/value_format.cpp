@@ -11,8 +11,6 @@
 #include <limits>
 #include <string_view>
 
-#include "objects/text_buffer.h"
-
 namespace {
 
 // Layout of an IEEE 754 double, on which WriteNum computes.
@@ -116,9 +114,7 @@ std::string IntToStr(int value, unsigned int width) {
 }
 
 std::string AsRefString(int objectNumber) {
-  TextBuffer<128> text;
-  text << objectNumber << " 0 R";
-  return text.Text();
+  return IntToStr(objectNumber, 0) + " 0 R";
 }
 
 std::string AsRefArray(int firstObject, int count) {
@@ -126,11 +122,7 @@ std::string AsRefArray(int firstObject, int count) {
   const int end =
       static_cast<int>(static_cast<unsigned>(firstObject) + static_cast<unsigned>(count));
   std::string array = "[";
-  for (int n = firstObject; n < end; ++n) {
-    TextBuffer<128> reference;
-    reference << n << " 0 R ";
-    array += reference;
-  }
+  for (int n = firstObject; n < end; ++n) array += AsRefString(n) + ' ';
   // Kept: without objects this overwrites the bracket that opens, and the array is a lone "]".
   array.back() = ']';
   return array;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <functional>
 
 #include "jtpdf/jtpdf.h"
@@ -10,6 +11,7 @@
 #include "support/cases.h"
 #include "support/doc.h"
 #include "support/failing_new.h"
+#include "support/failing_realloc.h"
 #include "support/temp_dir.h"
 
 struct Call {
@@ -23,7 +25,7 @@ constexpr char kKey[] = "AKeyThatIsLongerThanAStringHoldsByItself";
 constexpr wchar_t kText[] = L"a text that is longer than a string holds by itself";
 const JTPDFDictionaryItem kItem = {kKey, kText};
 
-const Call kCalls[] = {
+const Call kCallTable[] = {
     {"InitPdfDoc", false, [](JTPDFDocument* doc) { return InitPdfDoc(doc); }},
     {"FinalizePdfDoc", true, [](JTPDFDocument* doc) { return FinalizePdfDoc(doc, "closing"); }},
     {"SetPdfInfoItem", true,
@@ -61,11 +63,19 @@ const Call kCalls[] = {
 
 class OutOfMemory : public testing::TestWithParam<Call> {};
 
-INSTANTIATE_TEST_SUITE_P(Call, OutOfMemory, testing::ValuesIn(kCalls), NameOf<Call>);
+INSTANTIATE_TEST_SUITE_P(Call, OutOfMemory, testing::ValuesIn(kCallTable), NameOf<Call>);
 
-// Lets the call fail at its n-th allocation.
+// What has room is not allocated again: some call of many needs memory.
+constexpr int kCalls = 30;
+
+// Lets the calls fail at their n-th allocation.
 Outcome FailAt(long n, Call const& call, JTPDFDocument* doc) {
-  return WithAllocations(n, [&] { return call.call(doc) == 0; });
+  return WithAllocations(n, [&] {
+    for (int i = 0; i < (call.initialized ? kCalls : 1); ++i) {
+      if (call.call(doc) != 0) return false;
+    }
+    return true;
+  });
 }
 
 TEST_P(OutOfMemory, ReachesTheCallerOfAFileDocumentAndItCanBeDestroyed) {
@@ -80,7 +90,7 @@ TEST_P(OutOfMemory, ReachesTheCallerOfAFileDocumentAndItCanBeDestroyed) {
     EXPECT_EQ(Outcome::kBadAlloc, outcome) << "allocation " << n;
     failed = true;
   }
-  EXPECT_TRUE(failed) << "the call does not allocate: the test is void";
+  EXPECT_TRUE(failed || !kReallocFails) << "the call does not allocate: the test is void";
 }
 
 TEST(OutOfMemoryCreate, ReachesTheCallerAndLeavesNothingBehind) {
@@ -98,9 +108,7 @@ TEST(OutOfMemoryCreate, ReachesTheCallerAndLeavesNothingBehind) {
   }
 }
 
-// A string stream writes what it can hold and answers a failed growth with badbit, which raises a
-// stream failure: memory documents may report a code instead.
-TEST_P(OutOfMemory, EndsInACodeOrAnExceptionInAMemoryDocument) {
+TEST_P(OutOfMemory, ReachesTheCallerOfAMemoryDocument) {
   bool failed = false;
   for (long n = 0;; ++n) {
     ASSERT_LT(n, 10000) << "never succeeds";
@@ -108,7 +116,75 @@ TEST_P(OutOfMemory, EndsInACodeOrAnExceptionInAMemoryDocument) {
     if (GetParam().initialized) doc.Init().Draw(2).Page(2);
     const Outcome outcome = FailAt(n, GetParam(), doc);
     if (outcome == Outcome::kSuccess) break;
+    EXPECT_EQ(Outcome::kBadAlloc, outcome) << "allocation " << n;
     failed = true;
   }
-  EXPECT_TRUE(failed);
+  EXPECT_TRUE(failed || !kReallocFails);
+}
+
+// ---- As a code ----
+
+TEST_P(OutOfMemory, IsACodeForADocumentThatWantsIt) {
+  bool failed = false;
+  for (long n = 0;; ++n) {
+    ASSERT_LT(n, 10000) << "never succeeds";
+    Doc doc;
+    if (GetParam().initialized) doc.Init().Draw(2).Page(2);
+    SetPdfMemoryErrors(doc, true);
+    int32_t code = 0;
+    errno = EDOM;
+    const Outcome outcome = WithAllocations(n, [&] {
+      for (int i = 0; code == 0 && i < (GetParam().initialized ? kCalls : 1); ++i) {
+        code = GetParam().call(doc);
+      }
+      return true;
+    });
+    ASSERT_EQ(Outcome::kSuccess, outcome) << "an exception at allocation " << n;
+    // A call without a code leaves its failure to the next one that has one.
+    const bool reported = code != 0;
+    if (!reported) code = WritePdfPage(doc, 2, kA4, kA4);
+    if (code == 0) break;
+    EXPECT_EQ(ENOMEM, code);
+    failed = true;
+    if (!reported) {
+      EXPECT_EQ(0, WritePdfPage(doc, 2, kA4, kA4)) << "it is reported once";
+    }
+  }
+  EXPECT_TRUE(failed || !kReallocFails);
+}
+
+TEST(OutOfMemoryTryCreate, GivesNullAndENOMEM) {
+  const auto ignore = [](void*, const char*, size_t) { return int32_t{0}; };
+  const std::function<JTPDFDocument*()> creations[] = {
+      [] { return TryCreateFilePdfDoc(1, kText, kText, kText); },
+      [] { return TryCreateMemoryPdfDoc(1); },
+      [&] { return TryCreateCallbackPdfDoc(1, ignore, nullptr); },
+  };
+  for (auto const& create : creations) {
+    long n = 0;
+    for (;; ++n) {
+      ASSERT_LT(n, 1000) << "never succeeds";
+      JTPDFDocument* doc = nullptr;
+      errno = 0;
+      ASSERT_EQ(Outcome::kSuccess, WithAllocations(n, [&] {
+                  doc = create();
+                  return true;
+                }));
+      DestroyPdfDoc(doc);
+      if (doc != nullptr) break;
+      EXPECT_EQ(ENOMEM, errno);
+    }
+    EXPECT_GT(n, 0);
+  }
+}
+
+TEST(OutOfMemoryTryCreate, ItsDocumentsGiveCodes) {
+  JTPDFDocument* const doc = TryCreateMemoryPdfDoc(1);
+  int32_t code = 0;
+  EXPECT_EQ(Outcome::kSuccess, WithAllocations(0, [&] {
+              code = InitPdfDoc(doc);
+              return true;
+            }));
+  EXPECT_EQ(ENOMEM, code);
+  DestroyPdfDoc(doc);
 }

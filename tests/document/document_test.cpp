@@ -128,10 +128,7 @@ const RefusedCall kWriters[] = {
     {"WriteDictWithStream", [](JTPDFDocument& d) { d.WriteDict("", "x", true); }},
     {"InitializeGraphicsStateDict", [](JTPDFDocument& d) { d.InitializeGraphicsStateDict(); }},
     {"WriteImage",
-     [](JTPDFDocument& d) {
-       d.WriteImage("x", 1, kPdfColorSpaceGray, 0, kPdfCompressionJPEG, false, 1, 1, 8,
-                    kPdfImageRolePhoto, L"", 0, nullptr, -1);
-     }},
+     [](JTPDFDocument& d) { d.WriteImage(grey, false, kPdfImageRolePhoto, L"", 0, nullptr, -1); }},
     {"WriteICCProfile",
      [](JTPDFDocument& d) { d.WriteICCProfile("x", 1, kPdfCompressionFlate, nullptr); }},
     {"WriteCanvas", [](JTPDFDocument& d) { d.WriteCanvas(); }},

@@ -31,11 +31,17 @@ struct Image {
 };
 
 int Write(JTPDFDocument& doc, Image const& image) {
-  return doc.WriteImage(
-      image.data.data(), image.data.size(), static_cast<TPdfColorSpace>(image.colorSpace),
-      image.colorSpaceObject, static_cast<TPdfCompression>(image.compression), image.maskWhite,
-      image.width, image.height, image.bitsPerComponent, static_cast<TPdfImageRole>(image.role),
-      image.name, static_cast<unsigned>(image.items.size()), image.items.data(), image.softMask);
+  const TPdfImageDescriptor descriptor = {image.data.data(),
+                                          static_cast<std::uint32_t>(image.data.size()),
+                                          static_cast<TPdfCompression>(image.compression),
+                                          image.width,
+                                          image.height,
+                                          image.bitsPerComponent,
+                                          static_cast<TPdfColorSpace>(image.colorSpace),
+                                          image.colorSpaceObject};
+  return doc.WriteImage(descriptor, image.maskWhite, static_cast<TPdfImageRole>(image.role),
+                        image.name.c_str(), static_cast<unsigned>(image.items.size()),
+                        image.items.data(), image.softMask);
 }
 
 // Object 2 of a document that holds the image.

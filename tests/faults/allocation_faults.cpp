@@ -62,6 +62,16 @@ AllocationTraffic StopFailingAllocations() {
 
 }  // namespace faults
 
+// What realloc refuses it refuses twice: the library asks for less the second time.
+bool RefusesMemory();
+
+bool RefusesMemory() {
+  static bool again = false;
+  if (again) return !(again = false);
+  again = faults::Fails();
+  return again;
+}
+
 void* operator new(std::size_t size) {
   return faults::AllocateOrThrow(size);
 }

@@ -1,5 +1,5 @@
 // The program that links this has an operator new of its own, which counts the blocks that live and
-// fails once when it is told to.
+// fails once when it is told to; with it fails realloc, whose blocks are not counted.
 #ifndef JTPDF_TESTS_FAULTS_ALLOCATION_FAULTS_H
 #define JTPDF_TESTS_FAULTS_ALLOCATION_FAULTS_H
 

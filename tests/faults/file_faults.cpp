@@ -1,12 +1,12 @@
 #include "file_faults.h"
 
 #include <dlfcn.h>
+#include <sys/types.h>
 #include <sys/uio.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <cstdarg>
 #include <vector>
 
 namespace faults {
@@ -17,7 +17,6 @@ namespace {
 struct Watch {
   bool on = false;
   std::string path;
-  std::FILE* file = nullptr;
   int descriptor = -1;
   FileFault fault{};
   int at = -1;  // -1: none
@@ -39,21 +38,20 @@ bool IsDue(Operation operation, int number) {
   return true;
 }
 
-std::FILE* Open(const char* symbol, const char* path, const char* mode) {
-  auto* const next = Next<std::FILE*(const char*, const char*)>(symbol);
-  if (!gWatch.on || gWatch.path != path) return next(path, mode);
+int Open(const char* symbol, const char* path, int flags, mode_t mode) {
+  auto* const next = Next<int(const char*, int, mode_t)>(symbol);
+  if (!gWatch.on || gWatch.path != path) return next(path, flags, mode);
   if (IsDue(Operation::kOpen, gWatch.traffic.opens)) {
     gWatch.at = -1;  // a second attempt succeeds
     errno = gWatch.fault.error;
-    return nullptr;
+    return -1;
   }
-  std::FILE* const file = next(path, mode);
-  if (file != nullptr) {
+  const int descriptor = next(path, flags, mode);
+  if (descriptor >= 0) {
     ++gWatch.traffic.opens;
-    gWatch.file = file;
-    gWatch.descriptor = fileno(file);
+    gWatch.descriptor = descriptor;
   }
-  return file;
+  return descriptor;
 }
 
 off64_t Seek(const char* symbol, int descriptor, off64_t offset, int whence) {
@@ -114,23 +112,23 @@ using faults::gWatch;
 
 extern "C" {
 
-std::FILE* fopen(const char* path, const char* mode) {
-  return faults::Open("fopen", path, mode);
+// The mode is read even where it was not passed: what stands there then is not looked at.
+int open(const char* path, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  const auto mode = static_cast<mode_t>(va_arg(rest, int));
+  va_end(rest);
+  return faults::Open("open", path, flags, mode);
 }
 
-std::FILE* fopen64(const char* path, const char* mode) {
-  return faults::Open("fopen64", path, mode);
-}
-
-int fclose(std::FILE* file) {
-  auto* const next = faults::Next<int(std::FILE*)>("fclose");
-  if (file == nullptr || file != gWatch.file) return next(file);
-  gWatch.file = nullptr;
+int close(int descriptor) {
+  auto* const next = faults::Next<int(int)>("close");
+  if (descriptor < 0 || descriptor != gWatch.descriptor) return next(descriptor);
   gWatch.descriptor = -1;
-  const int result = next(file);
+  const int result = next(descriptor);
   if (!faults::IsDue(faults::Operation::kClose, gWatch.traffic.closes++)) return result;
   errno = gWatch.fault.error;
-  return EOF;
+  return -1;
 }
 
 ssize_t write(int descriptor, const void* data, std::size_t size) {

@@ -201,17 +201,13 @@ class Run {
     if (JTPDFGetDiagnosticMode() != options_.diagnostics) {
       JTPDFSetDiagnosticMode(options_.diagnostics);  // no thread writes what is so already
     }
-    const std::wstring fileName = options_.path ? options_.path->wstring() : L"";
     Guarded("Create...PdfDoc", [&] {
-      session_.doc = options_.path
-                         ? CreateFilePdfDoc(PDFCoordinateUnitMillimeter, fileName.c_str(),
-                                            L"the host of the reference document", L"its author")
-                         : CreateMemoryPdfDoc(PDFCoordinateUnitMillimeter);
-      return Succeeded();
+      session_.doc = Create();
+      return session_.doc == nullptr ? errno : Succeeded();
     });
     outcome_.created = session_.doc != nullptr;
     if (!outcome_.created) return std::move(outcome_);
-    if (options_.prepare) options_.prepare(session_.doc);
+    SetPdfMemoryErrors(session_.doc, options_.memoryErrors);
     RunSteps();
     // A host that does not believe the code.
     if (options_.after != After::kAbandon && !outcome_.failures.empty()) {
@@ -225,6 +221,21 @@ class Run {
   }
 
  private:
+  JTPDFDocument* Create() const {
+    constexpr wchar_t kCreator[] = L"the host of the reference document";
+    constexpr wchar_t kAuthor[] = L"its author";
+    const double unit = PDFCoordinateUnitMillimeter;
+    const bool codes = options_.memoryErrors;
+    if (options_.create) return options_.create();
+    if (options_.write != nullptr) {
+      return codes ? TryCreateCallbackPdfDoc(unit, options_.write, options_.context)
+                   : CreateCallbackPdfDoc(unit, options_.write, options_.context);
+    }
+    if (!options_.path) return codes ? TryCreateMemoryPdfDoc(unit) : CreateMemoryPdfDoc(unit);
+    return codes ? TryCreateFilePdfDoc(unit, fileName_.c_str(), kCreator, kAuthor)
+                 : CreateFilePdfDoc(unit, fileName_.c_str(), kCreator, kAuthor);
+  }
+
   void RunSteps() {
     for (const Step& step : ReferenceSteps(options_.volume)) {
       const bool finalizes = std::string(step.name) == "FinalizePdfDoc";
@@ -278,7 +289,8 @@ class Run {
   void KeepData() {
     const char* data = GetPdfData(session_.doc);
     const std::size_t size = GetPdfDataSize(session_.doc);
-    const bool expected = !options_.path && outcome_.finalized;
+    const bool inMemory = !options_.path && !options_.create && options_.write == nullptr;
+    const bool expected = inMemory && outcome_.finalized;
     if ((data != nullptr) != expected) Blame("GetPdfData", "gives data against the codes");
     if (data == nullptr && size != 0) Blame("GetPdfDataSize", "counts what is not there");
     if (data != nullptr) outcome_.memory.assign(data, size);
@@ -289,6 +301,7 @@ class Run {
   }
 
   const Options& options_;
+  const std::wstring fileName_ = options_.path ? options_.path->wstring() : std::wstring();
   Session session_;
   Outcome outcome_;
 };

@@ -52,7 +52,11 @@ struct Options {
   int volume = 1;
   After after = After::kStop;
   bool diagnostics = false;
-  std::function<void(JTPDFDocument*)> prepare;  // before InitPdfDoc
+  bool memoryErrors = false;  // memory that runs out is a code
+  // A document that is handed to write, or one that create makes, instead of what path says.
+  JTPDFWriteFunction write = nullptr;
+  void* context = nullptr;
+  std::function<JTPDFDocument*()> create;
   std::function<void(const Step&)> beforeStep;
 };
 

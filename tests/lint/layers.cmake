@@ -1,16 +1,17 @@
-# Includes run one way: objects <- graphics <- document <- api; hosts see jtpdf/* only.
+# Includes run one way: objects <- graphics, output <- document <- api; no two files of a room
+# include each other, not even by a detour; hosts see jtpdf/* only.
 #   cmake -D ROOT=<source folder> -P layers.cmake
 
 cmake_minimum_required(VERSION 3.25)
 
-set(public "jtpdf/(types|diagnostics)\\.h")
-set(allowed_objects "^(objects/|${public})")
-set(allowed_graphics "^(objects/|graphics/|${public})")
-set(allowed_document "^(objects/|graphics/|document/|${public})")
-set(allowed_api "^(objects/|graphics/|document/|api/|jtpdf/)")
+set(allowed_objects "^(objects/|jtpdf/types\\.h)")
+set(allowed_graphics "^(objects/|graphics/|jtpdf/types\\.h)")
+set(allowed_output "^(objects/|output/|jtpdf/types\\.h)")
+set(allowed_document "^(objects/|graphics/|output/|document/|jtpdf/types\\.h)")
+set(allowed_api "^(objects/|graphics/|output/|document/|api/|jtpdf/)")
 
-# Sets variable to the names that a file includes from this project: in quotes, in angle brackets where
-# a file of ours has the name, and by whatever path.
+# Sets variable to the names that a file includes from this project: in quotes, in angle brackets
+# where a file of ours has the name, and by whatever path.
 function(own_includes variable file)
   set(names)
   file(STRINGS ${file} includes REGEX "^[ \t]*#[ \t]*include[ \t]*[\"<]")
@@ -25,20 +26,51 @@ function(own_includes variable file)
   set(${variable} ${names} PARENT_SCOPE)
 endfunction()
 
-foreach(room objects graphics document api)
+set(modules "")
+foreach(room objects graphics output document api)
   file(GLOB files ${ROOT}/src/${room}/*.h ${ROOT}/src/${room}/*.cpp)
   if(NOT files)
     message(SEND_ERROR "src/${room}: no files found")
   endif()
   foreach(file ${files})
-    own_includes(names ${file})
-    foreach(name ${names})
-      if(NOT name MATCHES "${allowed_${room}}")
-        message(SEND_ERROR "${file} includes ${name}, which room ${room} must not know")
+    cmake_path(GET file STEM name)
+    set(module ${room}/${name})
+    list(APPEND modules ${module})
+    own_includes(includes ${file})
+    foreach(include ${includes})
+      if(NOT include MATCHES "${allowed_${room}}")
+        message(SEND_ERROR "${file} includes ${include}, which room ${room} must not know")
       endif()
     endforeach()
+    list(TRANSFORM includes REPLACE "\\.h$" "")
+    list(REMOVE_ITEM includes ${module})
+    list(APPEND needs_${module} ${includes})
   endforeach()
 endforeach()
+
+# Takes out what needs nothing that is left, until nothing is left but circles.
+list(REMOVE_DUPLICATES modules)
+set(taken TRUE)
+while(taken)
+  set(taken FALSE)
+  foreach(module ${modules})
+    set(open ${needs_${module}})
+    list(FILTER open EXCLUDE REGEX "^jtpdf/")
+    set(waits FALSE)
+    foreach(need ${open})
+      if(need IN_LIST modules)
+        set(waits TRUE)
+      endif()
+    endforeach()
+    if(NOT waits)
+      list(REMOVE_ITEM modules ${module})
+      set(taken TRUE)
+    endif()
+  endforeach()
+endwhile()
+if(modules)
+  message(SEND_ERROR "these files include each other in a circle, or wait for one: ${modules}")
+endif()
 
 file(GLOB_RECURSE hosts ${ROOT}/tools/*.h ${ROOT}/tools/*.cpp ${ROOT}/examples/*.c
   ${ROOT}/examples/*.cpp)

@@ -21,7 +21,7 @@ extern "C" void* __wrap_malloc(std::size_t size) {
 }
 
 // The bytes of the 16-bit units in memory order.
-std::string BytesInMemory(std::basic_string<unsigned short> const& units) {
+std::string BytesInMemory(std::u16string const& units) {
   std::string bytes(2 * units.size(), '\0');
   std::memcpy(bytes.data(), units.data(), bytes.size());
   return bytes;
@@ -123,7 +123,7 @@ TEST(PsString, EveryLatinByteIsEscapedByTheRule) {
 TEST(PDFUTF16FromWString, AFailedAllocationGivesNothingWithoutAMessage) {
   Diagnostics diagnostics;
   refusedSize = 2 * 1234 + 2;
-  const std::basic_string<unsigned short> units = PDFUTF16FromWString(std::wstring(1234, L'x'));
+  const std::u16string units = PDFUTF16FromWString(std::wstring(1234, L'x'));
   refusedSize = 0;
   EXPECT_TRUE(units.empty());
   EXPECT_EQ("", diagnostics.Take());

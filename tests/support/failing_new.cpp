@@ -7,9 +7,17 @@
 
 long allocationsLeft = -1;
 
-void* operator new(std::size_t size) {
-  if (allocationsLeft == 0) throw std::bad_alloc();
+// For realloc too.
+bool RefusesMemory();
+
+bool RefusesMemory() {
+  if (allocationsLeft == 0) return true;
   if (allocationsLeft > 0) --allocationsLeft;
+  return false;
+}
+
+void* operator new(std::size_t size) {
+  if (RefusesMemory()) throw std::bad_alloc();
   if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
 }

@@ -5,8 +5,9 @@
 find_package(GTest REQUIRED)
 find_package(Threads REQUIRED)
 set(jtpdf_support_dir ${CMAKE_CURRENT_LIST_DIR})
-# For <source>: an operator new that fails on command.
-set(jtpdf_failing_new ${jtpdf_support_dir}/failing_new.cpp)
+# For <source>: an operator new that fails on command, and a realloc that fails with it.
+set(jtpdf_failing_realloc ${jtpdf_support_dir}/failing_realloc.cpp)
+set(jtpdf_failing_new ${jtpdf_support_dir}/failing_new.cpp ${jtpdf_failing_realloc})
 
 # The vocabulary knows the public header only, so it serves both kinds of tests.
 if(NOT TARGET jtpdf_test_support)
@@ -28,7 +29,10 @@ function(jtpdf_unit_test file library)
   target_link_libraries(${target} PRIVATE
     jtpdf_test_support ${library} GTest::gtest GTest::gtest_main Threads::Threads)
   jtpdf_compile_options(${target})
+  # The library is to find the program's replacements of functions of the C library.
+  set_target_properties(${target} PROPERTIES ENABLE_EXPORTS ON)
   if(JTPDF_SANITIZE)
+    target_compile_definitions(${target} PRIVATE JTPDF_SANITIZED)
     # The tables of cases take minutes to optimise with all checks in them; the library stays
     # optimised.
     target_compile_options(${target} PRIVATE -O0)

@@ -1,0 +1,13 @@
+// page_tree - the queued pages and the tree above them (ISO 32000-1, 7.7.3).
+#ifndef JTPDF_DOCUMENT_PAGE_TREE_H
+#define JTPDF_DOCUMENT_PAGE_TREE_H
+
+#include <vector>
+
+#include "document/pages.h"
+#include "output/object_writer.h"
+
+// Writes the pages and the tree, the root last; returns the root's number.
+int WritePageTree(ObjectWriter& out, std::vector<QueuedPage> const& pages);
+
+#endif  // JTPDF_DOCUMENT_PAGE_TREE_H
