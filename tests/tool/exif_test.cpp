@@ -37,6 +37,36 @@ TEST(ReadExif, ReadsBothByteOrders) {
   EXPECT_EQ(ReadExif(AsBytes(little)).orientation, 8);
 }
 
+TEST(ReadExif, TakesWholeNumbersForResolutions) {
+  const std::string data =
+      "II*\0\x08\0\0\0\x02\0"
+      "\x1A\x01\x03\0\x01\0\0\0\x2C\x01\xFF\xFF"
+      "\x1B\x01\x04\0\x01\0\0\0\x58\x02\0\0"
+      "\0\0\0\0"s;
+  EXPECT_EQ(ReadExif(AsBytes(data)).resolution.x, 300);
+  EXPECT_EQ(ReadExif(AsBytes(data)).resolution.y, 600);
+}
+
+TEST(ReadExif, TakesNoResolutionFromOtherTypes) {
+  for (const char type : {1, 2, 6, 7, 9, 10, 11, 12}) {
+    std::string other = kBig;
+    other[10 + 12 + 3] = other[10 + 24 + 3] = type;
+    EXPECT_FALSE(ReadExif(AsBytes(other)).resolution.Known()) << int{type};
+  }
+}
+
+TEST(ReadExif, PassesOverEntriesThatAreNotOneNumber) {
+  for (const char count : {0, 2, 3}) {
+    std::string several = kBig;
+    for (const size_t entry : {0, 12, 24}) several[10 + entry + 7] = count;
+    EXPECT_EQ(ReadExif(AsBytes(several)).orientation, std::nullopt);
+    EXPECT_EQ(ReadExif(AsBytes(several)).resolution.x, 0);
+    std::string unit = kBig;  // centimetres, if it counted
+    unit[10 + 36 + 7] = count;
+    EXPECT_DOUBLE_EQ(ReadExif(AsBytes(unit)).resolution.x, 300);
+  }
+}
+
 TEST(ReadExif, StaysInsideItsBytesWhereverTheyEnd) {
   for (size_t size = 0; size < kBig.size(); ++size) {
     const std::string cut = kBig.substr(0, size);  // on the heap: sanitizers watch its end

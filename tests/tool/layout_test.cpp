@@ -6,6 +6,7 @@
 #include <limits>
 #include <numbers>
 #include <ostream>
+#include <string>
 
 namespace tool {
 namespace {
@@ -91,6 +92,30 @@ TEST(LayOut, RefusesPagesOutsideThreeToFourteenThousandFourHundred) {
   ImagePlan odd = Pixels(10, 10);
   odd.resolution = {std::numeric_limits<double>::infinity(), 1};
   EXPECT_THROW(LayOut(odd, {}), ImageError);
+}
+
+std::string AdviceFor(uint32_t width, uint32_t height, int orientation = 1) {
+  ImagePlan plan = Pixels(width, height);
+  plan.orientation = orientation;
+  try {
+    LayOut(plan, {});
+  } catch (const ImageError& error) {
+    const std::string text = error.what();
+    return text.substr(text.find("choose"));
+  }
+  return "";
+}
+
+TEST(LayOut, AdvisesOnlyWhatHelps) {
+  EXPECT_EQ(AdviceFor(2, 2), "choose a page with -S A4, or an image size with -s 20cmx");
+  EXPECT_EQ(AdviceFor(30'000, 20'000),
+            "choose a page with -S A4, or an image size with -s 300dpi or -s 20cmx");
+  EXPECT_EQ(AdviceFor(90'000, 80'000), "choose a page with -S A4, or an image size with -s 20cmx");
+  EXPECT_EQ(AdviceFor(50'000, 20), "choose a page with -S A4, or an image size with -s 300dpi");
+  EXPECT_EQ(AdviceFor(90'000, 1), "choose a page with -S A4");
+  // Twenty centimetres of width are 5.08 m of height here, and less than that turned.
+  EXPECT_EQ(AdviceFor(2, 60), "choose a page with -S A4");
+  EXPECT_EQ(AdviceFor(2, 60, 6), "choose a page with -S A4, or an image size with -s 20cmx");
 }
 
 TEST(LayOut, CentresThePictureWhateverItsSize) {

@@ -101,7 +101,12 @@ class Jpeg(JtpdfTest):
         path = self.save(picture, "p.ppm")
         data = subprocess.run(["cjpeg", "-rgb", "-quality", "95", path], check=True,
                               capture_output=True).stdout
+        at = data.find(b"\xff\xee")
+        if at >= 0:  # the encoder's marker would say it too
+            data = data[:at] + data[at + 2 + int.from_bytes(data[at + 2:at + 4], "big"):]
+        self.assertNotIn(b"Adobe", data)
         pdf = self.convert(self.put(data, "rgb.jpg"))
+        self.assertEqual(images(pdf)[0]["enc"], "image")
         self.assertShows(pdf, picture, tolerance=12)
 
     def test_arithmetic_coding_is_decoded(self):
@@ -112,12 +117,57 @@ class Jpeg(JtpdfTest):
         self.assertEqual(done.returncode, 0)
         self.assertShows(self.convert(self.put(done.stdout, "a.jpg")), picture, tolerance=12)
 
+    def test_scans_are_counted_where_they_are_decoded(self):
+        path = self.save(blocks(2, 2), "p.ppm")
+        data = subprocess.run(["cjpeg", "-arithmetic", "-progressive", path], check=True,
+                              capture_output=True).stdout
+        first = data.index(b"\xff\xda")
+        second = data.index(b"\xff\xda", first + 2)
+        def repeated(count):
+            return data[:first] + data[first:second] * count + data[second:]
+        scans = data.count(b"\xff\xda")
+        self.convert(self.put(repeated(500 - scans + 1), "a.jpg"), messages="may show faults")
+        self.assertFails(1, r"b\.jpg: cannot be decoded \(libjpeg: too many scans\)",
+                         self.put(repeated(500 - scans + 2), "b.jpg"), "-o", self.path("o.pdf"))
+
     def test_of_several_pictures_the_first_is_used(self):
         first = jpeg_bytes(blocks(seed=1))
         first = jpeg_with(first, jpeg_segment(0xE2, b"MPF\0" + bytes(32)))
         second = jpeg_bytes(blocks(seed=2))
-        pdf = self.assertPassesThrough(first + second, stored=first)
+        pdf = self.assertPassesThrough(first + second, stored=first, messages=(
+            rf"a\.jpg: only its first picture was used; {len(second)} bytes behind it"))
         self.assertShows(pdf, blocks(seed=1), tolerance=12)
+
+    def with_segment_behind(self, data, marker, stray):
+        """The JPEG with stray bytes behind its first segment of that marker."""
+        at = data.index(bytes([0xFF, marker]))
+        at += 2 + int.from_bytes(data[at + 2:at + 4], "big")
+        return data[:at] + stray + data[at:]
+
+    def test_stray_bytes_between_segments_are_passed_over_with_a_note(self):
+        picture = blocks()
+        plain = jpeg_bytes(picture)
+        for stray in b"junk", b"\xff\0", b"\0\xff\0\0\xff\xff\0":
+            for marker in 0xE0, 0xDB, 0xC0, 0xC4:
+                with self.subTest(stray=stray, marker=marker):
+                    data = self.with_segment_behind(plain, marker, stray)
+                    self.assertSamePicture(Image.open(io.BytesIO(data)), picture, 12)
+                    pdf = self.assertPassesThrough(data, messages=rf"a\.jpg: holds {len(stray)} stray "
+                                                   "bytes between its segments, which decoders")
+                    self.assertShows(pdf, picture, tolerance=12)
+
+    def test_segments_that_are_too_short_for_their_data(self):
+        picture = blocks()
+        for segment, count in ((b"\xff\xee\0\x07Adobe\0\x64\0\0\0\0\1", 7), (b"\xff\xfe\0\0", 2),
+                               (b"\xff\xe1\0\1", 2)):
+            data = jpeg_with(jpeg_bytes(picture), segment)
+            pdf = self.assertPassesThrough(data, messages=f"holds {count} stray bytes")
+            self.assertShows(pdf, picture, tolerance=12)
+
+    def test_strays_reach_no_further_than_the_file(self):
+        data = jpeg_bytes(blocks())
+        self.assertFails(1, "ends before its picture does", self.put(data[:100] + bytes(500),
+                                                                     "a.jpg"), "-o", "/dev/null")
 
     def test_bytes_behind_the_picture_are_left_out(self):
         picture = jpeg_bytes(blocks(), progressive=True)
@@ -292,6 +342,28 @@ class Png(JtpdfTest):
         upright = blocks()
         path = self.save(upright.transpose(Image.ROTATE_90), "a.png", exif=b"Exif\0\0" + exif(6))
         self.assertShows(self.convert(path), upright)
+
+
+    def test_of_an_animation_the_still_picture_is_used_with_a_note(self):
+        picture = blocks()
+        rows = [bytes(v for pixel in row for v in pixel) for row in numpy.asarray(picture).tolist()]
+        for frames in 1, 7:
+            control = chunk(b"acTL", struct.pack(">II", frames, 0))
+            path = self.put(png(picture.width, picture.height, 8, 2, rows, control), "a.png")
+            pdf = self.convert(path, messages=None if frames == 1 else r"a\.png: is an animation "
+                               "of 7 frames; only its still picture was used")
+            self.assertShows(pdf, picture)
+
+    def test_whole_dots_per_inch_are_found_again(self):
+        # PNG keeps whole dots per metre: 2834.65 of 72 dpi become 2835.
+        def width_at(metre):
+            density = chunk(b"pHYs", struct.pack(">IIB", metre, metre, 1))
+            path = self.put(png(4000, 100, 1, 0, [bytes(500)] * 100, density), "a.png")
+            return support.page_boxes(self.convert(path))[0][0]
+        for dpi in 72, 75, 96, 300, 601, 1200:
+            self.assertAlmostEqual(width_at(round(dpi / 0.0254)), 4000 * 72 / dpi, delta=0.006)
+        for metre in 2834, 2836, 11810, 11812, 5000:  # too far from a whole number
+            self.assertAlmostEqual(width_at(metre), 4000 * 72 / (metre * 0.0254), delta=0.006)
 
 
 class Jpeg2000(JtpdfTest):
@@ -491,9 +563,23 @@ class Webp(JtpdfTest):
         frames = [blocks(seed=n) for n in range(3)]
         path = self.save(frames[0], "a.webp", save_all=True, append_images=frames[1:],
                          lossless=True)
-        pdf = self.convert(path)
+        pdf = self.convert(path, messages=r"a\.webp: only the first of its 3 frames was used")
         self.assertEqual(len(support.page_boxes(pdf)), 1)
         self.assertShows(pdf, frames[0])
+
+    def test_exif_with_and_without_the_prefix_of_jpeg(self):
+        upright = blocks()
+        stored = upright.transpose(Image.ROTATE_90)
+        for prefix in b"", b"Exif\0\0":
+            self.save(stored, "a.webp", lossless=True, exif=exif(6))
+            data = self.get("a.webp")
+            at = data.index(b"EXIF")
+            self.assertEqual(data[at + 8:at + 10], b"MM")  # Pillow takes the prefix off
+            body = prefix + exif(6)
+            data = (data[8:at] + b"EXIF" + struct.pack("<I", len(body)) + body
+                    + bytes(len(body) % 2))
+            path = self.put(b"RIFF" + struct.pack("<I", len(data)) + data, "b.webp")
+            self.assertShows(self.convert(path), upright)
 
 
 class Profiles(JtpdfTest):

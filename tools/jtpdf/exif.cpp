@@ -27,8 +27,11 @@ ExifFacts ReadExif(Bytes tiff) {
     const bool isInteger = *type == kShort || *type == kLong;
     if (*tag == kOrientation && isInteger) facts.orientation = static_cast<int>(number & 0xFFFF);
     if (*tag == kUnit && isInteger) unit = number;
-    if (*tag == kXResolution && *type == kRational) perUnit.x = numbers.Rational(*value);
-    if (*tag == kYResolution && *type == kRational) perUnit.y = numbers.Rational(*value);
+    if (!isInteger && *type != kRational) continue;
+    // Fractions by the standard; some writers put whole numbers.
+    const double amount = isInteger ? number : numbers.Rational(*value);
+    if (*tag == kXResolution) perUnit.x = amount;
+    if (*tag == kYResolution) perUnit.y = amount;
   }
   const double inches = unit == 2 ? 1 : unit == 3 ? 2.54 : 0;  // 1: no unit, so no resolution
   facts.resolution = {perUnit.x * inches, perUnit.y * inches};

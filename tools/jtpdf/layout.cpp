@@ -73,18 +73,34 @@ std::string Sides(double width, double height) {
   return text;
 }
 
-void CheckPage(double width, double height, const ImagePlan& plan) {
-  // Not inside, which is true of what is no number too.
+// False of what is no number, too.
+bool Fits(double width, double height) {
   const auto inside = [](double side) { return side >= kLeastPage && side <= kMostPage; };
-  if (inside(width) && inside(height)) return;
+  return inside(width) && inside(height);
+}
+
+// The image sizes that would help, if any does.
+std::string UsefulSizes(const ImagePlan& plan, int orientation) {
+  double width = plan.width, height = plan.height;
+  if (SwapsSides(orientation)) std::swap(width, height);
+  const bool dpi = Fits(width * 72 / 300, height * 72 / 300);
+  constexpr double kTwentyCm = 20 * 72 / 2.54;
+  const bool length = Fits(kTwentyCm, kTwentyCm * height / width);
+  if (!dpi && !length) return "";
+  return std::string(", or an image size with ") + (dpi ? "-s 300dpi" : "") +
+         (dpi && length ? " or " : "") + (length ? "-s 20cmx" : "");
+}
+
+void CheckPage(double width, double height, const ImagePlan& plan, int orientation) {
+  if (Fits(width, height)) return;
   char resolution[64] = "";
   if (plan.resolution.Known()) {
     std::snprintf(resolution, sizeof resolution, " (it says %.4g x %.4g dpi)", plan.resolution.x,
                   plan.resolution.y);
   }
   throw ImageError("would need a page of " + Sides(width, height) + resolution +
-                   "; PDF pages measure 3 to 14400 pt: choose a page with -S A4, or an image size "
-                   "with -s 300dpi or -s 20cmx");
+                   "; PDF pages measure 3 to 14400 pt: choose a page with -S A4" +
+                   UsefulSizes(plan, orientation));
 }
 
 JTPDFRect Inset(JTPDFRect box, Border border) {
@@ -144,7 +160,7 @@ PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
   PageLayout layout;
   layout.page.width = page.width.value_or(image.width + 2 * border.horizontal);
   layout.page.height = page.height.value_or(image.height + 2 * border.vertical);
-  CheckPage(layout.page.width, layout.page.height, plan);
+  CheckPage(layout.page.width, layout.page.height, plan, orientation);
   layout.image = OrientedBox(layout.page.width / 2, layout.page.height / 2, image.width,
                              image.height, orientation);
   layout.crop = Inset(layout.page, options.cropBorder.value_or(Border{}));

@@ -38,6 +38,8 @@ enum Marker : uint8_t {
   kApp1 = 0xE1,
   kApp2 = 0xE2,
   kApp14 = 0xEE,
+  kApp15 = 0xEF,
+  kCom = 0xFE,
   kTem = 0x01
 };
 
@@ -52,13 +54,7 @@ class SegmentWalk {
   // Steps to the next segment; false behind the first scan's header or the picture's end.
   bool Next() {
     if (marker == kSos || marker == kEoi) return false;
-    if (at_ + 2 > file_.size()) throw ImageError(kCutOff);
-    if (file_[at_] != 0xFF) {
-      throw ImageError("is damaged: no JPEG marker where one must be, at byte " +
-                       std::to_string(at_) + "; copy or save the picture again");
-    }
-    while (at_ < file_.size() && file_[at_] == 0xFF) ++at_;  // markers may be padded with FF
-    if (at_ == file_.size()) throw ImageError(kCutOff);
+    FindMarker();
     marker = file_[at_++];
     if (marker == kTem || (marker >= kRst0 && marker <= kEoi)) {
       data = {};
@@ -67,6 +63,12 @@ class SegmentWalk {
     const Bytes length = Slice(file_, at_, 2);
     if (length.empty()) throw ImageError(kCutOff);
     const uint32_t size = Be16(length.data());
+    if (size < 2 && IsComment()) {  // decoders take it for an empty one
+      stray += 2;
+      at_ += 2;
+      data = {};
+      return true;
+    }
     if (size < 2) throw ImageError("is damaged: a JPEG segment without its length; save it again");
     data = Slice(file_, at_ + 2, size - 2);
     if (data.size() != size - 2) throw ImageError(kCutOff);
@@ -77,8 +79,25 @@ class SegmentWalk {
 
   uint8_t marker = kSoi;
   Bytes data;
+  size_t stray = 0;  // bytes that belong to no segment
 
  private:
+  // Steps to behind the next FF of a marker, as decoders do: over what is none, and over the FFs
+  // that markers may be padded with.
+  void FindMarker() {
+    for (;;) {
+      const size_t begin = at_;
+      while (at_ < file_.size() && file_[at_] != 0xFF) ++at_;
+      stray += at_ - begin;
+      const size_t padding = at_;
+      while (at_ < file_.size() && file_[at_] == 0xFF) ++at_;
+      if (at_ == file_.size()) throw ImageError(kCutOff);
+      if (file_[at_] != 0) return;  // FF 00 is data: an FF of the picture's own
+      stray += at_ - padding;
+    }
+  }
+  bool IsComment() const { return (marker >= kApp0 && marker <= kApp15) || marker == kCom; }
+
   Bytes file_;
   size_t at_ = 2;  // behind SOI
 };
@@ -92,6 +111,7 @@ struct JpegFacts {
   ExifFacts exif;
   bool profile = false;
   bool multiPicture = false;
+  size_t stray = 0;
   size_t firstScan = 0;  // where the entropy-coded data begins
 };
 
@@ -130,6 +150,7 @@ JpegFacts ReadFacts(Bytes file) {
         }
     }
   }
+  facts.stray = walk.stray;
   if (facts.frame == 0 || facts.firstScan == 0) {
     throw ImageError("is a JPEG file without a picture; save or export it again");
   }
@@ -196,11 +217,15 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
   }
   plan.resolution = facts.jfif;
   ApplyExif(facts.exif, &plan);
+  if (facts.stray > 0) {
+    plan.notes.push_back({true, "holds " + std::to_string(facts.stray) +
+                                    " stray bytes between its segments, which decoders pass over"});
+  }
   plan.size = FindEnd(file, facts);
   if (plan.size != file.size()) {
-    plan.notes.push_back({false, "only its first picture was used; " +
-                                     std::to_string(file.size() - plan.size) +
-                                     " bytes behind it were left out"});
+    plan.notes.push_back({facts.multiPicture, "only its first picture was used; " +
+                                                  std::to_string(file.size() - plan.size) +
+                                                  " bytes behind it were left out"});
   }
   if (plan.PassesThrough()) {
     CheckStored(plan);

@@ -34,6 +34,7 @@ struct PngFacts {
   int depth = 0;
   int type = 0;  // PNG's colour type
   bool interlaced = false;
+  uint32_t frames = 1;
   Bytes palette;
   Bytes transparency;
   Bytes density;
@@ -71,6 +72,7 @@ PngFacts ReadFacts(Bytes file) {
     if (name == "pHYs") facts.density = chunk;
     if (name == "iCCP") facts.profile = chunk;
     if (name == "eXIf") facts.exif = chunk;
+    if (name == "acTL" && chunk.size() == 8 && !data) facts.frames = Be32(chunk.data());
     if (name == "IDAT") data = true;
     if (name == "IEND") break;
     at += 12 + chunk.size();
@@ -148,6 +150,10 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
     }
   }
   ApplyExif(ReadExif(facts.exif), &plan);
+  if (facts.frames > 1) {
+    plan.notes.push_back({true, "is an animation of " + std::to_string(facts.frames) +
+                                    " frames; only its still picture was used"});
+  }
   if (!facts.profile.empty()) {
     const Inflated profile = UnpackProfile(facts);
     if (profile.bytes.Empty()) {

@@ -77,7 +77,7 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
   JudgeProfile(&plan, Chunk(demuxer.get(), "ICCP"));
   if (const uint32_t frames = WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT); frames > 1) {
     plan.notes.push_back(
-        {false, "only the first of its " + std::to_string(frames) + " frames was used"});
+        {true, "only the first of its " + std::to_string(frames) + " frames was used"});
   }
   std::vector<ImagePlan> plans;
   plans.push_back(std::move(plan));
