@@ -3,6 +3,7 @@
 #include "objects/dict.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 #include "objects/text_string.h"
@@ -145,6 +146,7 @@ std::string JTPDFDict::AsString() const {
     previousParent = path.leaf.starts_with('/') ? path.parent : std::string_view();
   }
   out = PutItem(out, Split(""), "", previousParent);
+  assert(out <= body.data() + body.size());
   body.resize(static_cast<std::size_t>(out - body.data()));
   return TrimDictionary(std::move(body));
 }
@@ -153,6 +155,7 @@ std::string ItemsAsString(std::string_view key, std::string_view value,
                           std::string_view previousParent) {
   std::string text(ItemBound(key, value) + ItemBound(previousParent, ""), '\0');
   const char* const end = PutItem(text.data(), Split(key), value, previousParent);
+  assert(end <= text.data() + text.size());
   text.resize(static_cast<std::size_t>(end - text.data()));
   return text;
 }

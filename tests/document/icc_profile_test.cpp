@@ -4,6 +4,7 @@
 #include "support/bytes.h"
 #include "support/diagnostics.h"
 #include "support/doc.h"
+#include "support/failing_new.h"
 #include "support/pdf.h"
 #include "support/temp_dir.h"
 
@@ -77,4 +78,30 @@ TEST(JTPDFDocumentWriteICCProfile, TwoInARowAreTwoApartAndImagesNameTheArray) {
   const Pdf pdf(doc.Finish());
   EXPECT_EQ(1, Count(pdf.Object(6), "/ColorSpace 3 0 R\r\n"));
   EXPECT_EQ(1, Count(pdf.Object(7), "/ColorSpace 5 0 R\r\n"));
+}
+
+// Both of its objects are written or, where there is no memory, none: room for both is made first,
+// however many objects there are.
+TEST(JTPDFDocumentWriteICCProfile, IsWrittenWholeOrNotAtAllWithoutMemory) {
+  int failed = 0;
+  for (int objects = 0; objects < 70; ++objects) {
+    for (long n = 0;; ++n) {
+      Doc doc;
+      doc.Init();
+      for (int i = 0; i < objects; ++i) doc->WriteDict("");
+      const int before = doc->NextObject();
+      const Outcome outcome = WithAllocations(n, [&] {
+        doc->WriteICCProfile("x", 1, kPdfCompressionFlate, nullptr);
+        return true;
+      });
+      if (outcome == Outcome::kSuccess) break;
+      ++failed;
+      // Where the bytes themselves found no room the document is lost anyway.
+      if (before != doc->NextObject()) {
+        errno = 0;
+        EXPECT_THROW(doc->WriteDict(""), std::ios_base::failure) << objects << " objects before";
+      }
+    }
+  }
+  EXPECT_GT(failed, 2);
 }

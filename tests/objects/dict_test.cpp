@@ -251,3 +251,21 @@ TEST(ItemsAsString, PutsOpeningsBehindTheLastLineEndOfTheValue) {
 TEST(ItemsAsString, PutsOpeningsBehindTheLastLineEndOfTheName) {
   EXPECT_BYTES("/k\r/A\r\n<<\r\n v"s, ItemsAsString("/A/k\r", "v", ""));
 }
+
+// Many short names take the most room for their bytes; an assertion watches it.
+TEST(JTPDFDictAsString, DeepKeysHaveRoom) {
+  for (const std::string name : {"/a", "a", "/", "/ab"}) {
+    std::string key;
+    std::string expected;
+    for (int depth = 0; depth < 500; ++depth) key += name;
+    JTPDFDict dict;
+    dict[key] = "1";
+    const std::string text = dict.AsString();
+    EXPECT_EQ(Count(text, "<<"), Count(text, ">>") + (name == "a" ? 1 : 0)) << name;
+  }
+  JTPDFDict dict;
+  std::string key;
+  for (int depth = 0; depth < 500; ++depth) key += "/a";
+  dict[key] = "1";
+  EXPECT_EQ(499u, Count(dict.AsString(), "<<"));
+}

@@ -6,11 +6,13 @@
 #include <cstdlib>
 
 long allocationsLeft = -1;
+int refusalsLeft = 0;
 
 // For realloc too.
 bool RefusesMemory();
 
 bool RefusesMemory() {
+  if (refusalsLeft > 0) return refusalsLeft-- > 0;
   if (allocationsLeft == 0) return true;
   if (allocationsLeft > 0) --allocationsLeft;
   return false;

@@ -8,6 +8,9 @@
 // How many allocations succeed before all fail; negative: all succeed.
 extern long allocationsLeft;
 
+// How many of the next allocations fail before allocationsLeft counts.
+extern int refusalsLeft;
+
 enum class Outcome { kSuccess, kBadAlloc, kCode };
 
 // Runs the call with n allocations; a call gives whether it succeeded.

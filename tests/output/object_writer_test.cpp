@@ -1,4 +1,9 @@
+#include "output/object_writer.h"
+
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <utility>
 
 #include "document/document.h"
 #include "support/bytes.h"
@@ -96,4 +101,53 @@ TEST(JTPDFDocumentGraphicsState, IsNamedByFormsAndForgottenByFinalize) {
   doc->InitializeGraphicsStateDict();  // object 2 takes its place
   doc.Form();
   EXPECT_EQ(1, Count(Pdf(doc.Finish()).Object(3), "/GS0 2 0 R\r\n"));
+}
+
+// ---- The sink that is written to ----
+
+// Begins where 32 bits end, and counts.
+class FarSink : public Sink {
+ public:
+  void Open() override {}
+  void Write(std::string_view text, std::string_view data) override {
+    writes += text.size() + data.size() != 0;
+    last = text;
+  }
+  void Close() override {}
+  bool IsGood() const override { return true; }
+  bool IsUnfinished() const override { return false; }
+  void Abandon(std::string_view) noexcept override {}
+
+  int writes = 0;
+  std::string last;
+};
+
+struct Writer : ObjectWriter {
+  explicit Writer(std::unique_ptr<Sink> sink) : ObjectWriter(std::move(sink)) { OpenSink(); }
+};
+
+TEST(ObjectWriter, EachObjectReachesTheSinkWhenItEnds) {
+  auto sink = std::make_unique<FarSink>();
+  FarSink& far = *sink;
+  Writer out(std::move(sink));
+  out.AddToXRef(0);
+  out.WriteDict("/A 1");
+  EXPECT_EQ(1, far.writes);
+  EXPECT_BYTES(Lines("1 0 obj", "<<", "/A 1", ">>", "endobj"), far.last);
+  out.WriteDict("/A 2");
+  EXPECT_EQ(2, far.writes);
+}
+
+// Positions have 64 bits: data that is only counted gets there at once.
+TEST(ObjectWriter, CountsPositionsBeyond32Bits) {
+  Writer out(std::make_unique<FarSink>());
+  out.AddToXRef(0);
+  out.BeginObject();
+  constexpr std::size_t kFar = 0xFFFFFFF0;
+  out.WriteRaw("not read", kFar);
+  out.EndObject();
+  out.WriteDict("");
+  const auto head = static_cast<std::streamoff>(Lines("1 0 obj", "endobj").size());
+  EXPECT_EQ(static_cast<std::streamoff>(kFar) + head, out.Positions()[2]);
+  EXPECT_EQ(std::streampos(out.Positions()[2] + 25), out.WriteLn("x"));
 }
