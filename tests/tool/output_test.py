@@ -15,9 +15,22 @@ from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, noise, page_boxes, run
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
 
 
-class Output(JtpdfTest):
+def with_faults(words, log=""):
+    """An environment in which the system fails; see system_faults.c."""
+    if not words and not log:
+        return None
+    if "SYSTEM_FAULTS" not in os.environ:
+        raise unittest.SkipTest("the system's failures are for Linux")
+    return {**os.environ, "LD_PRELOAD": os.environ["SYSTEM_FAULTS"], "FAULTS": words,
+            "FAULTS_LOG": log, "ASAN_OPTIONS": "verify_asan_link_order=0"}
+
+
+class OutputTest(JtpdfTest):
     def assertNoLitter(self, *expected):
         self.assertEqual(sorted(os.listdir(self.folder)), sorted(expected))
+
+
+class Output(OutputTest):
 
     def test_a_file_is_replaced_whole_or_not_at_all(self):
         self.save(blocks(), "a.png")
@@ -65,8 +78,27 @@ class Output(JtpdfTest):
             os.chmod(pdf, 0o604)
             self.convert(path)
             self.assertEqual(stat.S_IMODE(os.stat(pdf).st_mode), 0o604)
+            os.chmod(pdf, 0o6755)  # a program's, not a document's
+            self.convert(path)
+            self.assertEqual(stat.S_IMODE(os.stat(pdf).st_mode), 0o755)
+            os.chmod(pdf, 0o400)
+            self.convert(path)
+            self.assertEqual(stat.S_IMODE(os.stat(pdf).st_mode), 0o400)
         finally:
             os.umask(old)
+
+    def test_names_as_long_as_names_can_be(self):
+        path = self.save(blocks(), "a.png")
+        name = "n" * 251 + ".pdf"
+        for faults in "", "no-tmpfile":
+            for _ in range(2):  # a new file, and one that is replaced
+                done = subprocess.run([JTPDF, path, "-o", self.path(name)], capture_output=True,
+                                      env=with_faults(faults))
+                self.assertEqual((done.returncode, done.stderr), (0, b""))
+                self.assertNoLitter("a.png", name)
+            os.remove(self.path(name))
+        self.assertFails(1, "cannot be written: File name too long", path, "-o",
+                         self.path("n" + name))
 
     def test_links_stay_links(self):
         path = self.save(blocks(), "a.png")
@@ -255,19 +287,67 @@ class Output(JtpdfTest):
                          path, "-o", self.path("nowhere/out.pdf"))
         self.assertFails(1, "cannot be written: Is a directory", path, "-o", self.folder)
 
+    def test_a_descriptor_that_does_not_wait_is_waited_for(self):
+        path = self.save(noise(600, 600), "a.png")
+        ours, theirs = os.pipe()
+        os.set_blocking(theirs, False)
+        child = subprocess.Popen([JTPDF, path], stdout=theirs, stderr=subprocess.PIPE)
+        os.close(theirs)
+        time.sleep(0.3)
+        with open(ours, "rb") as file:
+            data = file.read()
+        self.assertEqual(child.communicate(), (None, b""))
+        self.assertEqual(child.returncode, 0)
+        with open(self.convert(path), "rb") as file:
+            self.assertEqual(data, file.read())
+
+    def much_work(self, side, count):
+        return [self.save(noise(side, side, n), f"{n}.png", compress_level=1)
+                for n in range(count)]
+
+    def busy(self, paths, **options):
+        """The command at work on these, when it has begun to write; and the files there."""
+        names = sorted(os.listdir(self.folder))
+        child = subprocess.Popen([JTPDF, "--compression", "12", *paths, "-o",
+                                  self.path("out.pdf")], **options)
+        def is_writing():
+            descriptors = f"/proc/{child.pid}/fd/"
+            for number in os.listdir(descriptors):
+                try:
+                    target = os.readlink(descriptors + number)
+                except FileNotFoundError:  # closed meanwhile
+                    continue
+                if target.startswith(self.folder) and os.path.basename(target) not in names:
+                    return True
+            return False
+        while child.poll() is None and not is_writing():
+            time.sleep(0.002)
+        self.assertIsNone(child.poll())
+        return child, names
+
+    SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGABRT,
+               signal.SIGALRM, signal.SIGVTALRM, signal.SIGPROF, signal.SIGXCPU, signal.SIGUSR1,
+               signal.SIGUSR2]
+
     def test_signals_leave_no_litter(self):
-        paths = [self.save(noise(1500, 1500, n), f"{n}.png", compress_level=1) for n in range(6)]
-        names = os.listdir(self.folder)
-        for number in signal.SIGINT, signal.SIGTERM, signal.SIGHUP:
-            with self.subTest(number):
-                child = subprocess.Popen([JTPDF, "--compression", "12", *paths, "-o",
-                                          self.path("out.pdf")])
-                while child.poll() is None and len(os.listdir(self.folder)) == len(names):
-                    time.sleep(0.002)
-                time.sleep(0.05)
-                child.send_signal(number)
-                self.assertEqual(child.wait(), -number)  # the shell must know what ended it
-                self.assertNoLitter(*names)
+        paths = self.much_work(1500, 6)
+        for faults, numbers in (("", [*self.SIGNALS, signal.SIGKILL]),
+                                ("no-tmpfile", self.SIGNALS)):
+            for number in numbers:
+                with self.subTest(number, faults=faults):
+                    child, names = self.busy(paths, env=with_faults(faults))
+                    self.assertEqual(len(os.listdir(self.folder)) - len(names), bool(faults))
+                    child.send_signal(number)
+                    self.assertEqual(child.wait(), -number)  # the shell must know what ended it
+                    self.assertNoLitter(*names)
+
+    def test_signals_that_the_parent_ignores_stay_ignored(self):
+        paths = self.much_work(600, 2)
+        for number in signal.SIGHUP, signal.SIGINT:
+            child, _ = self.busy(paths, preexec_fn=lambda: signal.signal(number, signal.SIG_IGN))
+            child.send_signal(number)
+            self.assertEqual(child.wait(), 0)
+            os.remove(self.path("out.pdf"))
 
     def test_output_is_the_same_whatever_the_jobs_and_the_locale(self):
         paths = []
@@ -283,6 +363,68 @@ class Output(JtpdfTest):
                 hashes.add(hashlib.sha256(data).hexdigest())
         self.assertEqual(len(hashes), 1)
         self.assertNotIn(b"Date", data)
+
+
+class Faults(OutputTest):
+    """A system that fails where systems seldom do."""
+
+    def begin(self, faults, *options, old=False):
+        """Runs the command in such a system, to out.pdf unless told otherwise."""
+        picture = self.save(noise(200, 200), "a.png")
+        if old:
+            self.put(b"old", "out.pdf")
+        return subprocess.run([JTPDF, picture, *(options or ("-o", "out.pdf"))],
+                              cwd=self.folder, capture_output=True,
+                              env=with_faults(faults, self.path("log")))
+
+    def expected(self):
+        return run(self.path("a.png"))[1]
+
+    def test_a_write_may_take_a_part_or_be_interrupted(self):
+        for faults in "short-writes", "interrupts", "short-writes interrupts":
+            for options in (), ("-o", "-"):
+                with self.subTest(faults=faults, options=options):
+                    done = self.begin(faults, *options)
+                    self.assertEqual((done.returncode, done.stderr), (0, b""))
+                    pdf = done.stdout if options else self.get("out.pdf")
+                    self.assertEqual(pdf, self.expected())
+
+    def test_bytes_reach_the_disk_before_an_old_file_goes(self):
+        for faults in "", "no-tmpfile":
+            self.assertEqual(self.begin(faults, old=True).returncode, 0)
+            self.assertEqual(self.get("log"), b"fsync\nrename\n")
+            os.remove(self.path("log"))
+
+    def test_what_fails_at_the_end_leaves_the_old_file(self):
+        for faults, message in (("fsync-fails", b"Input/output error"),
+                                ("close-fails", b"Disk quota exceeded; make room"),
+                                ("rename-fails", b"Input/output error"),
+                                ("no-link", b"Operation not permitted")):
+            for named in "", " no-tmpfile":
+                if faults == "no-link" and named:
+                    continue
+                with self.subTest(faults=faults + named):
+                    done = self.begin(faults + named, old=True)
+                    self.assertEqual(done.returncode, 1)
+                    self.assertIn(b"out.pdf: cannot be written: " + message, done.stderr)
+                    self.assertEqual(self.get("out.pdf"), b"old")
+                    self.assertEqual({*os.listdir(self.folder)} - {"log"}, {"a.png", "out.pdf"})
+        done = self.begin("close-fails", "-o", "-")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"standard output: cannot be written: Disk quota", done.stderr)
+
+    def test_without_files_without_names_hidden_ones_do(self):
+        for old in False, True:
+            done = self.begin("no-tmpfile no-link", old=old)
+            self.assertEqual((done.returncode, done.stderr), (0, b""))
+            self.assertEqual(self.get("out.pdf"), self.expected())
+            self.assertEqual({*os.listdir(self.folder)} - {"log"}, {"a.png", "out.pdf"})
+
+    def test_a_name_that_somebody_takes_over_is_not_written_to(self):
+        victim = self.put(b"precious", "victim")
+        self.begin("no-tmpfile swap")
+        with open(victim, "rb") as file:
+            self.assertEqual(file.read(), b"precious")
 
 
 if __name__ == "__main__":

@@ -279,6 +279,15 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   return plan;
 }
 
+const Input* FindInput(const AlbumPlan& plan, uint64_t device, uint64_t inode) {
+  for (size_t i = 0; i < plan.inputs.size(); ++i) {
+    if (plan.identities[i].device == device && plan.identities[i].inode == inode) {
+      return &plan.inputs[i];
+    }
+  }
+  return nullptr;
+}
+
 std::string DescribeAlbum(const AlbumPlan& plan, const Options& options) {
   std::vector<std::vector<std::string>> rows{
       {"FORMAT", "PIXELS", "BITS", "COLOUR", "PROFILE", "TURNED", "PAGE (PT)", "STORED", "FILE"}};
@@ -324,6 +333,11 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
   uint64_t bytes = 0;
   size_t failed = 0;
   const auto isFirst = [&](size_t i) { return plan.pages[i].sameAs == i; };
+  uint64_t known = 0;  // bytes that will be there whatever the rest compresses to
+  for (size_t i = 0; i < plan.pages.size(); ++i) {
+    if (isFirst(i) && plan.pages[i].image.PassesThrough()) known += plan.pages[i].image.size;
+  }
+  output.CheckRoom(known);
   RunInOrder<Product>(
       plan.pages.size(), options.jobs, kBounds,
       [&](size_t i) { return isFirst(i) ? WeightOf(plan.pages[i]) : 0; },

@@ -6,6 +6,7 @@
 #define JTPDF_TOOL_ALBUM_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,9 @@ struct AlbumPlan {
 };
 
 AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options);
+
+// The input that is this file, or null.
+const Input* FindInput(const AlbumPlan& plan, uint64_t device, uint64_t inode);
 
 // The table of --dry-run.
 std::string DescribeAlbum(const AlbumPlan& plan, const Options& options);

@@ -16,6 +16,7 @@
 #include "album.h"
 #include "console.h"
 #include "input_list.h"
+#include "interruption.h"
 #include "options.h"
 #include "output.h"
 
@@ -38,12 +39,10 @@ void RefuseToReplaceInput(const AlbumPlan& plan, const Options& options) {
   if (options.ToStandardOutput()) return;
   struct stat output;
   if (stat(options.output.c_str(), &output) != 0 || !S_ISREG(output.st_mode)) return;
-  for (size_t i = 0; i < plan.inputs.size(); ++i) {
-    if (plan.identities[i].inode == output.st_ino && plan.identities[i].device == output.st_dev) {
-      throw UsageError(plan.inputs[i].path +
-                       " is an input and would be replaced by the output; "
-                       "choose another name with -o");
-    }
+  if (const Input* input = FindInput(plan, output.st_dev, output.st_ino)) {
+    throw UsageError(input->path +
+                     " is an input and would be replaced by the output; choose another name with "
+                     "-o");
   }
 }
 

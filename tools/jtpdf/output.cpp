@@ -1,51 +1,22 @@
 #include "output.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
-#include <climits>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <optional>
+#include <random>
 #include <system_error>
-#include <thread>
 #include <utility>
 
-#include "bytes.h"
-#include "text.h"
+#include "interruption.h"
 
 namespace tool {
 namespace {
-
-// The temporary file's path for the signal handlers, which can neither lock nor allocate: set
-// before `gHasLitter`, read after it.
-std::array<char, PATH_MAX> gLitter{};
-std::atomic<bool> gHasLitter{false};
-static_assert(std::atomic<bool>::is_always_lock_free);
-
-extern "C" void CleanUpAndDie(int signal) {
-  if (gHasLitter.exchange(false)) unlink(gLitter.data());
-  std::signal(signal, SIG_DFL);
-  raise(signal);  // the parent sees what ended the tool
-}
-
-std::wstring DescriptorPath(int number) {
-  return L"/dev/fd/" + std::to_wstring(number);
-}
-
-// A path for the library, whose file names are Unicode. Names that are not UTF-8 are reached
-// through their open descriptor.
-std::wstring WidePath(const std::string& path, int descriptor) {
-  const std::optional<std::wstring> wide = FromUtf8(path);
-  return wide ? *wide : DescriptorPath(descriptor);
-}
 
 [[noreturn]] void ThrowProblem(int code) {
   throw OutputError(WriteProblem(code));
@@ -70,154 +41,140 @@ mode_t NewFileMode() {
   return 0666 & ~mask;
 }
 
-class RenamedFile : public Output {
+// A name for a hidden file beside `target` that nobody else has.
+std::string HiddenNameBeside(const std::string& target, bool brief) {
+  std::random_device random;
+  const size_t name = target.rfind('/') + 1;  // 0 without a slash
+  std::string hidden = target.substr(0, name) + "." + (brief ? "jtpdf" : target.substr(name)) + ".";
+  for (int i = 0; i < 10; ++i) hidden += "abcdefghijklmnopqrstuvwxyz012345"[random() % 32];
+  return hidden;
+}
+
+// Calls make(name) with hidden names until it succeeds or fails for another reason than the name.
+// Gives the name; throws OutputError. A signal removes the file from then on.
+template <class Make>
+std::string MakeHidden(const std::string& target, const Make& make) {
+  for (bool brief = false;;) {
+    const std::string name = HiddenNameBeside(target, brief);
+    SetLitter(name);
+    if (make(name)) return name;
+    const int code = errno;
+    ForgetLitter();
+    if (code == ENAMETOOLONG && !brief) {
+      brief = true;
+    } else if (code != EEXIST) {
+      ThrowProblem(code);
+    }
+  }
+}
+
+class ReplacedFile : public Output {
  public:
   // `target` exists as `status`, or does not exist yet.
-  RenamedFile(std::string target, const std::optional<struct stat>& status)
-      : target_(std::move(target)), replaces_(status.has_value()) {
-    const size_t name = target_.rfind('/') + 1;  // 0 without a slash
-    temporary_ = target_.substr(0, name) + "." + target_.substr(name) + ".XXXXXX";
-    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
-    if (descriptor_ < 0 && errno == ENAMETOOLONG) {
-      temporary_ = target_.substr(0, name) + ".jtpdf.XXXXXX";
-      descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
-    }
-    if (descriptor_ < 0) ThrowProblem(errno);
-    if (temporary_.size() < gLitter.size()) {
-      std::memcpy(gLitter.data(), temporary_.c_str(), temporary_.size() + 1);
-      gHasLitter = true;
-    }
-    // mkostemp gives the file to its owner alone; a document is for whom the target was.
-    static_cast<void>(fchmod(descriptor_, status ? status->st_mode & 07777 : NewFileMode()));
-    path_ = WidePath(temporary_, descriptor_);
+  ReplacedFile(std::string target, const std::optional<struct stat>& status, uint64_t most)
+      : Output(most),
+        target_(std::move(target)),
+        replaces_(status.has_value()),
+        // Bits that lend a program its owner's rights are not for a document of somebody else.
+        mode_(status ? status->st_mode & 0777 : NewFileMode()) {
+    OpenUnnamed();
+    if (descriptor_ >= 0) return;
+    hidden_ = MakeHidden(target_, [this](const std::string& name) {
+      descriptor_ = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+      return descriptor_ >= 0;
+    });
   }
 
-  ~RenamedFile() override {
-    if (!committed_) Remove();
+  ~ReplacedFile() override {
+    if (!hidden_.empty()) unlink(hidden_.c_str());
+    ForgetLitter();
     close(descriptor_);
   }
 
-  const std::wstring& Path() const override { return path_; }
-
   void Commit() override {
+    static_cast<void>(fchmod(descriptor_, mode_));
+    CheckKept();
     // A rename may reach the disk before the bytes do. That would trade a whole old file for a
     // broken new one, so where there is an old one the bytes go first.
     if (replaces_ && fsync(descriptor_) != 0 && errno != EINVAL) ThrowProblem(errno);
-    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) ThrowProblem(errno);
-    gHasLitter = false;
-    committed_ = true;
+    if (hidden_.empty()) {
+      if (!replaces_ && Link(target_)) return;
+      // A link never replaces a file; a rename does.
+      hidden_ = MakeHidden(target_, [this](const std::string& name) { return Link(name); });
+    }
+    if (std::rename(hidden_.c_str(), target_.c_str()) != 0) ThrowProblem(errno);
+    hidden_.clear();
   }
 
  private:
-  void Remove() {
-    gHasLitter = false;
-    unlink(temporary_.c_str());
+  // Nothing can leave a file without a name behind, and nobody else can reach it.
+  void OpenUnnamed() {
+#ifdef O_TMPFILE
+    const std::string folder = target_.substr(0, target_.rfind('/') + 1);
+    descriptor_ =
+        open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (descriptor_ < 0) return;
+    link_ = "/proc/self/fd/" + std::to_string(descriptor_);
+    if (access(link_.c_str(), F_OK) == 0) return;
+    close(descriptor_);  // without /proc it could never be named
+    descriptor_ = -1;
+#endif
+  }
+
+  bool Link(const std::string& name) const {
+    return linkat(AT_FDCWD, link_.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
   }
 
   std::string target_;
-  std::string temporary_;
-  std::wstring path_;
   bool replaces_;
-  bool committed_ = false;
-  int descriptor_ = -1;
+  mode_t mode_;
+  std::string link_;    // names the unnamed file
+  std::string hidden_;  // the file's name, while it has one that it must not keep
 };
 
-class DirectFile : public Output {
+// What is there already and is no regular file: a device, a FIFO, standard output.
+class OpenFile : public Output {
  public:
-  explicit DirectFile(const std::string& path)
-      : descriptor_(open(path.c_str(), O_WRONLY | O_CLOEXEC)) {
-    if (descriptor_ < 0) ThrowProblem(errno);
-    path_ = WidePath(path, descriptor_);
+  OpenFile(int descriptor, uint64_t most) : Output(most) { descriptor_ = descriptor; }
+  ~OpenFile() override {
+    if (descriptor_ != STDOUT_FILENO) close(descriptor_);
   }
-  ~DirectFile() override { close(descriptor_); }
-  const std::wstring& Path() const override { return path_; }
-  void Commit() override {}
-
- private:
-  int descriptor_;
-  std::wstring path_;
-};
-
-// The library opens outputs by name, and standard output has none that always works: a socket
-// cannot be opened again, another user's pipe may not be, and a file would be truncated and begun
-// anew. So the library writes into a pipe of our own, which a thread empties.
-class StandardOutput : public Output {
- public:
-  StandardOutput() {
-    if (pipe2(pipe_.data(), O_CLOEXEC) != 0) ThrowProblem(errno);
-#ifdef F_SETPIPE_SZ
-    fcntl(pipe_[0], F_SETPIPE_SZ, 1 << 20);  // fewer switches between the two threads
-#endif
-    path_ = DescriptorPath(pipe_[1]);
-    pump_ = std::thread([this] { Pump(); });
-  }
-
-  ~StandardOutput() override {
-    Finish();
-  }
-
-  const std::wstring& Path() const override {
-    return path_;
-  }
-
-  void Commit() override {
-    Finish();
-    if (problem_ != 0) ThrowProblem(problem_);
-  }
-
-  int Problem() override {
-    Finish();
-    return problem_;
-  }
-
- private:
-  // The library has closed its own end by now; with ours the pump sees the end.
-  void Finish() {
-    if (pump_.joinable()) {
-      close(pipe_[1]);
-      pump_.join();
-    }
-  }
-
-  void Pump() {
-    problem_ = MoveAll();
-    close(pipe_[0]);  // after a failure the library's writes fail too
-  }
-
-  int MoveAll() {
-    Buffer buffer(size_t{128} << 10);
-    for (;;) {
-#ifdef __linux__
-      if (splice_) {
-        const ssize_t moved =
-            splice(pipe_[0], nullptr, STDOUT_FILENO, nullptr, size_t{1} << 20, SPLICE_F_MOVE);
-        if (moved == 0) return 0;
-        if (moved > 0 || errno == EINTR) continue;
-        if (errno != EINVAL) return errno;
-        splice_ = false;  // not between these two: copy
-      }
-#endif
-      ssize_t size = read(pipe_[0], buffer.Data(), buffer.Size());
-      if (size == 0) return 0;
-      if (size < 0 && errno != EINTR) return errno;
-      for (const uint8_t* at = buffer.Data(); size > 0;) {
-        const ssize_t written = write(STDOUT_FILENO, at, static_cast<size_t>(size));
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return errno;
-        at += written;
-        size -= written;
-      }
-    }
-  }
-
-  std::array<int, 2> pipe_{};
-  std::wstring path_;
-  std::thread pump_;
-  std::atomic<int> problem_ = 0;
-  bool splice_ = true;
+  void Commit() override { CheckKept(); }
 };
 
 }  // namespace
+
+void Output::CheckRoom(uint64_t size) const {
+  if (size > most_ || written_ > most_ - size) {
+    throw OutputError("would hold more than " + std::to_string(most_) +
+                      " bytes, the most in which PDF readers find their way; make several files");
+  }
+}
+
+int Output::Write(const char* data, size_t size) {
+  while (size > 0) {
+    const ssize_t count = write(descriptor_, data, size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EAGAIN) {
+      // Whoever opened the descriptor does not want to wait for it; here there is nothing else to
+      // do.
+      pollfd ready{descriptor_, POLLOUT, 0};
+      poll(&ready, 1, -1);
+      continue;
+    }
+    if (count < 0) return errno;
+    data += count;
+    size -= static_cast<size_t>(count);
+    written_ += static_cast<uint64_t>(count);
+  }
+  return 0;
+}
+
+void Output::CheckKept() const {
+  // File systems of other machines may say so at the close of any descriptor of the file.
+  const int copy = dup(descriptor_);
+  if (copy >= 0 && close(copy) != 0 && errno != EINTR) ThrowProblem(errno);
+}
 
 std::string WriteProblem(int code) {
   const char* advice = "";
@@ -253,30 +210,23 @@ std::string WriteProblem(int code) {
          advice;
 }
 
-std::unique_ptr<Output> OpenFileOutput(const std::string& file) {
+std::unique_ptr<Output> OpenFileOutput(const std::string& file, uint64_t most) {
   struct stat status;
   if (stat(file.c_str(), &status) != 0) {
     if (errno != ENOENT) ThrowProblem(errno);
-    return std::make_unique<RenamedFile>(BehindLinks(file), std::nullopt);
+    return std::make_unique<ReplacedFile>(BehindLinks(file), std::nullopt, most);
   }
   if (S_ISDIR(status.st_mode)) ThrowProblem(EISDIR);
-  if (!S_ISREG(status.st_mode)) return std::make_unique<DirectFile>(file);
-  return std::make_unique<RenamedFile>(BehindLinks(file), status);
+  if (S_ISREG(status.st_mode)) {
+    return std::make_unique<ReplacedFile>(BehindLinks(file), status, most);
+  }
+  const int descriptor = open(file.c_str(), O_WRONLY | O_CLOEXEC);
+  if (descriptor < 0) ThrowProblem(errno);
+  return std::make_unique<OpenFile>(descriptor, most);
 }
 
 std::unique_ptr<Output> OpenStandardOutput() {
-  return std::make_unique<StandardOutput>();
-}
-
-void InstallSignalHandlers() {
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    struct sigaction before;
-    // A signal that the parent wants ignored (nohup) stays ignored.
-    if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
-    std::signal(signal, CleanUpAndDie);
-  }
+  return std::make_unique<OpenFile>(STDOUT_FILENO, kMostBytesOfPdf);
 }
 
 }  // namespace tool

@@ -2,6 +2,8 @@
 #ifndef JTPDF_TOOL_OUTPUT_H
 #define JTPDF_TOOL_OUTPUT_H
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -16,33 +18,43 @@ struct OutputError : std::runtime_error {
 // "No space left on device" and the like, with what to do where there is something to do.
 std::string WriteProblem(int code);
 
+// A cross-reference table gives positions ten digits.
+inline constexpr uint64_t kMostBytesOfPdf = 10'000'000'000;
+
 class Output {
  public:
   virtual ~Output() = default;
-  // The path for CreateFilePdfDoc.
-  virtual const std::wstring& Path() const = 0;
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  // Throws an OutputError where so many bytes more make a PDF that readers cannot find their way
+  // in.
+  void CheckRoom(uint64_t size) const;
+  // Writes the next bytes, all of them; gives the system's code where that fails.
+  int Write(const char* data, size_t size);
   // Makes the output final once the PDF is complete. Without it nothing is left behind. Throws
   // OutputError.
   virtual void Commit() = 0;
-  // Why writing to Path() failed, where this knows better than the library's code.
-  virtual int Problem() { return 0; }
 
  protected:
-  Output() = default;
-  Output(const Output&) = delete;
-  Output& operator=(const Output&) = delete;
+  explicit Output(uint64_t most) : most_(most) {}
+  // Throws an OutputError where the system says only now that it did not keep the bytes.
+  void CheckKept() const;
+
+  int descriptor_ = -1;
+
+ private:
+  uint64_t most_;
+  uint64_t written_ = 0;
 };
 
-// Writes beside `file` under a temporary name that Commit renames; what is no regular file (a
-// device, a FIFO) is written to directly. Throws OutputError.
-std::unique_ptr<Output> OpenFileOutput(const std::string& file);
+// Writes a file without a name beside `file`, or a hidden one where there is none without, which
+// Commit puts in its place; what is no regular file (a device, a FIFO) is written to directly.
+// Takes `most` bytes. Throws OutputError.
+std::unique_ptr<Output> OpenFileOutput(const std::string& file, uint64_t most = kMostBytesOfPdf);
 
 // Writes to standard output, whatever it is: a pipe, a file in the middle, a socket.
 std::unique_ptr<Output> OpenStandardOutput();
-
-// Makes SIGINT, SIGTERM and SIGHUP remove the temporary file on their way out, and a closed pipe an
-// error like any other.
-void InstallSignalHandlers();
 
 }  // namespace tool
 

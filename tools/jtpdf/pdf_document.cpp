@@ -16,12 +16,17 @@ namespace {
 // Of the profiles that are remembered; one that is forgotten and comes again is written again.
 constexpr size_t kMostProfiles = 4 * kMostProfile;
 
+int32_t WriteToOutput(void* output, const char* data, size_t size) {
+  static_cast<Output*>(output)->CheckRoom(size);
+  return static_cast<Output*>(output)->Write(data, size);
+}
+
 }  // namespace
 
 PdfDocument::PdfDocument(Output& output, const Metadata& metadata, int compression)
     : output_(output),
       compression_(compression),
-      document_(CreateFilePdfDoc(PDFCoordinateUnitPoint, output.Path().c_str(), nullptr, nullptr)) {
+      document_(CreateCallbackPdfDoc(PDFCoordinateUnitPoint, WriteToOutput, &output)) {
   const std::pair<const char*, const std::wstring&> items[] = {
       {"Title", metadata.title},     {"Author", metadata.author},
       {"Subject", metadata.subject}, {"Keywords", metadata.keywords},
@@ -36,12 +41,9 @@ PdfDocument::PdfDocument(Output& output, const Metadata& metadata, int compressi
 
 void PdfDocument::Check(int32_t code) {
   if (code == 0) return;
-  // Closes the library's end of a pipe, so that the output can tell what became of its other end.
-  document_.reset();
   // What was to be written is no longer there: the rest of a mapped file.
   if (code == EFAULT) throw InputChanged();
-  const int problem = output_.Problem();
-  throw OutputError(WriteProblem(problem != 0 ? problem : code));
+  throw OutputError(WriteProblem(code));
 }
 
 int PdfDocument::ColorSpaceOf(Bytes profile) {
@@ -80,6 +82,8 @@ TPdfImageDescriptor PdfDocument::Describe(const EncodedStream& stream, int color
 int PdfDocument::WriteImage(const EncodedImage& image, TPdfImageRole role,
                             const std::wstring& name) {
   const int colorSpace = image.profile.Empty() ? 0 : ColorSpaceOf(image.profile.View());
+  // Before the first byte of it is written.
+  output_.CheckRoom(image.pixels.data.size() + (image.alpha ? image.alpha->data.size() : 0));
   const TPdfImageDescriptor pixels = Describe(image.pixels, colorSpace);
   const std::wstring recorded = WithRoomForPairs(name);
   int number = 0;
