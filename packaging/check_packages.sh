@@ -11,7 +11,7 @@ field() { dpkg-deb -f "$folder/$1"_*.deb "$2"; }
 
 # takes PACKAGE OTHER: without OTHER the package is of no use.
 takes() {
-  field "$1" Depends | tr ',' '\n' | grep -q "^ *$2\\( \\|$\\)" || complain "$1 does not depend on $2"
+  field "$1" Depends | tr ',' '\n' | grep "^ *$2\\( \\|$\\)" >/dev/null || complain "$1 does not depend on $2"
 }
 takes jtpdf libjtpdf2
 takes jtpdf libjpeg62-turbo
@@ -26,7 +26,7 @@ synopses=$(for package in "$folder"/*.deb; do dpkg-deb -f "$package" Description
 
 # What Python compiles is made and taken away with the package.
 for script in postinst prerm; do
-  dpkg-deb -I "$folder"/python3-jtpdf_*.deb "$script" | grep -q 'py3.* -p python3-jtpdf' ||
+  dpkg-deb -I "$folder"/python3-jtpdf_*.deb "$script" | grep 'py3.* -p python3-jtpdf' >/dev/null ||
     complain "python3-jtpdf has no $script for its compiled modules"
 done
 exit $failed

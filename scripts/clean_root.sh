@@ -9,10 +9,15 @@ make_clean_root() {
   install_packages scripts/packages/root.txt
   rm -rf --one-file-system "$1"
   mkdir -p "$1"
-  debootstrap --variant=minbase bookworm "$1" http://deb.debian.org/debian >"$1.log" || {
+  # By another name: debootstrap does not take one with blanks.
+  local place
+  place=$(mktemp -d)
+  ln -s "$1" "$place/root"
+  debootstrap --variant=minbase bookworm "$place/root" http://deb.debian.org/debian >"$1.log" || {
     cat "$1.log" >&2
     return 1
   }
+  rm -r "$place"
   cp /etc/resolv.conf /etc/hosts "$1/etc/"
 }
 

@@ -16,6 +16,9 @@ import sys
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
+sys.path.append(str(ROOT / "scripts"))
+sys.dont_write_bytecode = True
+from write_block import write_block
 PROGRAMS = ["library", "floor", "libharu", "cairo", "podofo", "qpdf", "mupdf"]
 LIMIT = 60  # seconds of CPU time that a program may take for a run
 COUNTABLE = 100_000  # items whose instructions callgrind counts within minutes
@@ -450,14 +453,6 @@ def description():
             "a few percent).\n")
 
 
-def replace_section(text, name, body):
-    """The text with what stands between the two marker comments of a name replaced."""
-    pattern = re.compile(f"(<!-- {name} begin[^>]*-->\n).*?(<!-- {name} end -->)", re.DOTALL)
-    if not pattern.search(text):
-        sys.exit(f"docs/performance.md has no section {name}")
-    return pattern.sub(lambda match: match.group(1) + body + match.group(2), text)
-
-
 def main():
     parser = argparse.ArgumentParser(prog="scripts/bench")
     parser.add_argument("--build", required=True, help=argparse.SUPPRESS)
@@ -531,11 +526,9 @@ def main():
 
     if arguments.write_docs and not arguments.quick:
         page = ROOT / "docs" / "performance.md"
-        text = page.read_text(encoding="utf-8")
-        text = replace_section(text, "library machine", about)
-        text = replace_section(text, "library targets", targets.table())
-        text = replace_section(text, "library results", "\n".join(sections))
-        page.write_text(text, encoding="utf-8")
+        write_block(page, "library machine", about)
+        write_block(page, "library targets", targets.table())
+        write_block(page, "library results", "\n".join(sections))
         if grown:
             plot = ROOT / "docs" / "performance-growth.svg"
             plot.write_text(growth_plot(grown), encoding="utf-8")

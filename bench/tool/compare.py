@@ -1,18 +1,20 @@
 #!/usr/bin/python3
 """Compares jtpdf with img2pdf and cat: time, size and peak memory, as a Markdown table.
 
-    bench/tool/compare.py JTPDF [--folder DIR] [--rounds N]
+    bench/tool/compare.py JTPDF [--folder DIR] [--rounds N] [--write-docs]
 
 DIR must be on a tmpfs (default /dev/shm), where disks have no say; about 4 GB are used and removed.
 Each command runs in turn, round after round, and the best of its rounds counts: what a loaded
 machine adds is not the command's doing. The processor seconds suffer least from such company.
 On a machine that others use too, --realtime keeps them away. Needs Debian's python3-pil,
-python3-numpy and img2pdf.
+python3-numpy and img2pdf. --write-docs keeps the tables in docs/performance-tool.md.
 """
 import argparse
 import glob
+import importlib.metadata
 import io
 import os
+import pathlib
 import shutil
 import sys
 import tempfile
@@ -20,6 +22,18 @@ import time
 
 import numpy
 from PIL import Image
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.append(str(ROOT / "scripts"))
+sys.dont_write_bytecode = True
+from write_block import write_block
+
+said = []
+
+
+def say(text):
+    print(text, flush=True)
+    said.append(text + "\n")
 
 
 def photograph(width, height, seed):
@@ -114,12 +128,12 @@ def compare(title, commands, output, rounds):
             old = best.get(name, found)
             best[name] = tuple(min(pair) for pair in zip(old, found))
     own = best["jtpdf"][0]
-    print(f"\n{title}\n\n| command | seconds | jtpdf is faster by | processor seconds | MB written "
-          "| peak memory, MB |\n|---|---|---|---|---|---|")
+    say(f"\n### {title}\n\n| command | seconds | jtpdf is faster by | processor seconds | MB written "
+        "| peak memory, MB |\n|---|---|---|---|---|---|")
     for name, (seconds, processor, size) in best.items():
         memory = peak_memory(commands[name], output)
-        print(f"| {name} | {seconds:.3f} | {seconds / own:.2f} | {processor:.3f} | "
-              f"{size / 1e6:.1f} | {memory:.1f} |", flush=True)
+        say(f"| {name} | {seconds:.3f} | {seconds / own:.2f} | {processor:.3f} | "
+            f"{size / 1e6:.1f} | {memory:.1f} |")
     return best
 
 
@@ -131,7 +145,13 @@ def main():
     parser.add_argument("--only", default="large,small,png")
     parser.add_argument("--realtime", action="store_true",
                         help="put the commands before all else that runs (as root)")
+    parser.add_argument("--write-docs", action="store_true",
+                        help="keep the tables in docs/performance-tool.md")
     options = parser.parse_args()
+    if options.write_docs and options.only != parser.get_default("only"):
+        parser.error("--write-docs takes the whole comparison, without --only")
+    version = importlib.metadata.version("img2pdf")
+    say(f"The best of {options.rounds} rounds, {os.cpu_count()} processors, img2pdf {version}.")
     folder = tempfile.mkdtemp(prefix="jtpdf-bench-", dir=options.folder)
     try:
         make_inputs(folder, options.only.split(","))
@@ -147,15 +167,15 @@ def main():
                 "jtpdf": jtpdf + ["-o", out] + large,
                 "cat": first + ["cat"] + large,
                 "img2pdf": peer + large}, out, options.rounds)
-            print(f"\njtpdf takes {best['jtpdf'][0] / best['cat'][0]:.2f} times as long as cat; "
-                  f"img2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
+            say(f"\njtpdf takes {best['jtpdf'][0] / best['cat'][0]:.2f} times as long as cat; "
+                f"img2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
                   "jtpdf.")
         if "small" in options.only:
             best = compare("20,000 small JPEGs (192 x 128)", {
                 "jtpdf": jtpdf + ["-o", out] + small,
                 "img2pdf": peer + small}, out, options.rounds)
-            print(f"\nimg2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
-                  "jtpdf.")
+            say(f"\nimg2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
+                "jtpdf.")
         if "png" in options.only:
             commands = {
                 "jtpdf": jtpdf + ["--compression", "1", "-o", out] + png,
@@ -164,9 +184,11 @@ def main():
                 "img2pdf": peer + png}
             best = compare("50 PNG photographs of 12 megapixels, --compression 1", commands, out,
                            min(options.rounds, 1))
-            print(f"\nWith -j 1 jtpdf takes {best['jtpdf -j 1'][0] / best['jtpdf -j 2'][0]:.2f} "
-                  f"times as long as with -j 2; img2pdf takes "
-                  f"{best['img2pdf'][0] / best['jtpdf -j 2'][0]:.2f} times as long as jtpdf -j 2.")
+            say(f"\nWith -j 1 jtpdf takes {best['jtpdf -j 1'][0] / best['jtpdf -j 2'][0]:.2f} "
+                f"times as long as with -j 2; img2pdf takes "
+                f"{best['img2pdf'][0] / best['jtpdf -j 2'][0]:.2f} times as long as jtpdf -j 2.")
+        if options.write_docs:
+            write_block(ROOT / "docs/performance-tool.md", "command", "".join(said).lstrip("\n"))
     finally:
         shutil.rmtree(folder)
 

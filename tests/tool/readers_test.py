@@ -1,5 +1,6 @@
-"""Every kind of input through five readers; with --write FILE also the table of what they show."""
+"""Every kind of input through five readers; with --write-docs what they show goes into a page."""
 import os
+import pathlib
 import shutil
 import struct
 import subprocess
@@ -14,6 +15,11 @@ import pixels_test
 import support
 from support import BLOCK, blocks, jpeg_bytes, run
 
+sys.path.append(os.path.join(os.environ["SOURCE"], "scripts"))
+sys.dont_write_bytecode = True
+from write_block import write_block
+
+PAGE = pathlib.Path(os.environ["SOURCE"], "docs/readers-tool.md")
 MODULES = os.path.join(os.environ["BUILD"], "pdfjs", "node_modules")
 
 
@@ -182,8 +188,7 @@ class Readers(unittest.TestCase):
                         self.assertTrue(near or free, difference)
                 rows.append((kind, cells))
         if WRITE:
-            with open(WRITE, "w") as file:
-                file.write(table(readers, rows))
+            write_block(PAGE, "readers", table(readers, rows))
 
 
 def table(readers, rows):
@@ -201,9 +206,8 @@ def table(readers, rows):
     return text + "".join(f"| {kind} | " + " | ".join(cells) + " |\n" for kind, cells in rows)
 
 
-WRITE = None
+WRITE = "--write-docs" in sys.argv
 if __name__ == "__main__":
-    if len(sys.argv) == 3 and sys.argv[1] == "--write":
-        WRITE = sys.argv[2]
-        del sys.argv[1:]
+    if WRITE:
+        sys.argv.remove("--write-docs")
     unittest.main()

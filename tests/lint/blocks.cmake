@@ -1,0 +1,26 @@
+# The blocks of figures in the documentation have a begin, an end, and a command that writes them.
+#   cmake -D ROOT=<source folder> -P blocks.cmake
+
+cmake_minimum_required(VERSION 3.25)
+
+set(count 0)
+file(GLOB pages ${ROOT}/docs/*.md)
+foreach(page ${pages})
+  file(READ ${page} text)
+  string(REGEX MATCHALL "<!-- [a-z ]+ (begin|end)[^>]*-->" comments "${text}")
+  while(comments)
+    list(POP_FRONT comments begin end)
+    math(EXPR count "${count} + 1")
+    string(REGEX MATCH "^<!-- ([a-z ]+) begin: written by ([^ ]+) -->$" match "${begin}")
+    set(name "${CMAKE_MATCH_1}")
+    set(command "${CMAKE_MATCH_2}")
+    if(NOT match OR NOT end STREQUAL "<!-- ${name} end -->")
+      message(SEND_ERROR "${page}: ${begin} is not followed by its end, but by ${end}")
+    elseif(NOT EXISTS ${ROOT}/${command})
+      message(SEND_ERROR "${page}: ${begin}: there is no ${command}")
+    endif()
+  endwhile()
+endforeach()
+if(count EQUAL 0)
+  message(SEND_ERROR "${ROOT}/docs: no block of figures was found")
+endif()
