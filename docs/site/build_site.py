@@ -23,14 +23,13 @@ import reference
 SITE = pathlib.Path(__file__).resolve().parent
 ROOT = SITE.parent.parent
 DOCS = ROOT / "docs"
-C_HEADERS = ("jtpdf.h", "types.h", "diagnostics.h")
+HEADERS = ROOT / "include/jtpdf"
+C_HEADERS = sorted(HEADERS.glob("*.h"), key=lambda header: (header.name != "jtpdf.h", header.name))
 
 LINK = re.compile(r"(?<!!)\[((?:[^\[\]`]|`[^`]*`)*)\]\(([^)\s:#]+)(#[^)\s]*)?\)")
 # Files of the repository that have a page in the site.
 PAGES = {
-    "include/jtpdf/jtpdf.h": "reference/c.rst",
-    "include/jtpdf/types.h": "reference/c.rst",
-    "include/jtpdf/diagnostics.h": "reference/c.rst",
+    **{f"include/jtpdf/{header.name}": "reference/c.rst" for header in C_HEADERS},
     "include/jtpdf/jtpdf.hpp": "reference/cpp.rst",
     "bindings/python/README.md": "reference/python.rst",
     "tools/jtpdf/jtpdf.1": "reference/command.md",
@@ -44,6 +43,8 @@ def link_in_site(page: pathlib.Path, match: "re.Match[str]") -> str:
     name = str(target.relative_to(ROOT))
     if name in PAGES:
         return f"[{title}]({os.path.relpath(DOCS / PAGES[name], page.parent)})"
+    if target.is_relative_to(DOCS) and title.endswith(".md"):  # in a site pages have titles
+        return f"[{re.search('^#+ (.*)$', target.read_text('utf-8'), re.M)[1]}]({path}{anchor or ''})"
     if target.is_relative_to(DOCS) or target.is_file() and target.suffix != ".md":
         return match[0]
     return title
@@ -72,11 +73,8 @@ def render_album(album: pathlib.Path, folder: pathlib.Path) -> None:
 
 def write_reference(folder: pathlib.Path) -> None:
     """The pages of the C and the C++ interface."""
-    def read(name: str, is_cpp: bool) -> List[headers.Item]:
-        return headers.read((ROOT / "include/jtpdf" / name).read_text("utf-8"), is_cpp)
-
-    c = {name: read(name, False) for name in C_HEADERS}
-    cpp = read("jtpdf.hpp", True)
+    c = {header.name: headers.read(header.read_text("utf-8"), False) for header in C_HEADERS}
+    cpp = headers.read((HEADERS / "jtpdf.hpp").read_text("utf-8"), True)
     known: Dict[str, str] = {}
     for items in c.values():
         known.update(reference.links(items, "c"))

@@ -104,59 +104,76 @@ def _is_repeated(item: Item, found: List[Item]) -> bool:
         "::" in name[0] or bool(found) and found[-1].code == f"typedef struct {item.code}")
 
 
-def _items(tokens: "Iterator[re.Match[str]]") -> List[Item]:
-    found: List[Item] = []
-    code = comment = ""
-    near: Optional[bool] = False
-    is_private = False
-    new_line = True
+class _Reader:
+    """Reads a header's tokens; for what is inside of a block, another one goes on with them."""
 
-    def declare(members: List[Item]) -> None:
-        nonlocal code, comment, near
-        item = _item(code, comment, bool(near) and not comment)
-        if code and not is_private and not _is_repeated(item, found):
-            item.members = members
-            found.append(item)
-        code, comment, near = "", "", None if item.kind == "namespace" else True
+    def __init__(self, tokens: "Iterator[re.Match[str]]") -> None:
+        self.tokens = tokens
+        self.found: List[Item] = []
+        self.code = self.comment = ""
+        self.near: Optional[bool] = False  # behind a declaration; nothing behind a namespace
+        self.new_line = True
+        self.is_private = False
 
-    for token in tokens:
-        if token["space"]:
-            new_line = "\n" in token["space"]
-            if token["space"].count("\n") > 1:
-                found += [Item("remark", text=comment)] if comment and not is_private else []
-                comment, near = "", False
-        elif token["comment"]:
-            text = _text(token["comment"])
-            section = SECTION.match(text.split("\n")[0])
-            if is_private or near is None and not new_line:
-                continue  # behind the end of a namespace
-            if not (new_line or found or code):  # behind the begin of a block
-                found.append(Item("remark", text=text))
-            elif code or near and not new_line:  # behind a declaration
-                declare([]) if code else None
-                if found[-1].text and not found[-1].shares:
-                    found.insert(-1, Item("remark", text=found[-1].text))
-                found[-1].text, found[-1].shares = text, False
-            elif section:
-                found.append(Item("section", section[1], text.partition("\n")[2].strip()))
-                comment = ""
+    def items(self) -> List[Item]:
+        for token in self.tokens:
+            if token["space"]:
+                self._space(token["space"])
+            elif token["comment"]:
+                self._comment(_text(token["comment"]))
+            elif token["code"]:
+                label = re.match(r"(public|private):\s*", token["code"])
+                self.is_private = label[1] == "private" if label else self.is_private
+                self.code = token["code"][label.end():] if label else token["code"]
+            elif token["mark"] == "{":
+                self._declare(_Reader(self.tokens).items())
             else:
-                comment = text
-        elif token["code"]:
-            label = re.match(r"(public|private):\s*", token["code"])
-            is_private = label[1] == "private" if label else is_private
-            code = token["code"][label.end():] if label else token["code"]
-        elif token["mark"] == "{":
-            declare(_items(tokens))
+                self._declare([])
+                if token["mark"] == "}":
+                    break
+        return self.found
+
+    def _space(self, space: str) -> None:
+        self.new_line = "\n" in space
+        if space.count("\n") > 1:
+            if self.comment and not self.is_private:
+                self.found.append(Item("remark", text=self.comment))
+            self.comment, self.near = "", False
+
+    def _comment(self, text: str) -> None:
+        title, _, rest = text.partition("\n")
+        section = SECTION.match(title)
+        if self.is_private or self.near is None and not self.new_line:
+            return  # behind the end of a namespace
+        if not (self.new_line or self.found or self.code):  # behind the begin of a block
+            self.found.append(Item("remark", text=text))
+        elif self.code or self.near and not self.new_line:
+            self._describe_last(text)
+        elif section:
+            self.found.append(Item("section", section[1], rest.strip()))
         else:
-            declare([])
-            if token["mark"] == "}":
-                break
-    return found
+            self.comment = text
+
+    def _describe_last(self, text: str) -> None:
+        """The text stands behind a declaration, perhaps behind one that no mark ends."""
+        if self.code:
+            self._declare([])
+        last = self.found[-1]
+        if last.text:  # it was before several declarations, then
+            self.found.insert(-1, Item("remark", text=last.text))
+        last.text, last.shares = text, False
+
+    def _declare(self, members: List[Item]) -> None:
+        item = _item(self.code, self.comment, bool(self.near) and not self.comment)
+        if self.code and not self.is_private and not _is_repeated(item, self.found):
+            item.members = members
+            self.found.append(item)
+        self.code = self.comment = ""
+        self.near = None if item.kind == "namespace" else True
 
 
 def read(text: str, is_cpp: bool) -> List[Item]:
     """What the header declares for a compiler of C, or of C++."""
     text = _branches(text, is_cpp)
     text = re.sub(r"typedef int32_t (\w+);\nenum \{", r"enum \1 {", text)  # what C has for a fixed type
-    return _items(TOKEN.finditer(_without_bodies(ASSERTED.sub("", text))))
+    return _Reader(TOKEN.finditer(_without_bodies(ASSERTED.sub("", text)))).items()

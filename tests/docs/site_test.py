@@ -65,7 +65,7 @@ def problems(folder: pathlib.Path, pages: Dict[str, Page]) -> Iterator[str]:
         if "input.sidebar-search" not in page.classes:
             yield f"{name}: there is no search"
     for sheet in folder.rglob("*.css"):
-        for url in re.findall(r"url\(\s*[\"']?(?!data:)([^)\"']+)", sheet.read_text("utf-8")):
+        for url in re.findall(r"(?:url\(|@import)\s*[\"']?(?!data:|url)([^)\"']+)", sheet.read_text("utf-8")):
             if not (sheet.parent / url).is_file():
                 yield f"{sheet.relative_to(folder)}: {url} is not in the site"
     if "prefers-color-scheme: dark" not in (folder / "_static/styles/furo.css").read_text("utf-8"):
