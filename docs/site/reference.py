@@ -18,7 +18,7 @@ def name_of(item: Item) -> str:
     elif item.kind in BLOCKS or item.code.startswith("using"):
         pattern = r"(?:typedef struct|enum class|enum|class|struct|namespace|using) (\w+)"
     else:
-        pattern = r"(\w+)(?: = .*)?$"
+        pattern = r"\(\*(\w+)\)" if "(*" in item.code else r"(\w+)(?: = .*)?$"
     found = re.search(pattern, item.code)
     return found[1] if found else ""
 

@@ -82,6 +82,10 @@ class Reference(unittest.TestCase):
         self.assertIn(r"\ :c:type:`Open <Open>`\ ", page)
         self.assertIn(r"for \*p, a\_b\_ and \|c\|.", page)
 
+    def test_a_type_of_functions_has_its_name(self) -> None:
+        items = headers.read("/* Takes bytes. */\ntypedef int (*Write)(void* to, size_t size);\n", False)
+        self.assertEqual(reference.links(items, "c"), {"Write": ":c:type:`Write <Write>`"})
+
     def test_declarations_that_share_a_comment_share_an_entry(self) -> None:
         page = self.page("/* x.h - writes. */\n\n/* Both. */\nint A(void);\nint B(void);\n")
         self.assertIn(".. c:function:: int A(void)\n                int B(void)\n\n   Both.\n", page)

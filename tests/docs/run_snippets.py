@@ -116,7 +116,8 @@ class Room:
 
     def run(self, command: List[str], what: str) -> str:
         result = subprocess.run(command, cwd=self.work, env=self.environment, text=True,
-                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+                                errors="replace", stdout=subprocess.PIPE,
+                                stderr=subprocess.STDOUT, check=False)
         if result.returncode != 0:
             sys.exit(f"{what}: exit status {result.returncode} of {shlex.join(command)}\n"
                      f"{result.stdout}")
