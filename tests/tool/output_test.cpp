@@ -8,6 +8,7 @@
 #include <string>
 
 #include "album.h"
+#include "album_writer.h"
 #include "pdf_document.h"
 
 namespace tool {

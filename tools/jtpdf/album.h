@@ -1,7 +1,8 @@
-// album.h - from the list of inputs to the PDF: first every input is planned, then all are written.
+// album.h - the plan of a PDF: what its pages will be.
 //
-// Planning reads headers only. It finds nearly everything that can be wrong before the first byte
-// is written, tells how many pages there will be, and finds the images that are given twice.
+// Every input is planned before anything is written. Planning reads headers only. It finds nearly
+// everything that can be wrong before the first byte is written, tells how many pages there will
+// be, and finds the images that are given twice.
 #ifndef JTPDF_TOOL_ALBUM_H
 #define JTPDF_TOOL_ALBUM_H
 
@@ -10,14 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "console.h"
 #include "folder.h"
 #include "image.h"
 #include "image_source.h"
 #include "input_list.h"
 #include "layout.h"
 #include "options.h"
-#include "output.h"
 
 namespace tool {
 
@@ -49,16 +48,11 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options);
 // The input that is this file, or null.
 const Input* FindInput(const AlbumPlan& plan, uint64_t device, uint64_t inode);
 
-// The table of --dry-run.
-std::string DescribeAlbum(const AlbumPlan& plan, const Options& options);
+// The bytes of an input, as they were planned; throws an ImageError where they are no longer.
+ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch);
 
-// Writes all pages and commits the output. With options.skipBad inputs that fail are reported and
-// left out; without it the first throws a BadInput. Returns how many failed here. Throws
-// OutputError.
-size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output, Console& console);
-
-// An input that failed while it was written; reported already.
-struct BadInput {};
+// What messages call the page: its input's name, and where it is one of several, which.
+std::string PageName(const AlbumPlan& plan, const PagePlan& page);
 
 }  // namespace tool
 

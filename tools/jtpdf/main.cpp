@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "album.h"
+#include "album_table.h"
+#include "album_writer.h"
 #include "console.h"
 #include "input_list.h"
 #include "interruption.h"

@@ -1,0 +1,16 @@
+// album_table.h - the table of --dry-run.
+#ifndef JTPDF_TOOL_ALBUM_TABLE_H
+#define JTPDF_TOOL_ALBUM_TABLE_H
+
+#include <string>
+
+#include "album.h"
+#include "options.h"
+
+namespace tool {
+
+std::string DescribeAlbum(const AlbumPlan& plan, const Options& options);
+
+}  // namespace tool
+
+#endif  // JTPDF_TOOL_ALBUM_TABLE_H
