@@ -64,6 +64,11 @@ class BadInput(JtpdfTest):
                     status, _, error = run(self.put(data[:size], "cut"), "-o", out)
                     if name == "a.tif" and status == 0:
                         continue  # padding at the end
+                    if name.endswith((".jp2", ".j2k")) and size >= len(data) - 2:
+                        # Of the end marker alone nothing is missed: jpeg2000_test.py looks at it.
+                        self.assertEqual(status, 0, error)
+                        os.remove(out)
+                        continue
                     self.assertEqual(status, 1, error)
                     self.assertRegex(error, r"^jtpdf: .*cut: (is|ends|cannot|has|claims|holds)")
                     self.assertFalse(os.path.exists(out))
@@ -79,6 +84,8 @@ class BadInput(JtpdfTest):
         self.save(blocks(), "a.jp2", irreversible=False)
         jp2 = self.get("a.jp2")
         at = jp2.index(b"\xff\x51") + 6
+        jp2 = jp2[:at] + struct.pack(">IIIIII", side, side, 0, 0, side, side) + jp2[at + 24:]
+        at = jp2.index(b"ihdr") + 4
         jp2 = jp2[:at] + struct.pack(">II", side, side) + jp2[at + 8:]
         self.save(blocks(), "a.tif")
         with Image.open(self.path("a.tif")) as image:

@@ -1,18 +1,20 @@
 // jpeg2000_reader.cpp - JPEG 2000: opaque grey and RGB JP2 files pass through, the rest is decoded.
 //
 // Readers differ over alpha, palettes, CMYK and bare codestreams in JPEG 2000, so these are decoded
-// by OpenJPEG. The boxes are read by a walk of our own, which decodes nothing.
+// by OpenJPEG. Planning reads the boxes and the codestream's headers by code of our own, which
+// decodes nothing.
 #include <openjpeg.h>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "exif.h"
+#include "readers/jpeg2000_file.h"
 #include "readers/reader.h"
 #include "readers/samples.h"
 
@@ -21,224 +23,90 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr auto kFileMagic = "\0\0\0\x0CjP  \r\n\x87\n"sv;
-constexpr auto kStreamMagic = "\xFF\x4F\xFF\x51"sv;  // SOC and SIZ
-constexpr auto kCutOff =
-    "ends before its picture does; the file was cut off, copy it again from its source";
-
-// The boxes in a run of them, one after the other.
-class BoxWalk {
- public:
-  explicit BoxWalk(Bytes bytes) : bytes_(bytes) {}
-
-  bool Next() {
-    const Bytes head = Slice(bytes_, at_, 8);
-    if (head.empty()) return false;
-    uint64_t size = Be32(head.data()), headSize = 8;
-    type = {reinterpret_cast<const char*>(head.data() + 4), 4};
-    if (size == 1) {  // the size proper follows, in 64 bits
-      const Bytes large = Slice(bytes_, at_ + 8, 8);
-      if (large.empty()) throw ImageError(kCutOff);
-      size = uint64_t{Be32(large.data())} << 32 | Be32(large.data() + 4);
-      headSize = 16;
-    } else if (size == 0) {  // up to the end
-      size = bytes_.size() - at_;
-    }
-    if (size < headSize) throw ImageError("is damaged: a JP2 box without its size; save it again");
-    data = Slice(bytes_, at_ + headSize, size - headSize);
-    if (data.size() != size - headSize) throw ImageError(kCutOff);
-    at_ += size;
-    return true;
-  }
-
-  std::string_view type;
-  Bytes data;
-
- private:
-  Bytes bytes_;
-  uint64_t at_ = 0;
-};
-
-enum class Model { kUnknown, kGrey, kRgb, kYcc, kCmyk };
-
-struct Jpeg2000Facts {
-  bool bare = false;  // a codestream without a JP2 file around it
-  uint32_t width = 0;
-  uint32_t height = 0;
-  int components = 0;
-  int depth = 0;        // of the deepest component
-  bool uniform = true;  // one depth, unsigned, no subsampling
-  Model model = Model::kUnknown;
-  bool palette = false;
-  bool alpha = false;
-  bool reordered = false;  // channels are not in their usual order
-  Bytes profile;
-  Resolution resolution;
-};
-
-void ReadCodestream(Bytes stream, Jpeg2000Facts* facts) {
-  constexpr size_t kComponents = 42;  // where their list begins, with SOC and the SIZ marker
-  if (!StartsWith(stream, kStreamMagic) || stream.size() < kComponents) throw ImageError(kCutOff);
-  const uint32_t right = Be32(&stream[8]), bottom = Be32(&stream[12]);
-  const uint32_t left = Be32(&stream[16]), top = Be32(&stream[20]);
-  facts->components = static_cast<int>(Be16(&stream[40]));
-  if (left >= right || top >= bottom || facts->components == 0) {
-    throw ImageError("is damaged: a picture without pixels; save it again");
-  }
-  facts->width = right - left;
-  facts->height = bottom - top;
-  const Bytes list = Slice(stream, kComponents, 3 * static_cast<size_t>(facts->components));
-  if (list.empty()) throw ImageError(kCutOff);
-  for (size_t i = 0; i < list.size(); i += 3) {
-    const int depth = (list[i] & 0x7F) + 1;
-    facts->uniform = facts->uniform && list[i] == list[0] && list[i] < 0x80 && list[i + 1] == 1 &&
-                     list[i + 2] == 1;
-    facts->depth = std::max(facts->depth, depth);
-  }
-  const size_t size = stream.size();
-  // The end-of-codestream marker; padding may follow it in the file.
-  size_t end = size;
-  while (end > 2 && stream[end - 1] == 0) --end;
-  if (stream[end - 2] != 0xFF || stream[end - 1] != 0xD9) throw ImageError(kCutOff);
-}
-
-Resolution ReadResolution(Bytes box) {
-  Resolution found;
-  BoxWalk walk(box);
-  while (walk.Next()) {
-    const bool display = walk.type == "resd", capture = walk.type == "resc";
-    if ((!display && !capture) || walk.data.size() < 10 || (capture && found.Known())) continue;
-    const uint8_t* d = walk.data.data();  // vertical first, as fractions and exponents, per metre
-    const auto perInch = [](uint32_t above, uint32_t below, uint8_t exponent) {
-      if (below == 0) return 0.0;
-      return 0.0254 * above / below * std::pow(10.0, static_cast<int8_t>(exponent));
-    };
-    found = {perInch(Be16(d + 4), Be16(d + 6), d[9]), perInch(Be16(d), Be16(d + 2), d[8])};
-  }
-  return found;
-}
-
-void ReadColour(Bytes box, Jpeg2000Facts* facts) {
-  if (facts->model != Model::kUnknown || box.size() < 4) return;  // the first that is known counts
-  if (box[0] == 1 && box.size() >= 7) {
-    switch (Be32(&box[3])) {
-      case 12:
-        facts->model = Model::kCmyk;
-        break;
-      case 16:
-        facts->model = Model::kRgb;
-        break;
-      case 17:
-        facts->model = Model::kGrey;
-        break;
-      case 18:
-        facts->model = Model::kYcc;
-        break;
-      default:
-        break;
-    }
-  } else if (box[0] == 2 && box.size() > 3 + 20) {
-    facts->profile = box.subspan(3);
-    const std::string_view space(reinterpret_cast<const char*>(&box[3 + 16]), 4);
-    if (space == "GRAY") facts->model = Model::kGrey;
-    if (space == "RGB ") facts->model = Model::kRgb;
-    if (space == "CMYK") facts->model = Model::kCmyk;
-  }
-}
-
-void ReadChannels(Bytes box, Jpeg2000Facts* facts) {
-  for (size_t at = 2; at + 6 <= box.size(); at += 6) {
-    const uint32_t channel = Be16(&box[at]), kind = Be16(&box[at + 2]), use = Be16(&box[at + 4]);
-    if (kind == 1 || kind == 2) facts->alpha = true;
-    if (kind == 0 && use != channel + 1) facts->reordered = true;
-  }
-}
-
-Jpeg2000Facts ReadFacts(Bytes file) {
-  Jpeg2000Facts facts;
-  if (StartsWith(file, kStreamMagic)) {
-    facts.bare = true;
-    ReadCodestream(file, &facts);
-    return facts;
-  }
-  bool stream = false;
-  BoxWalk walk(file);
-  while (walk.Next()) {
-    if (walk.type == "jp2h") {
-      BoxWalk header(walk.data);
-      while (header.Next()) {
-        if (header.type == "colr") ReadColour(header.data, &facts);
-        if (header.type == "cdef") ReadChannels(header.data, &facts);
-        if (header.type == "pclr") facts.palette = true;
-        if (header.type == "res ") facts.resolution = ReadResolution(header.data);
-      }
-    } else if (walk.type == "jp2c" && !stream) {
-      ReadCodestream(walk.data, &facts);
-      stream = true;
-    }
-  }
-  if (!stream) throw ImageError(kCutOff);
-  return facts;
-}
+using Model = Jpeg2000File::Model;
 
 // The second of two components and the fourth of four that are not CMYK are alpha by custom, where
 // the file does not say what they are.
-bool AlphaByCustom(const Jpeg2000Facts& facts) {
-  return !facts.alpha && !facts.palette &&
-         (facts.components == 2 || (facts.components == 4 && facts.model != Model::kCmyk));
+bool AlphaByCustom(const Jpeg2000File& file) {
+  const int components = file.stream.components;
+  return !file.alpha && !file.palette &&
+         (components == 2 || (components == 4 && file.model != Model::kCmyk));
 }
 
 // Why the file must be decoded; empty where it passes through.
-std::string DecodeReason(const Jpeg2000Facts& facts) {
-  if (facts.bare) return "a JPEG 2000 codestream without a JP2 file";
-  if (facts.alpha || AlphaByCustom(facts)) return "JPEG 2000 with alpha";
-  if (facts.palette) return "JPEG 2000 with a palette";
-  const bool grey = facts.model == Model::kGrey && facts.components == 1;
-  const bool rgb = facts.model == Model::kRgb && facts.components == 3;
+std::string DecodeReason(const Jpeg2000File& file) {
+  if (!file.damage.empty()) return "damaged JPEG 2000";
+  if (file.bare) return "a JPEG 2000 codestream without a JP2 file";
+  if (file.alpha || AlphaByCustom(file)) return "JPEG 2000 with alpha";
+  if (file.palette) return "JPEG 2000 with a palette";
+  const bool grey = file.model == Model::kGrey && file.stream.components == 1;
+  const bool rgb = file.model == Model::kRgb && file.stream.components == 3;
   if (!grey && !rgb) return "JPEG 2000 that is neither plain grey nor plain RGB";
-  if (!facts.uniform || facts.reordered) return "JPEG 2000 with uneven components";
-  if (facts.depth != 8) return "JPEG 2000 of other than 8 bits, which readers show differently";
+  if (!file.stream.uniform || file.reordered) return "JPEG 2000 with uneven components";
+  if (file.stream.extended) return "JPEG 2000 with extensions, which few readers know";
+  if (file.stream.depth != 8) {
+    return "JPEG 2000 of other than 8 bits, which readers show differently";
+  }
   return {};
 }
 
-std::vector<ImagePlan> PlanJpeg2000(Bytes file, const ReadLimits& limits) {
-  const Jpeg2000Facts facts = ReadFacts(file);
-  CheckSize(facts.width, facts.height, limits);
+// OpenJPEG has 32 bits for each sample, and some kilobytes for each tile.
+double DecodingMemory(const Jpeg2000File& file, const ImagePlan& plan) {
+  const double pixels = static_cast<double>(plan.width) * plan.height;
+  const int results = Channels(plan.colour) + (plan.alpha ? 1 : 0);
+  return pixels * (4 * file.stream.components + results * (plan.depth > 8 ? 2 : 1)) +
+         8192.0 * file.stream.tiles;
+}
+
+void AddNotes(const Jpeg2000File& file, ImagePlan* plan) {
+  if (!file.damage.empty()) {
+    plan->notes.push_back({true, "is damaged (" + file.damage + "), but could be decoded"});
+  }
+  if (file.streams > 1) {
+    plan->notes.push_back(
+        {true, "only the first of its " + std::to_string(file.streams) + " pictures was used"});
+  }
+}
+
+std::vector<ImagePlan> PlanJpeg2000(Bytes bytes, const ReadLimits& limits) {
+  const Jpeg2000File file = ReadJpeg2000File(bytes);
+  const Jpeg2000Codestream& stream = file.stream;
+  CheckSize(stream.width, stream.height, limits);
   ImagePlan plan;
   plan.format = Format::kJpeg2000;
-  plan.width = facts.width;
-  plan.height = facts.height;
-  plan.depth = facts.depth;
-  plan.alpha = facts.alpha || AlphaByCustom(facts);
-  plan.palette = facts.palette;
-  if (facts.components > 5 || facts.depth > 16) {
-    throw ImageError("has " + std::to_string(facts.components) + " components of up to " +
-                     std::to_string(facts.depth) +
+  plan.width = stream.width;
+  plan.height = stream.height;
+  plan.depth = stream.depth;
+  plan.alpha = file.alpha || AlphaByCustom(file);
+  plan.palette = file.palette;
+  if (stream.components > 5 || stream.depth > 16) {
+    throw ImageError("has " + std::to_string(stream.components) + " components of up to " +
+                     std::to_string(stream.depth) +
                      " bits; save it as grey, RGB or CMYK with at most 16 bits");
   }
-  const int colours = facts.components - (plan.alpha ? 1 : 0);
-  plan.colour = facts.model == Model::kCmyk                  ? Colour::kCmyk
-                : facts.model == Model::kGrey || colours < 3 ? Colour::kGrey
-                                                             : Colour::kRgb;
-  if (facts.palette) plan.colour = Colour::kRgb;
-  plan.resolution = facts.resolution;
-  plan.decodeReason = DecodeReason(facts);
-  plan.size = file.size();
+  const int colours = stream.components - (plan.alpha ? 1 : 0);
+  plan.colour = file.model == Model::kCmyk                  ? Colour::kCmyk
+                : file.model == Model::kGrey || colours < 3 ? Colour::kGrey
+                                                            : Colour::kRgb;
+  if (file.palette) plan.colour = Colour::kRgb;
+  plan.resolution = file.resolution;
+  ApplyExif(file.exif, &plan);
+  AddNotes(file, &plan);
+  plan.decodeReason = DecodeReason(file);
+  plan.size = bytes.size();
   if (plan.PassesThrough()) {
     CheckStored(plan);
-  } else {  // OpenJPEG has 32 bits for each sample
-    const double pixels = static_cast<double>(plan.width) * plan.height;
-    const int results = Channels(plan.colour) + (plan.alpha ? 1 : 0);
-    SetMemory(pixels * (4 * facts.components + results * (plan.depth > 8 ? 2 : 1)), limits, &plan);
+  } else {
+    SetMemory(DecodingMemory(file, plan), limits, &plan);
   }
-  JudgeProfile(&plan, facts.profile);
+  JudgeProfile(&plan, file.profile);
   std::vector<ImagePlan> plans;
   plans.push_back(std::move(plan));
   return plans;
 }
 
-Buffer Jpeg2000Profile(const ImagePlan&, Bytes file) {
-  return Buffer::CopyOf(ReadFacts(file).profile);
+Buffer Jpeg2000Profile(const ImagePlan&, Bytes bytes) {
+  return Buffer::CopyOf(ReadJpeg2000File(bytes).profile);
 }
 
 // OpenJPEG's view of a file in memory.
@@ -333,14 +201,19 @@ class Component {
   }
   int Bits() const { return bits_; }
   unsigned At(uint32_t x, uint32_t y) const {
-    const uint32_t cx = std::min((x + left_) / component_.dx - component_.x0, component_.w - 1);
-    const uint32_t cy = std::min((y + top_) / component_.dy - component_.y0, component_.h - 1);
+    const uint32_t cx = Place(x + left_, component_.dx, component_.x0, component_.w);
+    const uint32_t cy = Place(y + top_, component_.dy, component_.y0, component_.h);
     const int32_t sample = component_.data[size_t{cy} * component_.w + cx] + offset_;
     return static_cast<unsigned>(
         std::clamp<int32_t>(sample, 0, static_cast<int32_t>(MaxSample(bits_))));
   }
 
  private:
+  // A picture may begin between two samples: the first one then holds for what is before it.
+  static uint32_t Place(uint32_t at, uint32_t step, uint32_t first, uint32_t count) {
+    return std::clamp(at / step, first, first + count - 1) - first;
+  }
+
   const opj_image_comp_t& component_;
   int bits_;
   int32_t offset_;
@@ -360,9 +233,22 @@ struct YccToRgb {
   }
 };
 
+// The bytes to decode with the end marker that OpenJPEG wants and the file lacks.
+Buffer WithEnd(const Jpeg2000File& facts, Bytes file) {
+  const auto before = static_cast<size_t>(facts.data.data() - file.data());
+  const Bytes bytes = facts.bare ? facts.data : file.first(before + facts.data.size());
+  Buffer mended(bytes.size() + 2);
+  std::memcpy(mended.Data(), bytes.data(), bytes.size());
+  mended.Data()[bytes.size()] = 0xFF;
+  mended.Data()[bytes.size() + 1] = 0xD9;
+  return mended;
+}
+
 DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
-  const Jpeg2000Facts facts = ReadFacts(file);
-  const Image decoded = Decode(file, facts.bare);
+  const Jpeg2000File facts = ReadJpeg2000File(file);
+  const Buffer mended = facts.stream.ended ? Buffer() : WithEnd(facts, file);
+  const Bytes whole = facts.bare ? facts.data : file;
+  const Image decoded = Decode(mended.Empty() ? whole : mended.View(), facts.bare);
   const opj_image_t& image = *decoded;
   if (image.x1 - image.x0 != plan.width || image.y1 - image.y0 != plan.height) {
     throw ImageError("is damaged: it has two sizes; save the picture again");
@@ -407,7 +293,8 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
         unsigned value = sample[c];
         if (premultiplied && opacity != 0) {
           value = static_cast<unsigned>(std::min<uint64_t>(
-              MaxSample(bits), uint64_t{value} * MaxSample(alpha->Bits()) / opacity));
+              MaxSample(bits),
+              (uint64_t{value} * MaxSample(alpha->Bits()) + opacity / 2) / opacity));
         }
         // The PDF declares its CMYK with the inks inverted.
         to.Put(cmyk ? MaxSample(bits) - value : value);
@@ -420,7 +307,7 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
 }
 
 bool IsJpeg2000(Bytes head) {
-  return StartsWith(head, kFileMagic) || StartsWith(head, kStreamMagic);
+  return StartsWith(head, kJp2Magic) || StartsWith(head, kCodestreamMagic);
 }
 
 }  // namespace
