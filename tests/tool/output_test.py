@@ -277,6 +277,7 @@ class Output(OutputTest):
 
     def test_an_empty_name_is_no_output(self):
         path = self.save(blocks(), "a.png")
+        self.assertFails(2, "--from-file: the name is empty", path, "--from-file", "")
         for option in (["-o", ""], ["--output", ""]):
             self.assertFails(2, r"-o: the name is empty; name a file, or - for standard output",
                              path, *option)

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,13 +14,9 @@
 #include "layout.h"
 #include "pdf_document.h"
 #include "readers/reader.h"
+#include "usage_error.h"
 
 namespace tool {
-
-// What is wrong with the command line; the program ends with status 2.
-struct UsageError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 struct Options {
   std::vector<std::string> inputs;
@@ -48,13 +43,6 @@ struct Options {
 Options ParseOptions(int count, const char* const* arguments);
 
 extern const std::string_view kHelp;
-
-// The parts, each throwing a UsageError that names the value and says what would be right.
-double ParseLength(std::string_view text);        // "2.5cm" in points
-PageSize ParsePageSize(std::string_view text);    // "A4", "A4^T", "10cmx15cm", "10cm", "x15cm"
-ImageSize ParseImageSize(std::string_view text);  // the same, "300dpi", "50%"
-Border ParseBorder(std::string_view text);        // "1cm", "1cm:2cm"
-std::wstring ParseDate(std::string_view text);    // ISO 8601 to ISO 32000-1, 7.9.4
 
 }  // namespace tool
 

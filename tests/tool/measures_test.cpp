@@ -1,0 +1,85 @@
+#include "measures.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+
+#include "usage_error.h"
+
+namespace tool {
+namespace {
+
+TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
+  EXPECT_DOUBLE_EQ(ParseLength("25.4mm"), 72);
+  EXPECT_DOUBLE_EQ(ParseLength("2.54CM"), 72);
+  EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
+  EXPECT_DOUBLE_EQ(ParseLength("12pt"), 12);
+  EXPECT_DOUBLE_EQ(ParseLength("12"), 12);
+  for (const char* text :
+       {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
+    EXPECT_THROW(ParseLength(text), UsageError) << text;
+  }
+}
+
+TEST(ParseLength, TakesAPointWhateverTheLocale) {
+  ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "see support/german_locale.cmake";
+  EXPECT_STREQ(std::localeconv()->decimal_point, ",");
+  EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
+  std::setlocale(LC_ALL, "C");
+}
+
+TEST(ParsePageSize, KnowsNamesAndTurnsThem) {
+  EXPECT_NEAR(*ParsePageSize("a4").width, 595.2756, 1e-4);
+  EXPECT_NEAR(*ParsePageSize("A4^T").width, 841.8898, 1e-4);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("LETTER").height, 792);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("legal").height, 1008);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("72x2in^T").width, 144);
+}
+
+TEST(ParsePageSize, TakesOneSideAlone) {
+  EXPECT_EQ(ParsePageSize("100").height, std::nullopt);
+  EXPECT_EQ(ParsePageSize("100x").height, std::nullopt);
+  EXPECT_EQ(ParsePageSize("x100").width, std::nullopt);
+  EXPECT_EQ(*ParsePageSize("x100").height, 100);
+}
+
+TEST(ParsePageSize, TakesAUnitWrittenOnceForBothSides) {
+  EXPECT_DOUBLE_EQ(*ParsePageSize("8.5x11in").width, 612);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("8.5x11in").height, 792);
+  EXPECT_NEAR(*ParsePageSize("210x297MM").width, 595.2756, 1e-4);
+  EXPECT_NEAR(*ParsePageSize("210x297mm^T").height, 595.2756, 1e-4);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("8.5inx11").height, 792);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("100ptx10in").width, 100);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("100ptx10in").height, 720);
+  EXPECT_DOUBLE_EQ(*ParsePageSize("100x200").height, 200);
+}
+
+TEST(ParsePageSize, RefusesNonsense) {
+  for (const char* text : {"", "x", "A4x", "10x10x10", "A4^", "0x10", "2x100", "14401x10", "^T"}) {
+    EXPECT_THROW(ParsePageSize(text), UsageError) << text;
+  }
+}
+
+TEST(ParseImageSize, TakesPercentAndDpi) {
+  EXPECT_EQ(*ParseImageSize("300dpi").dpi, 300);
+  EXPECT_TRUE(ParseImageSize("50%").width->percent);
+  const ImageSize mixed = ParseImageSize("50%x10cm");
+  EXPECT_TRUE(mixed.width->percent);
+  EXPECT_FALSE(mixed.height->percent);
+  EXPECT_TRUE(ParseImageSize("50x60%").width->percent);
+  EXPECT_DOUBLE_EQ(ParseImageSize("1x2in").width->value, 72);
+  EXPECT_THROW(ParseImageSize("%"), UsageError);
+  EXPECT_THROW(ParseImageSize("dpi"), UsageError);
+}
+
+TEST(ParseBorder, IsVerticalThenHorizontal) {
+  EXPECT_EQ(ParseBorder("1").horizontal, 1);
+  EXPECT_EQ(ParseBorder("1:2").vertical, 1);
+  EXPECT_EQ(ParseBorder("1:2").horizontal, 2);
+  EXPECT_EQ(ParseBorder("1:2in").vertical, 72);
+  EXPECT_EQ(ParseBorder("1in:2pt").horizontal, 2);
+  EXPECT_THROW(ParseBorder(":2"), UsageError);
+}
+
+}  // namespace
+}  // namespace tool

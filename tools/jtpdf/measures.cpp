@@ -1,0 +1,166 @@
+#include "measures.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "text.h"
+#include "usage_error.h"
+
+namespace tool {
+namespace {
+
+// A number at the text's begin, with a point whatever the locale; what follows it is the unit.
+std::optional<std::pair<double, std::string_view>> SplitNumber(std::string_view text) {
+  double value = 0;
+  const auto [end, error] =
+      std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+  if (error != std::errc{} || !(value >= 0 && value <= 1e6)) return std::nullopt;
+  return std::pair(value, text.substr(static_cast<size_t>(end - text.data())));
+}
+
+std::optional<double> TryLength(std::string_view text) {
+  constexpr std::pair<std::string_view, double> kUnits[] = {
+      {"", 1}, {"pt", 1}, {"in", 72}, {"cm", 72 / 2.54}, {"mm", 72 / 25.4}};
+  const std::string lower = LowerAscii(text);
+  const auto number = SplitNumber(lower);
+  if (!number) return std::nullopt;
+  for (const auto& [unit, points] : kUnits) {
+    if (number->second == unit) return number->first * points;
+  }
+  return std::nullopt;
+}
+
+constexpr auto kLengthHelp = "length; write it as 20mm, 2cm, 0.8in or 57pt";
+constexpr auto kPageHelp =
+    "page size; choose A4, A5, A3, Letter, Legal or a size such as 10cmx15cm (mm, cm, in, pt), "
+    "with ^T behind it to lay it on its side";
+constexpr auto kImageHelp = "image size; write it as 10cmx15cm, 10cm, x15cm, 50%, 300dpi or A4";
+
+struct Paper {
+  std::string_view name;
+  double width, height;  // points
+};
+
+constexpr double kMillimetre = 72 / 25.4;
+constexpr std::array<Paper, 12> kPapers{{{"a0", 841 * kMillimetre, 1189 * kMillimetre},
+                                         {"a1", 594 * kMillimetre, 841 * kMillimetre},
+                                         {"a2", 420 * kMillimetre, 594 * kMillimetre},
+                                         {"a3", 297 * kMillimetre, 420 * kMillimetre},
+                                         {"a4", 210 * kMillimetre, 297 * kMillimetre},
+                                         {"a5", 148 * kMillimetre, 210 * kMillimetre},
+                                         {"a6", 105 * kMillimetre, 148 * kMillimetre},
+                                         {"b4", 250 * kMillimetre, 353 * kMillimetre},
+                                         {"b5", 176 * kMillimetre, 250 * kMillimetre},
+                                         {"letter", 612, 792},
+                                         {"legal", 612, 1008},
+                                         {"tabloid", 792, 1224}}};
+
+// Two measures, as texts that may be empty: "WxH", "W", "Wx" or "xH"; "V:H" or "V".
+struct Pair {
+  std::string first, second;
+};
+
+std::string_view UnitOf(std::string_view measure) {
+  return measure.substr(std::min(measure.find_first_not_of("0123456789."), measure.size()));
+}
+
+// A unit that is written once holds for both: 8.5x11in.
+Pair SplitPair(std::string_view text, char separator) {
+  const size_t at = text.find(separator);
+  if (at == std::string_view::npos) return {std::string(text), {}};
+  const std::string_view first = text.substr(0, at), second = text.substr(at + 1);
+  const auto with = [](std::string_view measure, std::string_view unit) {
+    const bool bare = !measure.empty() && UnitOf(measure).empty();
+    return std::string(measure) + std::string(bare ? unit : "");
+  };
+  return {with(first, UnitOf(second)), with(second, UnitOf(first))};
+}
+
+// Takes "^T" off the end and tells whether it was there.
+bool TakeTurned(std::string* text) {
+  if (!text->ends_with("^t")) return false;
+  text->resize(text->size() - 2);
+  return true;
+}
+
+const Paper* FindPaper(std::string_view name) {
+  const auto it = std::find_if(kPapers.begin(), kPapers.end(),
+                               [&](const Paper& paper) { return paper.name == name; });
+  return it == kPapers.end() ? nullptr : &*it;
+}
+
+}  // namespace
+
+double ParseLength(std::string_view text) {
+  const std::optional<double> length = TryLength(text);
+  if (!length) Refuse(text, kLengthHelp);
+  return *length;
+}
+
+PageSize ParsePageSize(std::string_view text) {
+  std::string rest = LowerAscii(text);
+  const bool turned = TakeTurned(&rest);
+  PageSize size;
+  if (const Paper* paper = FindPaper(rest)) {
+    size = {paper->width, paper->height};
+  } else {
+    const Pair sides = SplitPair(rest, 'x');
+    for (const auto& [side, to] :
+         {std::pair(&sides.first, &size.width), std::pair(&sides.second, &size.height)}) {
+      if (side->empty()) continue;
+      *to = TryLength(*side);
+      if (!*to || **to <= 0) Refuse(text, kPageHelp);
+    }
+    if (!size.Given()) Refuse(text, kPageHelp);
+  }
+  if (turned) std::swap(size.width, size.height);
+  for (const auto& side : {size.width, size.height}) {
+    if (side && (*side < kLeastPage || *side > kMostPage)) {
+      throw UsageError("-S: \"" + Printable(text) +
+                       "\" is out of range: the sides of PDF pages measure 3 to 14400 pt (1.06 mm "
+                       "to 5.08 m)");
+    }
+  }
+  return size;
+}
+
+ImageSize ParseImageSize(std::string_view text) {
+  std::string rest = LowerAscii(text);
+  const bool turned = TakeTurned(&rest);
+  ImageSize size;
+  if (const Paper* paper = FindPaper(rest)) {
+    size.width = Measure{paper->width, false};
+    size.height = Measure{paper->height, false};
+  } else if (rest.ends_with("dpi")) {
+    const auto number = SplitNumber(rest);
+    if (!number || number->second != "dpi" || number->first <= 0) Refuse(text, kImageHelp);
+    size.dpi = number->first;
+  } else {
+    const Pair sides = SplitPair(rest, 'x');
+    for (const auto& [side, to] :
+         {std::pair(&sides.first, &size.width), std::pair(&sides.second, &size.height)}) {
+      if (side->empty()) continue;
+      const auto number = SplitNumber(*side);
+      const bool percent = number && number->second == "%";
+      const std::optional<double> length = percent ? number->first : TryLength(*side);
+      if (!length || *length <= 0) Refuse(text, kImageHelp);
+      *to = Measure{*length, percent};
+    }
+    if (!size.Given()) Refuse(text, kImageHelp);
+  }
+  if (turned) std::swap(size.width, size.height);
+  return size;
+}
+
+Border ParseBorder(std::string_view text) {
+  const Pair pair = SplitPair(text, ':');
+  const double vertical = ParseLength(pair.first);
+  const bool both = text.find(':') != std::string_view::npos;
+  return {vertical, both ? ParseLength(pair.second) : vertical};
+}
+
+}  // namespace tool

@@ -1,0 +1,19 @@
+// measures.h - lengths and sizes as people write them.
+#ifndef JTPDF_TOOL_MEASURES_H
+#define JTPDF_TOOL_MEASURES_H
+
+#include <string_view>
+
+#include "layout.h"
+
+namespace tool {
+
+// Each throws a UsageError that names the value and says what would be right.
+double ParseLength(std::string_view text);        // "2.5cm" in points
+PageSize ParsePageSize(std::string_view text);    // "A4", "A4^T", "10cmx15cm", "10cm", "x15cm"
+ImageSize ParseImageSize(std::string_view text);  // the same, "300dpi", "50%"
+Border ParseBorder(std::string_view text);        // "1cm", "1cm:2cm"
+
+}  // namespace tool
+
+#endif  // JTPDF_TOOL_MEASURES_H
