@@ -35,6 +35,7 @@
 #error "jtpdf.hpp takes C++17: compile with -std=c++17 or later; jtpdf.h does with older C++"
 #else
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -468,8 +469,14 @@ inline wchar_t decode_long(std::string_view text, std::size_t& i, Place place) {
   return static_cast<wchar_t>(c);
 }
 
+// Whether a text is written into the file, where the library has room for one UTF-16 unit a
+// character: a blank behind the text, which is cut off, makes the room for each pair of units.
+enum class Pairs : bool { as_they_are, with_room };
+
 // Decodes text to out, which has room for text.size() + 1, and returns the end behind a NUL.
-inline wchar_t* decode(std::string_view text, wchar_t* out, Place place) {
+inline wchar_t* decode(std::string_view text, wchar_t* out, Place place,
+                       Pairs pairs = Pairs::with_room) {
+  std::size_t blanks = 0;  // a pair is four bytes of UTF-8, so there is room for its blank, too
   for (std::size_t i = 0; i < text.size();) {
     const auto byte = static_cast<unsigned char>(text[i]);
     if (byte - 1U < 0x7FU) {  // 0 is far above in unsigned arithmetic
@@ -477,10 +484,12 @@ inline wchar_t* decode(std::string_view text, wchar_t* out, Place place) {
       ++i;
     } else if (byte != 0) {
       *out++ = decode_long(text, i, place);
+      blanks += byte >= 0xF0 ? 1 : 0;
     } else {
       throw_nul(place, i);
     }
   }
+  if (pairs == Pairs::with_room) out = std::fill_n(out, blanks, L' ');
   *out++ = L'\0';
   return out;
 }
@@ -513,8 +522,9 @@ using NarrowBuffer = Buffer<char, 100>;
 // UTF-8 as the wide text that the library takes.
 class WideText {
  public:
-  WideText(std::string_view text, Place place) : buffer_(text.size() + 1) {
-    decode(text, buffer_.data(), place);
+  WideText(std::string_view text, Place place, Pairs pairs = Pairs::with_room)
+      : buffer_(text.size() + 1) {
+    decode(text, buffer_.data(), place, pairs);
   }
   const wchar_t* c_str() const noexcept { return buffer_.data(); }
 
@@ -635,7 +645,7 @@ class [[nodiscard]] Document {
   static Document unopened_file(std::string_view path, Unit unit = point,
                                 const Credits& credits = {}) {
     constexpr const char* kFunction = "CreateFilePdfDoc";
-    const detail::WideText wide_path(path, {kFunction, "path"});
+    const detail::WideText wide_path(path, {kFunction, "path"}, detail::Pairs::as_they_are);
     const detail::WideText creator(credits.creator, {kFunction, "creator"});
     const detail::WideText author(credits.author, {kFunction, "author"});
     return Document(

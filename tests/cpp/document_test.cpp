@@ -92,7 +92,7 @@ TEST(JtpdfDocument, WritesInformationLikeC) {
               EXPECT_TRUE(doc.mark());
             }),
             WrittenByC([](JTPDFDocument* doc) {
-              SetPdfInfoItem(doc, "Title", L"Gr\u00FC\u00DFe, \u4E16\u754C \U0001F30D");
+              SetPdfInfoItem(doc, "Title", L"Gr\u00FC\u00DFe, \u4E16\u754C \U0001F30D ");
               SetPdfInfoItem(doc, "/Subject", nullptr);
               SetPdfMgMk(doc, true);
             }));
@@ -373,11 +373,41 @@ INSTANTIATE_TEST_SUITE_P(Utf8, JtpdfGoodText,
                                          GoodText{"BelowSurrogates", "\xED\x9F\xBF", L"\xD7FF"},
                                          GoodText{"AboveSurrogates", "\xEE\x80\x80", L"\xE000"},
                                          GoodText{"Most3", "\xEF\xBF\xBF", L"\xFFFF"},
-                                         GoodText{"Least4", "a\xF0\x90\x80\x80z", L"a\x10000z"},
-                                         GoodText{"Last", "b\xF4\x8F\xBF\xBFy", L"b\x10FFFFy"}),
+                                         GoodText{"Least4", "a\xF0\x90\x80\x80z", L"a\x10000z "},
+                                         GoodText{"Last", "b\xF4\x8F\xBF\xBFy", L"b\x10FFFFy "},
+                                         GoodText{"Pairs", "🎉🎉", L"\x1F389\x1F389  "}),
                          [](const testing::TestParamInfo<GoodText>& row) {
                            return row.param.name;
                          });
+
+// A text's literal in the file: UTF-16, most significant byte first, control characters as octal.
+std::string Literal(std::u16string_view text) {
+  std::string literal = "(\xFE\xFF";
+  for (const char16_t unit : text) {
+    for (const int byte : {unit >> 8, unit & 0xFF}) {
+      if (byte >= 0x20) {
+        literal += static_cast<char>(byte);
+      } else {
+        literal +=
+            {'\\', '0', static_cast<char>('0' + (byte >> 3)), static_cast<char>('0' + (byte & 7))};
+      }
+    }
+  }
+  return literal + ')';
+}
+
+TEST(JtpdfText, ArrivesWholeWithCharactersOfTwoUnits) {
+  const std::string path = TestPath("party \xF0\x9F\x8E\x89.pdf");
+  Document doc = Document::file(path, jtpdf::point, {"🎉", "by 🎉 me"});
+  doc.set_info("Title", "Party 🎉 2026");
+  doc.write_image({kPixels, Compression::flate, 3, 2}, {Role::other, "n🎉", {{"K", "v🎉🎉w"}}});
+  doc.finish();
+  const std::string file = ReadFile(path);
+  EXPECT_FALSE(file.empty()) << "nothing is added to a file's name";
+  for (const std::u16string_view text : {u"🎉", u"by 🎉 me", u"Party 🎉 2026", u"n🎉", u"v🎉🎉w"}) {
+    EXPECT_NE(file.find(Literal(text)), std::string::npos) << Literal(text);
+  }
+}
 
 TEST(JtpdfText, MayBeOfAnyLength) {
   for (const std::size_t size : {98u, 99u, 100u, 101u, 5000u}) {

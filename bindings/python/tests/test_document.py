@@ -60,7 +60,7 @@ class WritesLikeC(unittest.TestCase):
             self.assertTrue(doc.mark)
 
         def c(doc: int) -> None:
-            lib.SetPdfInfoItem(doc, b"Title", "Grüße, 世界 🌍")
+            lib.SetPdfInfoItem(doc, b"Title", "Grüße, 世界 🌍 ")
             lib.SetPdfInfoItem(doc, b"Subject", None)
             lib.SetPdfMgMk(doc, True)
 
@@ -278,6 +278,39 @@ class Files(unittest.TestCase):
         doc.open()
         doc.finish()
         self.assertTrue(self.is_whole(folder / "a.pdf"))
+
+
+def literal(text: str) -> bytes:
+    """The text as it stands in the file: UTF-16, control characters as octal."""
+    units = text.encode("utf-16-be")
+    return b"(\xfe\xff" + b"".join(
+        bytes([byte]) if byte >= 0x20 else b"\\%03o" % byte for byte in units) + b")"
+
+
+class Text(unittest.TestCase):
+    def test_arrives_whole_with_characters_of_two_units(self) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder, "party 🎉.pdf")
+            with Document(path, creator="🎉", author="by 🎉 me") as doc:
+                doc.set_info("Title", "Party 🎉 2026")
+                doc.write_image(ImageData(PIXELS, Compression.FLATE, 3, 2), name="n🎉",
+                                entries={"K": "v🎉🎉w"})
+            self.assertEqual([file.name for file in pathlib.Path(folder).iterdir()], [path.name])
+            file = path.read_bytes()
+            with Document(creator="🎉", author="by 🎉 me") as in_memory:
+                pass
+        for text in ("🎉", "by 🎉 me"):
+            self.assertIn(literal(text), bytes(in_memory.data))
+        for text in ("🎉", "by 🎉 me", "Party 🎉 2026", "n🎉", "v🎉🎉w"):
+            self.assertIn(literal(text), file)
+
+    def test_is_a_str(self) -> None:
+        doc = Document()
+        with self.assertRaisesRegex(TypeError, "value is b'x', no str"):
+            doc.set_info("Title", b"x")  # type: ignore[arg-type]
+        with self.assertRaisesRegex(TypeError, "name is 7, no str"):
+            doc.write_image(ImageData(PIXELS, Compression.FLATE, 3, 2),
+                            name=7)  # type: ignore[arg-type]
 
 
 class Failures(unittest.TestCase):

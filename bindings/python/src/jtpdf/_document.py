@@ -64,11 +64,11 @@ class Document:
         self._unfinished = False  # an open file that nothing has settled
         self._handle: _native.Handle | None = None
         self._path = None if path is None else os.fsdecode(path)
-        creator = _native.text(creator, "creator")
-        author = _native.text(author, "author")
+        wide_creator = _native.wide_text(creator, "creator")
+        wide_author = _native.wide_text(author, "author")
         if self._path is not None:
             pointer = _native.library.CreateFilePdfDoc(
-                points(unit), _native.text(self._path, "path"), creator, author)
+                points(unit), _native.text(self._path, "path"), wide_creator, wide_author)
             self._handle = _native.Handle(pointer)
             return
         self._handle = _native.Handle(_native.library.CreateMemoryPdfDoc(points(unit)))
@@ -151,7 +151,8 @@ class Document:
         ...     doc.set_info("Title", "Grüße, 世界")
         """
         _native.library.SetPdfInfoItem(
-            self._pointer, _native.text(key, "key").encode("utf-8"), _native.text(value, "value"))
+            self._pointer, _native.text(key, "key").encode("utf-8"),
+            _native.wide_text(value, "value"))
 
     @property
     def mark(self) -> bool:
@@ -333,9 +334,9 @@ class _Descriptor:
 def _tags(role: Role, name: str, entries: Mapping[str, str]) -> tuple[object, ...]:
     items = (_native.DictionaryItem * len(entries))(*(
         _native.DictionaryItem(_native.text(key, "key").encode("utf-8"),
-                               _native.text(value, "value"))
+                               _native.wide_text(value, "value"))
         for key, value in entries.items()))
-    return int(role), _native.text(name, "name"), len(items), items
+    return int(role), _native.wide_text(name, "name"), len(items), items
 
 
 def _box(box: BoxLike) -> Box:

@@ -198,7 +198,22 @@ class Borrowed:
 
 def text(value: str, what: str) -> str:
     """The text, if the library can take it as it is."""
+    if not isinstance(value, str):
+        raise TypeError(f"{what} is {value!r}, no str")
     if "\0" in value:
         raise ValueError(f"{what} has a NUL at character {value.index(chr(0))}")
     value.encode("utf-8")  # raises UnicodeEncodeError for a lone surrogate
     return value
+
+
+def wide_text(value: str, what: str) -> str:
+    """The text as it is to be given to the library, to be written into the file.
+
+    The library has room for one UTF-16 unit a character. A blank behind the text, which is cut off,
+    makes the room for each pair of units.
+
+    >>> wide_text("Party 🎉 2026", "value")
+    'Party 🎉 2026 '
+    """
+    value = text(value, what)
+    return value if value.isascii() else value + " " * sum(c > "\uffff" for c in value)
