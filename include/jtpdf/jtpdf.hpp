@@ -17,15 +17,20 @@
 // 2. Finishing. finish() makes the file whole and throws if it cannot. The destructor never
 //    finishes a document, so no failure can be lost in it. A file that was opened and is dropped
 //    without finish() stays incomplete; unless discard() said so, a call on the document had thrown
-//    an Error, or an exception is passing by, the destructor says this in a line on stderr.
+//    an Error, or an exception is passing by, the destructor says this in a line on stderr. What is
+//    written to a stream or a function counts as a file.
 // 3. Errors. A call that fails throws jtpdf::Error, a std::system_error that knows the C function
-//    and its result code; std::bad_alloc passes through. A call that the document refuses in its
-//    present state has the code jtpdf::Errc::refused. errno is the same before and after.
+//    and its result code; std::bad_alloc passes through, and so does what the host's own stream or
+//    function throws. A call that the document refuses in its present state has the code
+//    jtpdf::Errc::refused. errno is the same before and after.
 // 4. Text is UTF-8 in a std::string_view, and a wrong byte or a NUL in it is an Error that says
 //    where, thrown before the document is touched.
 // 5. Lengths carry their unit and are converted to the document's. A length that has the document's
 //    unit reaches the C call unchanged, to the last bit.
 // 6. Images, forms and colour spaces are types of their own: a form is no image.
+//
+// 7. A document has at most 10^10 bytes: readers take no more than ten digits for a position in it.
+//    What would go beyond is an Error, std::errc::file_too_large, before it is written.
 //
 // A document that was moved from or discarded may only be assigned to or destroyed.
 #ifndef JTPDF_JTPDF_HPP
@@ -34,6 +39,8 @@
 #if __cplusplus < 201703L
 #error "jtpdf.hpp takes C++17: compile with -std=c++17 or later; jtpdf.h does with older C++"
 #else
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -44,6 +51,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -612,6 +620,158 @@ struct Destroy {
   void operator()(JTPDFDocument* doc) const noexcept { DestroyPdfDoc(doc); }
 };
 
+// Puts back errno as it was, whichever way a block is left.
+class ErrnoKept {
+ public:
+  ErrnoKept() noexcept = default;
+  ErrnoKept(const ErrnoKept&) = delete;
+  ErrnoKept& operator=(const ErrnoKept&) = delete;
+  ~ErrnoKept() { errno = errno_; }
+
+ private:
+  int errno_ = errno;
+};
+
+// Every byte of a document begins before this: positions in a file have ten digits.
+inline constexpr std::uint64_t kMostBytes = 10'000'000'000;
+// What finish() writes at most, for each page and besides.
+inline constexpr std::uint64_t kPageBytes = 512;
+inline constexpr std::uint64_t kRestBytes = 1'000'000;
+
+// The size of the file, 0 where it is no file with a size.
+inline std::uint64_t size_of_file(const std::string& path) noexcept {
+  struct stat status;
+  const ErrnoKept errno_kept;
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+}  // namespace detail
+
+// ---- Where a document's bytes can go besides files and memory ---------------------------------
+
+namespace detail {
+
+// What a document's bytes are handed to. It stays where it is when the document moves, and keeps
+// what the host throws, which must not cross the C interface.
+class Output {
+ public:
+  Output() = default;
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+  virtual ~Output() = default;
+
+  // For CreateCallbackPdfDoc, with an Output for its context.
+  static std::int32_t write(void* context, const char* data, std::size_t size) {
+    Output& output = *static_cast<Output*>(context);
+    output.size_ += size;
+    return output.guarded([&] { return output.take(data, size); });
+  }
+  // Behind the last byte: a code as from write().
+  std::int32_t end() {
+    return guarded([this] { return flush(); });
+  }
+
+  // How many bytes it was handed.
+  std::uint64_t size() const noexcept { return size_; }
+
+  // Throws the failure of a C function with its result, as far as this had to do with it.
+  void throw_failure(const char* function, std::int32_t result) {
+    if (!std::exchange(failed_, false)) return;
+    if (exception_ != nullptr) std::rethrow_exception(std::exchange(exception_, nullptr));
+    if (problem() != nullptr) throw Error(function, problem(), std::errc(result));
+  }
+
+ protected:
+  // Take the bytes, or make sure that they have arrived: 0, or the result of the call that failed.
+  virtual std::int32_t take(const char* data, std::size_t size) = 0;
+  virtual std::int32_t flush() { return 0; }
+  // What the message says of a failure, if it says more than the result.
+  virtual const char* problem() const noexcept { return nullptr; }
+
+ private:
+  template <typename Body>
+  std::int32_t guarded(const Body& body) {
+    std::int32_t code = EIO;
+    try {
+      code = body();
+    } catch (...) {
+      exception_ = std::current_exception();
+    }
+    failed_ = code != 0;
+    return code;
+  }
+
+  std::uint64_t size_ = 0;
+  bool failed_ = false;
+  std::exception_ptr exception_;
+};
+
+class StreamOutput final : public Output {
+ public:
+  explicit StreamOutput(std::ostream& stream) noexcept : stream_(stream) {}
+
+ private:
+  std::int32_t take(const char* data, std::size_t size) override {
+    return result_of([&] { stream_.write(data, static_cast<std::streamsize>(size)); });
+  }
+  // A file stream has a buffer: without this, a full disk would show behind the document's end.
+  std::int32_t flush() override {
+    return result_of([this] { stream_.flush(); });
+  }
+  const char* problem() const noexcept override { return "the stream has failed"; }
+
+  // Streams tell no reason; that of the system is in errno where there is one.
+  template <typename Operation>
+  std::int32_t result_of(const Operation& operation) {
+    errno = 0;
+    operation();
+    if (stream_) return 0;
+    return errno > 0 ? errno : EIO;
+  }
+
+  std::ostream& stream_;
+};
+
+template <typename Write>
+inline constexpr bool kTakesView = std::is_invocable_v<Write&, std::string_view>;
+template <typename Write>
+inline constexpr bool kTakesPointer = std::is_invocable_v<Write&, const char*, std::size_t>;
+
+template <typename Write>
+class FunctionOutput final : public Output {
+ public:
+  template <typename Argument>
+  explicit FunctionOutput(Argument&& write) : write_(std::forward<Argument>(write)) {}
+
+ private:
+  std::int32_t take(const char* data, std::size_t size) override {
+    if constexpr (kTakesView<Write>) {
+      return code_of([&]() -> decltype(auto) { return write_(std::string_view(data, size)); });
+    } else {
+      return code_of([&]() -> decltype(auto) { return write_(data, size); });
+    }
+  }
+
+  template <typename Call>
+  static std::int32_t code_of(const Call& call) {
+    using Result = std::decay_t<decltype(call())>;
+    static_assert(
+        std::is_void_v<Result> || std::is_same_v<Result, bool> || std::is_same_v<Result, int>,
+        "the function returns nothing, true for success, or a code that is 0 for success");
+    if constexpr (std::is_void_v<Result>) {
+      call();
+      return 0;
+    } else if constexpr (std::is_same_v<Result, bool>) {
+      return call() ? 0 : EIO;
+    } else {
+      return call();
+    }
+  }
+
+  Write write_;
+};
+
 }  // namespace detail
 
 // ---- The document -----------------------------------------------------------------------------
@@ -622,7 +782,8 @@ struct Credits {
   std::string_view author = {};
 };
 
-// A PDF file that is being written, in memory or on disk. One thread at a time.
+// A PDF file that is being written, on disk, in memory or to wherever the host takes its bytes. One
+// thread at a time.
 class [[nodiscard]] Document {
  public:
   // Creates the file and opens it, truncating what is there. The path is UTF-8, like all text; a
@@ -640,6 +801,25 @@ class [[nodiscard]] Document {
     return doc;
   }
 
+  // A document whose bytes go to the stream as they come, which lives longer than it; the stream is
+  // flushed by finish(). It need not be one that can seek.
+  static Document to(std::ostream& stream, Unit unit = point) {
+    return opened(std::make_unique<detail::StreamOutput>(stream), unit);
+  }
+
+  // The same for a function, which gets every byte once, in order, as a std::string_view or as
+  // const char* and std::size_t. They are there during the call only. It returns nothing, a bool
+  // that is true for success, or an int that is 0 for success and otherwise the code of the Error.
+  // What it throws comes out of the document's call that wrote, and it is not called again then.
+  // The document has the function moved or copied into it; std::ref keeps it outside.
+  template <
+      typename Write, typename Function = std::decay_t<Write>,
+      typename = std::enable_if_t<detail::kTakesView<Function> || detail::kTakesPointer<Function>>>
+  static Document to(Write&& write, Unit unit = point) {
+    return opened(std::make_unique<detail::FunctionOutput<Function>>(std::forward<Write>(write)),
+                  unit);
+  }
+
   // The same, still to be opened: all that is not written can be set before, and an open() that
   // fails can be repeated.
   static Document unopened_file(std::string_view path, Unit unit = point,
@@ -648,9 +828,11 @@ class [[nodiscard]] Document {
     const detail::WideText wide_path(path, {kFunction, "path"}, detail::Pairs::as_they_are);
     const detail::WideText creator(credits.creator, {kFunction, "creator"});
     const detail::WideText author(credits.author, {kFunction, "author"});
-    return Document(
+    Document doc(
         CreateFilePdfDoc(unit.points(), wide_path.c_str(), creator.c_str(), author.c_str()), unit,
         kFile);
+    doc.path_ = path;
+    return doc;
   }
   static Document unopened_memory(Unit unit = point) {
     return Document(CreateMemoryPdfDoc(unit.points()), unit, kMemory);
@@ -660,12 +842,16 @@ class [[nodiscard]] Document {
   Document(Document&& other) noexcept = default;
   // The document assigned to is dropped as by the destructor.
   Document& operator=(Document&& other) noexcept {
-    Document dropped(std::move(*this));
-    handle_ = std::move(other.handle_);
-    unit_ = other.unit_;
-    kind_ = other.kind_;
-    unfinished_ = other.unfinished_;
-    exceptions_ = other.exceptions_;
+    Document moved(std::move(other));  // where both are one, its own contents, which come back
+    std::swap(output_, moved.output_);
+    std::swap(handle_, moved.handle_);
+    std::swap(unit_, moved.unit_);
+    std::swap(kind_, moved.kind_);
+    std::swap(path_, moved.path_);
+    std::swap(pages_, moved.pages_);
+    std::swap(data_, moved.data_);
+    std::swap(unfinished_, moved.unfinished_);
+    std::swap(exceptions_, moved.exceptions_);
     return *this;
   }
   // Drops the document, and says so where a file stays incomplete by that.
@@ -679,13 +865,18 @@ class [[nodiscard]] Document {
   // it.
   void open() {
     check("InitPdfDoc", [&] { return InitPdfDoc(handle()); });
-    unfinished_ = kind_ == kFile;
+    unfinished_ = kind_ != kMemory;
   }
 
   // Writes what is left and closes the file. A text here becomes one more line at the very end.
   void finish(std::string_view closing_text = {}) {
     const detail::NarrowText text(closing_text, {"FinalizePdfDoc", "closing text"});
-    check("FinalizePdfDoc", [&] { return FinalizePdfDoc(handle(), text.c_str()); });
+    require_room("FinalizePdfDoc", pages_ * detail::kPageBytes,
+                 kind_ == kFile ? detail::size_of_file(path_) : 0);
+    check("FinalizePdfDoc", [&] {
+      const std::int32_t code = FinalizePdfDoc(handle(), text.c_str());
+      return code == 0 && output_ != nullptr ? output_->end() : code;
+    });
     unfinished_ = false;
   }
 
@@ -764,6 +955,7 @@ class [[nodiscard]] Document {
   void write_page(Form form, const CropBox& crop, const MediaBox& media) {
     check("WritePdfPage",
           [&] { return WritePdfPage(handle(), form.number(), rect(crop.box), rect(media.box)); });
+    ++pages_;
   }
   // Adds a page that shows all of the sheet.
   void write_page(Form form, const Box& sheet) {
@@ -785,7 +977,8 @@ class [[nodiscard]] Document {
     const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
     const TPdfImageDescriptor alpha_record = detail::descriptor(alpha, kFunction);
     const Arguments arguments(tags, kFunction);
-    return Image(write(kFunction, [&](int* number) {
+    const std::uint64_t bytes = std::uint64_t{record.size} + alpha_record.size;
+    return Image(write_data(kFunction, bytes, [&](int* number) {
       return WritePdfImageWithAlpha(handle(), &record, &alpha_record, arguments.role,
                                     arguments.name.c_str(), arguments.items.count(),
                                     arguments.items.data(), number);
@@ -796,7 +989,7 @@ class [[nodiscard]] Document {
     constexpr const char* kFunction = "WritePdfImageJPEG2000";
     const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
     const Arguments arguments(tags, kFunction);
-    return Image(write(kFunction, [&](int* number) {
+    return Image(write_data(kFunction, record.size, [&](int* number) {
       return WritePdfImageJPEG2000(handle(), &record, arguments.role, arguments.name.c_str(),
                                    arguments.items.count(), arguments.items.data(), number);
     }));
@@ -806,14 +999,14 @@ class [[nodiscard]] Document {
   Profile write_icc_profile(Bytes profile, Compression compression = Compression::none) {
     constexpr const char* kFunction = "WritePdfICCProfile";
     const std::uint32_t size = detail::size_in_32_bits(profile, kFunction);
-    return Profile(write(kFunction, [&](int* number) {
+    return Profile(write_data(kFunction, size, [&](int* number) {
       return WritePdfICCProfile(handle(), profile.data(), size,
                                 static_cast<TPdfCompression>(compression), number);
     }));
   }
 
  private:
-  enum Kind : bool { kMemory, kFile };
+  enum Kind : char { kMemory, kFile, kOutput };
 
   // What all images are given besides their data.
   struct Arguments {
@@ -830,11 +1023,19 @@ class [[nodiscard]] Document {
   Document(JTPDFDocument* handle, Unit unit, Kind kind) noexcept
       : handle_(handle), unit_(unit), kind_(kind) {}
 
+  static Document opened(std::unique_ptr<detail::Output> output, Unit unit) {
+    Document doc(CreateCallbackPdfDoc(unit.points(), &detail::Output::write, output.get()), unit,
+                 kOutput);
+    doc.output_ = std::move(output);
+    doc.open();
+    return doc;
+  }
+
   Image write_image(const ImageData& image, bool mask_white, const ImageTags& tags) {
     constexpr const char* kFunction = "WritePdfImage";
     const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
     const Arguments arguments(tags, kFunction);
-    return Image(write(kFunction, [&](int* number) {
+    return Image(write_data(kFunction, record.size, [&](int* number) {
       return WritePdfImage(handle(), &record, mask_white, arguments.role, arguments.name.c_str(),
                            arguments.items.count(), arguments.items.data(), number);
     }));
@@ -849,12 +1050,14 @@ class [[nodiscard]] Document {
   // older failure can pass for the reason.
   template <typename Call>
   void check(const char* function, const Call& call) {
-    const int callers_errno = errno;
-    errno = 0;
-    const std::int32_t code = call();
-    errno = callers_errno;
+    const std::int32_t code = [&call] {
+      const detail::ErrnoKept errno_kept;
+      errno = 0;
+      return call();
+    }();
     if (code == 0) return;
     unfinished_ = false;  // whoever gets the error knows that the file is incomplete
+    if (output_ != nullptr) output_->throw_failure(function, code);
     throw Error(function, code);
   }
 
@@ -866,9 +1069,33 @@ class [[nodiscard]] Document {
     return number;
   }
 
+  // The same for one that writes bytes of data.
+  template <typename Call>
+  int write_data(const char* function, std::uint64_t bytes, const Call& call) {
+    require_room(function, bytes);
+    const int number = write(function, call);
+    data_ += bytes;
+    return number;
+  }
+
+  // Throws where no room is left for some bytes more and what finish() adds, with at least written
+  // there already.
+  void require_room(const char* function, std::uint64_t bytes, std::uint64_t written = 0) const {
+    written = std::max({written, data_, output_ != nullptr ? output_->size() : 0});
+    if (written + bytes + detail::kRestBytes <= detail::kMostBytes) return;
+    throw Error(function,
+                "the document would have more than 10^10 bytes, beyond which readers find nothing; "
+                "write it as several documents",
+                std::errc::file_too_large);
+  }
+
+  std::unique_ptr<detail::Output> output_;  // outlives the C document, which knows its address
   std::unique_ptr<JTPDFDocument, detail::Destroy> handle_;
   Unit unit_;
   Kind kind_;
+  std::string path_;         // of a file
+  std::uint64_t pages_ = 0;  // how many are queued
+  std::uint64_t data_ = 0;   // how many bytes of images and profiles were written
   bool unfinished_ = false;  // an open file that neither finish() nor an error has settled
   int exceptions_ = std::uncaught_exceptions();
 };
