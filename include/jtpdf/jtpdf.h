@@ -141,7 +141,9 @@ JTPDF_EXPORT int32_t InitPdfDoc(JTPDFDocument* doc);
  * A second call after a success changes nothing and returns 0.
  * A document without a page is written, but some readers refuse such a file. Of more than 100 pages
  * whose number ends in 91 to 99 (or of more than 1000 in 901 to 999, and so on) all are shown, but
- * Ghostscript expects more and ends with an error: one page more or less avoids it. */
+ * Ghostscript expects more and ends with an error: one page more or less avoids it.
+ * A document of more than 10^10 bytes is written, too, but positions beyond take eleven digits in
+ * the cross-reference table, which has room for ten: readers repair such a file or refuse it. */
 JTPDF_EXPORT int32_t FinalizePdfDoc(JTPDFDocument* doc, const char* closingText);
 
 /* Returns the bytes of a finalised memory document; null for a file document or before
