@@ -206,7 +206,7 @@ class Memory(JtpdfTest):
         names = sorted(os.listdir(self.folder))
         failures = 0
         # From too little to begin with, through every place where it can end, to enough.
-        for kilobytes in range(12 << 10, 60 << 10, 3 << 10):
+        for kilobytes in range(12 << 10, 60 << 10, 4 << 10):
             def limit():
                 resource.setrlimit(resource.RLIMIT_AS, (kilobytes << 10, kilobytes << 10))
             for _ in range(2):
