@@ -1,8 +1,7 @@
-"""Options, messages, help, progress, memory: what a person meets besides the pictures."""
+"""Options, messages, help, progress: what a person meets besides the pictures."""
 import faulthandler
 import os
 import re
-import resource
 import select
 import shutil
 import subprocess
@@ -10,8 +9,7 @@ import threading
 import time
 import unittest
 
-from support import (JTPDF, JtpdfTest, blocks, images, jpeg_bytes, jpeg_segment, jpeg_with, noise,
-                     run)
+from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, jpeg_segment, jpeg_with, noise, run
 
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
 
@@ -171,58 +169,6 @@ class Description(JtpdfTest):
         os.rename(path, self.path("b.png"))
         self.convert(self.path("b.png"))
         self.assertEqual(self.get("out.pdf"), before)
-
-
-class Memory(JtpdfTest):
-    def peak(self, *arguments):
-        """Megabytes, read from the process itself while it waits for its output to be taken."""
-        child = subprocess.Popen([JTPDF, *arguments], stdout=subprocess.PIPE)
-        peak = 0
-        while child.stdout.read(1 << 20):
-            with open(f"/proc/{child.pid}/status") as status:
-                found = re.search(r"VmHWM:\s+(\d+)", status.read())
-            peak = max(peak, int(found.group(1)) / 1024 if found else 0)
-        child.stdout.close()
-        self.assertEqual(child.wait(), 0)
-        return peak
-
-    @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
-    def test_memory_does_not_grow_with_the_pages(self):
-        base = jpeg_bytes(noise(1000, 700))  # about 1 MB
-        paths = [self.put(jpeg_with(base, jpeg_segment(0xFE, b"%d" % n)), f"{n}.jpg")
-                 for n in range(100)]
-        few, many = self.peak(*paths[:25]), self.peak(*paths)
-        self.assertLess(many, 32)
-        self.assertLess(many, few + 6)
-        pngs = [self.save(noise(500 + n, 500), f"{n}.png", compress_level=1) for n in range(40)]
-        few, many = self.peak(*pngs[:10]), self.peak(*pngs)
-        self.assertGreater(few, 4)
-        self.assertLess(many, few + 6)
-
-    @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
-    def test_memory_that_runs_out_is_an_error_and_leaves_nothing(self):
-        paths = [self.save(noise(300 + n, 300, n), f"{n}.png", compress_level=1)
-                 for n in range(66)]
-        names = sorted(os.listdir(self.folder))
-        failures = 0
-        # From too little to begin with, through every place where it can end, to enough.
-        for kilobytes in range(12 << 10, 60 << 10, 4 << 10):
-            def limit():
-                resource.setrlimit(resource.RLIMIT_AS, (kilobytes << 10, kilobytes << 10))
-            for _ in range(2):
-                done = subprocess.run([JTPDF, "-q", "-j", "2", "--compression", "1", *paths, "-o",
-                                       self.path("o.pdf")], capture_output=True, preexec_fn=limit)
-                with self.subTest(kilobytes=kilobytes, error=done.stderr):
-                    if b"error while loading shared libraries" in done.stderr:
-                        continue
-                    self.assertIn(done.returncode, (0, 1))
-                    if done.returncode == 1:
-                        failures += 1
-                        self.assertIn(b"memory", done.stderr)
-                        self.assertEqual(sorted(os.listdir(self.folder)), names)
-                    else:
-                        os.remove(self.path("o.pdf"))
-        self.assertGreater(failures, 1)
 
 
 if __name__ == "__main__":

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <regex>
@@ -29,6 +29,127 @@ TEST(ParseOptions, KeepsNamesInBrackets) {
 
 TEST(ParseOptions, TakesNamesThatBeginWithADashBehindTwo) {
   EXPECT_EQ(Parse({"-q", "--", "-v.png", "-"}).inputs, (std::vector<std::string>{"-v.png", "-"}));
+}
+
+TEST(ParseOptions, HasDefaults) {
+  const Options options = Parse({"a"});
+  EXPECT_EQ(options.inputs, std::vector<std::string>{"a"});
+  EXPECT_EQ(options.fromFile, "");
+  EXPECT_TRUE(options.ToStandardOutput());
+  EXPECT_FALSE(options.layout.page.Given());
+  EXPECT_FALSE(options.layout.image.Given());
+  EXPECT_EQ(options.layout.turn, std::nullopt);
+  EXPECT_FALSE(options.layout.autoOrient);
+  EXPECT_EQ(options.layout.fit, Fit::kInto);
+  EXPECT_EQ(options.metadata.title, L"");
+  EXPECT_EQ(options.metadata.creationDate, L"");
+  EXPECT_EQ(options.role, kPdfImageRolePhoto);
+  EXPECT_EQ(options.compression, 6);
+  EXPECT_EQ(options.jobs, std::clamp(std::thread::hardware_concurrency(), 1u, 256u));
+  EXPECT_EQ(options.limits.maxPixels, 500'000'000u);
+  EXPECT_EQ(options.verbosity, Verbosity::kNormal);
+  EXPECT_FALSE(options.skipBad || options.dryRun || options.help || options.version ||
+               options.recordNames);
+}
+
+TEST(ParseOptions, PutsEachValueInItsPlace) {
+  const Options options = Parse({"a",
+                                 "-o",
+                                 "o",
+                                 "--from-file",
+                                 "f",
+                                 "-S",
+                                 "10x20",
+                                 "-s",
+                                 "3x4",
+                                 "-b",
+                                 "5:6",
+                                 "-f",
+                                 "fill",
+                                 "-r",
+                                 "270",
+                                 "-a",
+                                 "--role",
+                                 "mask",
+                                 "--crop-border",
+                                 "7:8",
+                                 "--title",
+                                 "t",
+                                 "--author",
+                                 "u",
+                                 "--subject",
+                                 "v",
+                                 "--keywords",
+                                 "w",
+                                 "--creator",
+                                 "x",
+                                 "--creationdate",
+                                 "2001",
+                                 "--moddate",
+                                 "2002",
+                                 "-j",
+                                 "3",
+                                 "--compression",
+                                 "12",
+                                 "--max-pixels",
+                                 "99",
+                                 "--record-names",
+                                 "--skip-bad",
+                                 "--dry-run",
+                                 "-v"});
+  EXPECT_EQ(options.output, "o");
+  EXPECT_EQ(options.fromFile, "f");
+  EXPECT_EQ(options.layout.page.width, 10);
+  EXPECT_EQ(options.layout.page.height, 20);
+  EXPECT_EQ(options.layout.image.width->value, 3);
+  EXPECT_EQ(options.layout.image.height->value, 4);
+  EXPECT_EQ(options.layout.border.vertical, 5);
+  EXPECT_EQ(options.layout.border.horizontal, 6);
+  EXPECT_EQ(options.layout.cropBorder.vertical, 7);
+  EXPECT_EQ(options.layout.cropBorder.horizontal, 8);
+  EXPECT_EQ(options.layout.fit, Fit::kFill);
+  EXPECT_EQ(options.layout.turn, 270);
+  EXPECT_TRUE(options.layout.autoOrient);
+  EXPECT_EQ(options.role, kPdfImageRoleMask);
+  EXPECT_EQ(options.metadata.title, L"t");
+  EXPECT_EQ(options.metadata.author, L"u");
+  EXPECT_EQ(options.metadata.subject, L"v");
+  EXPECT_EQ(options.metadata.keywords, L"w");
+  EXPECT_EQ(options.metadata.creator, L"x");
+  EXPECT_EQ(options.metadata.creationDate, L"D:2001");
+  EXPECT_EQ(options.metadata.modDate, L"D:2002");
+  EXPECT_EQ(options.jobs, 3u);
+  EXPECT_EQ(options.compression, 12);
+  EXPECT_EQ(options.limits.maxPixels, 99u);
+  EXPECT_TRUE(options.recordNames && options.skipBad && options.dryRun);
+  EXPECT_EQ(options.verbosity, Verbosity::kVerbose);
+  EXPECT_EQ(Parse({"a", "-q"}).verbosity, Verbosity::kQuiet);
+  EXPECT_TRUE(Parse({"-h"}).help);
+  EXPECT_TRUE(Parse({"--version"}).version);
+}
+
+TEST(ParseOptions, RefusesWhatContradictsOrIsMissing) {
+  for (const std::vector<const char*>& arguments :
+       std::vector<std::vector<const char*>>{{},
+                                             {"-o", "x"},
+                                             {"a", "-q", "-v"},
+                                             {"a", "-o", ""},
+                                             {"a", "--from-file", ""},
+                                             {"-", "-"},
+                                             {"-", "--from-file", "-"},
+                                             {"a", "-j", "0"},
+                                             {"a", "-j", "257"},
+                                             {"a", "-j", "3x"},
+                                             {"a", "--compression", "-1"},
+                                             {"a", "--compression", "13"},
+                                             {"a", "--max-pixels", "0"},
+                                             {"a", "--title", "\xFF"},
+                                             {"a", "--role", "photos"},
+                                             {"a", "-f", ""}}) {
+    EXPECT_THROW(Parse(arguments), UsageError);
+  }
+  EXPECT_NO_THROW(Parse({"-", "--from-file", "x"}));
+  EXPECT_NO_THROW(Parse({"--from-file", "-", "-j", "256", "--compression", "0"}));
 }
 
 TEST(ParseOptions, TakesWordsInCapitalsAndSmallLetters) {

@@ -6,6 +6,7 @@ import random
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -13,6 +14,8 @@ import numpy
 from PIL import Image
 
 JTPDF = os.environ["JTPDF"]
+if "FAIL_FAST" in os.environ:  # for scripts/mutate, which asks only whether anything fails
+    sys.argv.append("--failfast")
 BLOCK = 8  # test pictures are made of blocks so large that a renderer's edges do not matter
 
 
