@@ -105,8 +105,8 @@ TEST(ParseOptions, PutsEachValueInItsPlace) {
   EXPECT_EQ(options.layout.image.height->value, 4);
   EXPECT_EQ(options.layout.border.vertical, 5);
   EXPECT_EQ(options.layout.border.horizontal, 6);
-  EXPECT_EQ(options.layout.cropBorder.vertical, 7);
-  EXPECT_EQ(options.layout.cropBorder.horizontal, 8);
+  EXPECT_EQ(options.layout.cropBorder->vertical, 7);
+  EXPECT_EQ(options.layout.cropBorder->horizontal, 8);
   EXPECT_EQ(options.layout.fit, Fit::kFill);
   EXPECT_EQ(options.layout.turn, 270);
   EXPECT_TRUE(options.layout.autoOrient);
