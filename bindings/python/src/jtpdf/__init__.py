@@ -8,8 +8,8 @@
 A document writes images, forms and pages as they come, so its size is limited by the disk and not
 by memory. Failures are jtpdf.Error, an OSError. See Document for all that can be written.
 
-The package calls the C interface; jtpdf.h says what each call writes. Running out of memory inside
-the library ends the process.
+The package calls the C interface; jtpdf.h says what each call writes. Memory that runs out is a
+MemoryError.
 """
 
 from __future__ import annotations

@@ -2,14 +2,18 @@
 
 from __future__ import annotations
 
+import contextlib
 import ctypes
+import errno
 import os
+import stat
 import warnings
 from types import TracebackType
-from typing import TYPE_CHECKING, Mapping
+from typing import TYPE_CHECKING, Mapping, Sequence
 
 from . import _native
 from ._errors import Error
+from ._output import Output, Writable
 from ._pictures import Picture
 from ._values import (POINT, Box, BoxLike, Color, ColorLike, ColorSpace, Compression, Form, Image,
                       ImageData, Profile, Role, Unit, points)
@@ -19,6 +23,11 @@ if TYPE_CHECKING:
 
 _ICC_BASED = 3  # the kind of colour space that a Profile is
 
+# Positions in a file have ten digits; what finish() writes at most, for each page and besides.
+_MOST_BYTES = 10**10
+_PAGE_BYTES = 512
+_REST_BYTES = 10**6
+
 _NO_ENTRIES: Mapping[str, str] = {}
 
 
@@ -26,6 +35,11 @@ class Document:
     """A PDF file that is being written, in one forward pass.
 
     Without a path the document is kept in memory, and ``data`` gives its bytes when it is finished.
+    In place of a path, every object with ``write`` will do that takes bytes: io.BytesIO(), a socket's
+    file, sys.stdout.buffer. It gets the bytes as they come, is flushed in the end and stays open; what
+    it raises comes out of the method that wrote.
+
+    A document has at most 10^10 bytes, as readers take no more than ten digits for a position in it.
     All lengths are in ``unit``: "pt", "in", "cm", "mm", or the number of PDF points that one is.
     Wherever a Box or a Color is wanted, a tuple of its values will do.
 
@@ -41,13 +55,13 @@ class Document:
     A document is used by one thread at a time; other threads run while it writes.
     """
 
-    def __init__(self, path: StrOrBytesPath | None = None, *, unit: Unit = POINT,
+    def __init__(self, path: StrOrBytesPath | Writable | None = None, *, unit: Unit = POINT,
                  creator: str = "", author: str = "") -> None:
         self._prepare(path, unit, creator, author)
         self.open()
 
     @classmethod
-    def unopened(cls, path: StrOrBytesPath | None = None, *, unit: Unit = POINT,
+    def unopened(cls, path: StrOrBytesPath | Writable | None = None, *, unit: Unit = POINT,
                  creator: str = "", author: str = "") -> Document:
         """A document still to be opened; all that is not written can be set before.
 
@@ -59,26 +73,40 @@ class Document:
         document._prepare(path, unit, creator, author)
         return document
 
-    def _prepare(self, path: StrOrBytesPath | None, unit: Unit, creator: str,
+    def _prepare(self, path: StrOrBytesPath | Writable | None, unit: Unit, creator: str,
                  author: str) -> None:
         self._unfinished = False  # an open file that nothing has settled
         self._handle: _native.Handle | None = None
-        self._path = None if path is None else os.fsdecode(path)
+        self._path: str | None = None
+        self._output: Output | None = None
+        self._pages = 0  # how many are queued
+        self._written = 0  # how many bytes of data
         wide_creator = _native.wide_text(creator, "creator")
         wide_author = _native.wide_text(author, "author")
-        if self._path is not None:
-            pointer = _native.library.CreateFilePdfDoc(
-                points(unit), _native.text(self._path, "path"), wide_creator, wide_author)
-            self._handle = _native.Handle(pointer)
+        if path is None:
+            self._handle = _native.Handle("TryCreateMemoryPdfDoc", points(unit))
+        elif isinstance(path, (str, bytes, os.PathLike)):
+            self._path = os.fsdecode(path)
+            self._handle = _native.Handle(
+                "TryCreateFilePdfDoc", points(unit), _native.text(self._path, "path"), wide_creator,
+                wide_author)
             return
-        self._handle = _native.Handle(_native.library.CreateMemoryPdfDoc(points(unit)))
+        elif hasattr(path, "write"):
+            self._output = Output(path)
+            self._handle = _native.Handle("TryCreateCallbackPdfDoc", points(unit),
+                                          self._output.function, None, output=self._output)
+        else:
+            raise TypeError(f"path is {path!r}, neither a path nor an object with write")
         if creator:
             self.set_info("Creator", creator)
         if author:
             self.set_info("Author", author)
 
     def __repr__(self) -> str:
-        place = "in memory" if self._path is None else repr(self._path)
+        if self._output is not None:
+            place = f"to {self._output.file!r}"
+        else:
+            place = "in memory" if self._path is None else repr(self._path)
         return f"<jtpdf.Document {place}>"
 
     # -- Beginning and end
@@ -101,7 +129,7 @@ class Document:
                           ResourceWarning, stacklevel=2, source=self)
 
     @property
-    def _pointer(self) -> int:
+    def _pointer(self) -> int | None:
         if self._handle is None:
             raise ValueError(f"{self!r} was discarded")
         return self._handle.pointer
@@ -109,7 +137,7 @@ class Document:
     def open(self) -> None:
         """Opens the file, truncating what is there. Can be repeated if it fails."""
         self._call("InitPdfDoc")
-        self._unfinished = self._path is not None
+        self._unfinished = self._path is not None or self._output is not None
 
     def finish(self, closing_text: str = "") -> None:
         """Writes what is left and closes the file.
@@ -117,8 +145,11 @@ class Document:
         A closing text becomes one more line at the very end. Does nothing the second time.
         """
         closing = _native.text(closing_text, "closing_text").encode("utf-8")
+        self._require_room("FinalizePdfDoc", self._pages * _PAGE_BYTES, _file_size(self._path))
         self._call("FinalizePdfDoc", closing)
         self._unfinished = False
+        if self._output is not None:
+            self._output.flush()
 
     def discard(self) -> None:
         """Gives the document up: a file that is not finished stays incomplete."""
@@ -226,6 +257,7 @@ class Document:
         """Adds a page that shows the form. The crop box is the part that readers show."""
         crop = media_box if crop_box is None else crop_box
         self._call("WritePdfPage", _number(form, Form), _rect(crop), _rect(media_box))
+        self._pages += 1
 
     def write_image(self, image: ImageData, *, mask_white: bool = False, role: Role = Role.OTHER,
                     name: str = "", entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
@@ -239,31 +271,30 @@ class Document:
         ...     doc.write_image(ImageData(pixels, Compression.FLATE, 2, 1), name="flag")
         Image(number=2)
         """
-        with _Descriptor(image) as descriptor:
-            return Image(self._write("WritePdfImage", descriptor, mask_white,
-                                     *_tags(role, name, entries)))
+        return Image(self._write_data(
+            "WritePdfImage", [image], mask_white, *_tags(role, name, entries)))
 
     def write_image_with_alpha(self, image: ImageData, alpha: ImageData, *,
                                role: Role = Role.OTHER, name: str = "",
                                entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
         """Writes an image with a grey one of any size as its soft mask: 0 is transparent."""
-        with _Descriptor(image) as descriptor, _Descriptor(alpha) as alpha_descriptor:
-            return Image(self._write("WritePdfImageWithAlpha", descriptor, alpha_descriptor,
-                                     *_tags(role, name, entries)))
+        return Image(self._write_data(
+            "WritePdfImageWithAlpha", [image, alpha], *_tags(role, name, entries)))
 
     def write_jpeg2000_image(self, image: ImageData, *, role: Role = Role.OTHER, name: str = "",
                              entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
         """Writes JPEG 2000 data, which names its own colour space and alpha."""
-        with _Descriptor(image) as descriptor:
-            return Image(self._write("WritePdfImageJPEG2000", descriptor,
-                                     *_tags(role, name, entries)))
+        return Image(self._write_data(
+            "WritePdfImageJPEG2000", [image], *_tags(role, name, entries)))
 
     def write_icc_profile(self, profile: ReadableBuffer,
                           compression: Compression = Compression.NONE) -> Profile:
         """Writes a profile for RGB data, to be the color_space of image data."""
-        with _native.Borrowed(profile) as memory:
-            return Profile(self._write("WritePdfICCProfile", memory.address, memory.size,
-                                       compression))
+        with self._borrowed(profile) as memory:
+            self._require_room("WritePdfICCProfile", memory.size)
+            number = self._write("WritePdfICCProfile", memory.address, memory.size, compression)
+            self._written += memory.size
+        return Profile(number)
 
     # -- Put together
 
@@ -298,37 +329,59 @@ class Document:
 
     def _call(self, function: str, *arguments: object) -> None:
         try:
-            _native.call(function, self._pointer, *arguments, path=self._path)
+            _native.call(function, self._pointer, *arguments, path=self._path, output=self._output)
         except Error:
             self._unfinished = False  # whoever gets the error knows that the file is incomplete
             raise
+        finally:
+            if self._output is not None and self._output.failed:
+                self._unfinished = False
 
     def _write(self, function: str, *arguments: object) -> int:
         number = ctypes.c_int()
         self._call(function, *arguments, ctypes.byref(number))
         return number.value
 
+    def _write_data(self, function: str, images: Sequence[ImageData], *arguments: object) -> int:
+        with contextlib.ExitStack() as stack:
+            memories = [stack.enter_context(self._borrowed(image.data)) for image in images]
+            size = sum(memory.size for memory in memories)
+            self._require_room(function, size)
+            number = self._write(function, *map(_descriptor, images, memories), *arguments)
+            self._written += size
+        return number
 
-class _Descriptor:
-    """The record of image data while it is borrowed."""
+    def _borrowed(self, data: ReadableBuffer) -> _native.Borrowed:
+        return _native.Borrowed(data, None if self._output is None else self._output.lent)
 
-    def __init__(self, image: ImageData) -> None:
-        self._image = image
-        self._memory = _native.Borrowed(image.data)
+    def _require_room(self, function: str, size: int, written: int = 0) -> None:
+        """Raises Error where no room is left for so many bytes more and what finish() adds."""
+        handed_on = 0 if self._output is None else self._output.size
+        if max(written, handed_on, self._written) + size + _REST_BYTES > _MOST_BYTES:
+            raise Error._of(function, errno.EFBIG, self._path,
+                            "the document would have more than 10^10 bytes, beyond which readers "
+                            "find nothing; write it as several documents")
 
-    def __enter__(self) -> object:
-        image, memory = self._image, self._memory.__enter__()
-        if isinstance(image.color_space, Profile):
-            color_space, profile = _ICC_BASED, image.color_space.number
-        else:
-            color_space, profile = int(ColorSpace(image.color_space)), 0
-        return ctypes.byref(_native.ImageDescriptor(
-            memory.address, memory.size, image.compression, image.width, image.height,
-            image.bits_per_component, color_space, profile))
 
-    def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
-                 traceback: TracebackType | None) -> None:
-        self._memory.__exit__(kind, value, traceback)
+def _file_size(path: str | None) -> int:
+    """The size of a regular file, else 0."""
+    if path is None:
+        return 0
+    try:
+        status = os.stat(path)
+    except (OSError, ValueError):
+        return 0
+    return status.st_size if stat.S_ISREG(status.st_mode) else 0
+
+
+def _descriptor(image: ImageData, memory: _native.Borrowed) -> object:
+    if isinstance(image.color_space, Profile):
+        color_space, profile = _ICC_BASED, image.color_space.number
+    else:
+        color_space, profile = int(ColorSpace(image.color_space)), 0
+    return ctypes.byref(_native.ImageDescriptor(
+        memory.address, memory.size, image.compression, image.width, image.height,
+        image.bits_per_component, color_space, profile))
 
 
 def _tags(role: Role, name: str, entries: Mapping[str, str]) -> tuple[object, ...]:

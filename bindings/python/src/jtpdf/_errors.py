@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import errno
 import functools
 import os
 
@@ -13,7 +14,7 @@ class Error(OSError):
 
     ``errno`` is the system's error number, or -1 for a call that the document refuses in its
     present state. Where Python has a class of its own for a number, such as FileNotFoundError, the
-    error is one of that class, too.
+    error is one of that class, too; of ENOMEM it is a MemoryError.
 
     >>> import jtpdf
     >>> try:
@@ -32,8 +33,9 @@ class Error(OSError):
     function: str = ""
 
     @staticmethod
-    def _of(function: str, code: int, path: str | None = None) -> Error:
-        reason = os.strerror(code) if code > 0 else _REFUSED
+    def _of(function: str, code: int, path: str | None = None, reason: str = "") -> Error:
+        if not reason:
+            reason = os.strerror(code) if code > 0 else _REFUSED
         error = _class_for(code)(code, reason, path)
         error.function = function
         return error
@@ -51,6 +53,8 @@ class Error(OSError):
 
 @functools.lru_cache(maxsize=None)
 def _class_for(code: int) -> type[Error]:
-    """Error, or a class made of it and the one that OSError(code) is of."""
-    other = type(OSError(code, ""))
+    """Error, or a class made of it and the one that Python has for the code."""
+    other: type[BaseException] = type(OSError(code, ""))
+    if code == errno.ENOMEM:
+        other = MemoryError
     return Error if other is OSError else type("Error", (Error, other), {"__module__": "jtpdf"})

@@ -3,12 +3,14 @@
 from __future__ import annotations
 
 import ctypes
+import errno
 import os
 import pathlib
 from types import TracebackType
 from typing import TYPE_CHECKING, Any, Callable
 
 from ._errors import Error
+from ._output import Output, WriteFunction
 
 if TYPE_CHECKING:
     from _typeshed import ReadableBuffer
@@ -42,6 +44,7 @@ class DictionaryItem(ctypes.Structure):
 
 
 _Doc = ctypes.c_void_p
+_Unit = ctypes.c_double
 _Text = ctypes.c_wchar_p
 _Number = ctypes.POINTER(ctypes.c_int)
 _Image = ctypes.POINTER(ImageDescriptor)
@@ -49,8 +52,13 @@ _Image = ctypes.POINTER(ImageDescriptor)
 _Tags = (ctypes.c_int32, _Text, ctypes.c_uint, ctypes.POINTER(DictionaryItem), _Number)
 
 _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
-    "CreateFilePdfDoc": (_Doc, ctypes.c_double, _Text, _Text, _Text),
-    "CreateMemoryPdfDoc": (_Doc, ctypes.c_double),
+    "CreateFilePdfDoc": (_Doc, _Unit, _Text, _Text, _Text),
+    "CreateMemoryPdfDoc": (_Doc, _Unit),
+    "CreateCallbackPdfDoc": (_Doc, _Unit, WriteFunction, ctypes.c_void_p),
+    "TryCreateFilePdfDoc": (_Doc, _Unit, _Text, _Text, _Text),
+    "TryCreateMemoryPdfDoc": (_Doc, _Unit),
+    "TryCreateCallbackPdfDoc": (_Doc, _Unit, WriteFunction, ctypes.c_void_p),
+    "SetPdfMemoryErrors": (None, _Doc, ctypes.c_bool),
     "InitPdfDoc": (ctypes.c_int32, _Doc),
     "FinalizePdfDoc": (ctypes.c_int32, _Doc, ctypes.c_char_p),
     "GetPdfData": (ctypes.c_void_p, _Doc),
@@ -105,13 +113,15 @@ def _load() -> ctypes.CDLL:
 library = _load()
 
 
-def call(function: str, *arguments: Any, path: str | None = None) -> None:
+def call(function: str, *arguments: Any, path: str | None = None,
+         output: Output | None = None) -> None:
     """Calls a function that gives a result code; raises Error if it is not 0.
 
     A refusal sets no errno, so with 0 in it beforehand no older failure passes for the reason.
     """
     ctypes.set_errno(0)
-    code: int = getattr(library, function)(*arguments)
+    prototype = getattr(library, function)
+    code: int = prototype(*arguments) if output is None else output.run(prototype, *arguments)
     if code != 0:
         raise Error._of(function, code, path)
 
@@ -119,13 +129,19 @@ def call(function: str, *arguments: Any, path: str | None = None) -> None:
 class Handle:
     """Owns a document of the C interface, which lives as long as anybody holds the handle."""
 
-    def __init__(self, pointer: int) -> None:
-        self.pointer = pointer
+    pointer: int | None = None
+
+    def __init__(self, function: str, *arguments: Any, output: Output | None = None) -> None:
         # Kept: while the interpreter shuts down, module globals may be gone before this object.
-        self._destroy: Callable[[int], None] = library.DestroyPdfDoc
+        self._destroy: Callable[[int | None], None] = library.DestroyPdfDoc
+        self._output = output  # whose function the document calls
+        self.pointer = getattr(library, function)(*arguments)
+        if self.pointer is None:
+            raise Error._of(function, errno.ENOMEM)
 
     def __del__(self) -> None:
-        self._destroy(self.pointer)
+        if self.pointer is not None:
+            self._destroy(self.pointer)
 
 
 class _PyBuffer(ctypes.Structure):
@@ -163,9 +179,10 @@ class Borrowed:
     b'abc'
     """
 
-    def __init__(self, data: ReadableBuffer) -> None:
+    def __init__(self, data: ReadableBuffer, lent: list[Borrowed] | None = None) -> None:
         self._data = data
         self._buffer = _PyBuffer()
+        self._lent = [] if lent is None else lent  # where to stand while it is borrowed
 
     def __enter__(self) -> Borrowed:
         _get_buffer(self._data, ctypes.byref(self._buffer), _PYBUF_SIMPLE)
@@ -179,11 +196,20 @@ class Borrowed:
         except ValueError:
             _release_buffer(ctypes.byref(self._buffer))
             raise
+        self._lent.append(self)
         return self
 
     def __exit__(self, kind: type[BaseException] | None, value: BaseException | None,
                  traceback: TracebackType | None) -> None:
+        self._lent.remove(self)
         _release_buffer(ctypes.byref(self._buffer))
+
+    def view(self) -> memoryview | None:
+        """The same memory as a memoryview, which may be kept; None of a kind that has none."""
+        try:
+            return memoryview(self._data).toreadonly().cast("B")
+        except TypeError:
+            return None
 
     @property
     def address(self) -> int | None:
