@@ -187,8 +187,23 @@ class Source:
             if self.tokens[i : i + len(wanted)] == wanted and i + len(wanted) - 1 in inside
         ]
 
+    def statement_end(self, begin):
+        """The place behind the statement that begins there."""
+        token = self.tokens[begin]
+        if token == "{":
+            return matching(self.tokens, begin)
+        if token in ("else", "do"):
+            return self.statement_end(begin + 1)
+        if token in ("if", "while", "for", "switch"):
+            condition = self.tokens.index("(", begin)
+            end = self.statement_end(matching(self.tokens, condition))
+            return self.statement_end(end) if self.tokens[end : end + 1] == ["else"] else end
+        while self.tokens[begin] != ";":
+            begin = matching(self.tokens, begin) if self.tokens[begin] in OPEN else begin + 1
+        return begin + 1
+
     def statement_at(self, index):
-        """The tokens of the statement around one: from behind the last ; { or } to its own ;."""
+        """The tokens of the statement around one, with the if in front of it if there is one."""
         begin, depth = index, 0
         while True:
             before = self.tokens[begin - 1]
@@ -196,10 +211,7 @@ class Source:
                 break
             depth += (before in ")]") - (before in "([")
             begin -= 1
-        end = index
-        while self.tokens[end] != ";":
-            end = matching(self.tokens, end) if self.tokens[end] in OPEN else end + 1
-        return begin, end + 1
+        return begin, self.statement_end(begin)
 
     def replaced(self, begin, end, by):
         """The text with the tokens from begin to end replaced."""
