@@ -1,38 +1,14 @@
 """Inputs that change while they are read: never a crash, never a page of what was not there."""
 import os
 import re
-import struct
 import subprocess
 import time
 import unittest
 
-import numpy
-from PIL import Image
-
-from support import JTPDF, JtpdfTest, blocks, jpeg_bytes
+from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, noise
+from tiff_files import greys
 
 CHANGED = b"changed while it was read; run again when it is complete"
-
-
-def noise(width, height, seed=1):
-    return Image.fromarray(numpy.random.default_rng(seed).integers(
-        0, 256, (height, width, 3), numpy.uint8))
-
-
-def many_pages(count):
-    """A TIFF of as many pages of one grey pixel: long to plan for its size."""
-    entries = ((256, 3, 1), (257, 3, 1), (258, 3, 8), (262, 3, 1), (273, 4, 0), (277, 3, 1),
-               (278, 3, 1), (279, 4, 1))
-    size = 2 + 12 * len(entries) + 4 + 2
-    pages = []
-    for number in range(count):
-        at = 8 + number * size
-        following = at + size if number + 1 < count else 0
-        fields = b"".join(struct.pack("<HHI", tag, kind, 1) + struct.pack(
-            "<I", at + size - 2 if tag == 273 else value) for tag, kind, value in entries)
-        pages.append(struct.pack("<H", len(entries)) + fields + struct.pack("<I", following)
-                     + struct.pack("<H", number % 256))
-    return b"II*\0" + struct.pack("<I", 8) + b"".join(pages)
 
 
 class Changes(JtpdfTest):
@@ -94,17 +70,30 @@ class Changes(JtpdfTest):
         self.assertEqual(child.communicate(timeout=120)[1], b"")
         self.assertEqual(child.returncode, 0)
 
-    def test_a_file_that_shrinks_while_it_is_planned(self):
-        path = self.put(many_pages(30_000), "many.tif")
+    def shrinks_while_it_is_planned(self, name):
+        path = self.path(name)
         child = subprocess.Popen([JTPDF, "-j", "1", "-S", "A4", path, "-o", self.path("o.pdf")],
                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         while child.poll() is None:
             with open(f"/proc/{child.pid}/maps") as maps:
-                if "many.tif" in maps.read():
+                if name in maps.read():
                     break
         os.truncate(path, 4096)
-        self.assertSaysChanged(child, "many.tif")
-        self.assertEqual(os.listdir(self.folder), ["many.tif"])
+        self.assertSaysChanged(child, name)
+        self.assertEqual(os.listdir(self.folder), [name])
+
+    def test_a_file_that_shrinks_while_it_is_planned(self):
+        self.put(greys(30_000), "many.tif")
+        self.shrinks_while_it_is_planned("many.tif")
+
+    def test_a_file_that_shrinks_and_then_seems_to_be_damaged(self):
+        self.save(blocks(), "a.png")
+        data = self.get("a.png")
+        os.remove(self.path("a.png"))
+        end = data.index(b"IDAT") - 4
+        chunks = (bytes(4) + b"teXt" + bytes(4)) * 4_000_000  # long to plan
+        self.put(data[:end] + chunks + data[end:], "many.png")
+        self.shrinks_while_it_is_planned("many.png")
 
 
 if __name__ == "__main__":
