@@ -41,6 +41,36 @@ EXIF = b"Exif\0\0MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0"
 PROFILE = (b"\0\0\0\x90lcms\4\x30\0\0mntrRGB XYZ " + bytes(12) + b"acsp").ljust(144, b"\0")
 
 
+def write(folder, name, data):
+    with open(path(folder, name), "wb") as file:
+        file.write(data)
+
+
+def read(folder, name):
+    with open(path(folder, name), "rb") as file:
+        return file.read()
+
+
+def odd_ones():
+    """Files that few writers make: each takes a way of its own through its reader."""
+    jpeg = read("jpeg", "L-plain")
+    write("jpeg", "stray", jpeg[:20] + b"stray" + jpeg[20:])
+    png = read("png", "grey-8")
+    write("png", "animation", png[:33] + chunk(b"acTL", struct.pack(">II", 2, 0)) + png[33:])
+    jp2 = read("jpeg2000", "RGB.jp2")
+    uuid = b"JpgTiffExif->JP2" + EXIF
+    write("jpeg2000", "exif.jp2", jp2 + struct.pack(">I4s", len(uuid) + 8, b"uuid") + uuid)
+    write("jpeg2000", "no-end.jp2", jp2[:-2])
+    write("jpeg2000", "no-boxes.jp2", jp2[:12] + jp2[jp2.index(b"jp2c") - 4:])
+    picture("RGB", size=(40, 30)).save(path("jpeg2000", "tiles.jp2"), "JPEG2000",
+                                       tile_size=(16, 16))
+    colours = lambda number: struct.pack("<HHIHH", 262, 3, 1, number, 0)
+    write("tiff", "lab", read("tiff", "RGB-None").replace(colours(2), colours(8)))
+    write("tiff", "bad-page", read("tiff", "pages").replace(colours(1), colours(77)))
+    write("tiff", "undeclared", read("tiff", "RGBA-None").replace(
+        struct.pack("<HHI", 338, 3, 1), struct.pack("<HHI", 700, 3, 1)))
+
+
 def main():
     for mode in ("L", "RGB", "CMYK"):
         for name, options in (("plain", {}), ("progressive", {"progressive": True}),
@@ -75,6 +105,7 @@ def main():
                            icc_profile=PROFILE)
     picture("RGB").save(path("webp", "film"), "WEBP", save_all=True, lossless=True,
                         append_images=[picture("RGB", 2)])
+    odd_ones()
 
 
 if sys.version_info < (3, 9):
