@@ -15,6 +15,9 @@ TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
   EXPECT_DOUBLE_EQ(ParseLength("1.5in"), 108);
   EXPECT_DOUBLE_EQ(ParseLength("12pt"), 12);
   EXPECT_DOUBLE_EQ(ParseLength("12"), 12);
+  EXPECT_DOUBLE_EQ(ParseLength("0"), 0);
+  EXPECT_DOUBLE_EQ(ParseLength("1000000"), 1e6);
+  EXPECT_THROW(ParseLength("1000001"), UsageError);
   for (const char* text :
        {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
     EXPECT_THROW(ParseLength(text), UsageError) << text;
@@ -34,6 +37,29 @@ TEST(ParsePageSize, KnowsNamesAndTurnsThem) {
   EXPECT_DOUBLE_EQ(*ParsePageSize("LETTER").height, 792);
   EXPECT_DOUBLE_EQ(*ParsePageSize("legal").height, 1008);
   EXPECT_DOUBLE_EQ(*ParsePageSize("72x2in^T").width, 144);
+}
+
+TEST(ParsePageSize, KnowsEveryPaper) {
+  constexpr double kMillimetre = 72 / 25.4;
+  const struct {
+    const char* name;
+    double width, height;  // millimetres
+  } kPapers[] = {{"A0", 841, 1189},        {"A1", 594, 841},        {"A2", 420, 594},
+                 {"A3", 297, 420},         {"A4", 210, 297},        {"A5", 148, 210},
+                 {"A6", 105, 148},         {"B4", 250, 353},        {"B5", 176, 250},
+                 {"Letter", 215.9, 279.4}, {"Legal", 215.9, 355.6}, {"Tabloid", 279.4, 431.8}};
+  for (const auto& paper : kPapers) {
+    EXPECT_NEAR(*ParsePageSize(paper.name).width, paper.width * kMillimetre, 1e-9) << paper.name;
+    EXPECT_NEAR(*ParsePageSize(paper.name).height, paper.height * kMillimetre, 1e-9) << paper.name;
+    EXPECT_NEAR(ParseImageSize(paper.name).height->value, paper.height * kMillimetre, 1e-9);
+  }
+}
+
+TEST(ParsePageSize, TakesTheSmallestAndTheLargestPage) {
+  EXPECT_EQ(*ParsePageSize("3x14400").width, 3);
+  EXPECT_EQ(*ParsePageSize("3x14400").height, 14400);
+  EXPECT_THROW(ParsePageSize("2.9x10"), UsageError);
+  EXPECT_THROW(ParsePageSize("10x14400.1"), UsageError);
 }
 
 TEST(ParsePageSize, TakesOneSideAlone) {

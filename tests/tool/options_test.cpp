@@ -149,6 +149,9 @@ TEST(ParseOptions, RefusesWhatContradictsOrIsMissing) {
     EXPECT_THROW(Parse(arguments), UsageError);
   }
   EXPECT_NO_THROW(Parse({"-", "--from-file", "x"}));
+  EXPECT_EQ(Parse({"a", "--max-pixels", "1"}).limits.maxPixels, 1u);
+  EXPECT_EQ(Parse({"a", "--max-pixels", "1099511627776"}).limits.maxPixels, uint64_t{1} << 40);
+  EXPECT_THROW(Parse({"a", "--max-pixels", "1099511627777"}), UsageError);
   EXPECT_NO_THROW(Parse({"--from-file", "-", "-j", "256", "--compression", "0"}));
 }
 
