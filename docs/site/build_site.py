@@ -104,16 +104,28 @@ def write_manual(folder: pathlib.Path) -> None:
     (folder / "command.md").write_text("\n".join(lines), "utf-8")
 
 
-def undocumented(html: pathlib.Path) -> List[str]:
-    """Exports, and names of the Python package, without an entry in the reference."""
-    sys.path.insert(0, str(ROOT / "bindings/python/src"))
+def public_names() -> Dict[str, List[str]]:
+    """What the pages of the reference have to show, found in the simplest way there is."""
     package = (ROOT / "bindings/python/src/jtpdf/__init__.py").read_text("utf-8")
-    public = re.findall(r'"(\w+)"', re.search(r"__all__ = \[(.*?)\]", package, re.DOTALL)[1])
-    exports = (ROOT / "src/jtpdf.exports").read_text().split()
-    shown = {page: (html / "reference" / page).read_text("utf-8") for page in ("c.html", "python.html")}
-    return [f"{name} has no entry in {page}" for page, prefix, names in (
-        ("c.html", "c.", exports), ("python.html", "jtpdf.", public)) for name in names
-        if f'id="{prefix}{name}"' not in shown[page]]
+    cpp = (HEADERS / "jtpdf.hpp").read_text("utf-8")
+    cpp = re.sub(r"^namespace detail .*?^}  // namespace detail| private:.*?^};|^}  // namespace jtpdf.*", "",
+                 cpp, flags=re.DOTALL | re.MULTILINE)
+    return {
+        "c.html": (ROOT / "src/jtpdf.exports").read_text().split(),
+        "cpp.html": re.findall(r"^(?:class|struct) (?:\[\[\w+\]\] )?(\w+)(?! *<|::)\b", cpp, re.MULTILINE)
+        + re.findall(r"^  (?!return)(?:static |constexpr )*[\w:]+[&*]? (\w+)\(.*[{;,]$", cpp, re.MULTILINE),
+        "python.html": re.findall(r'"(\w+)"', re.search(r"__all__ = \[(.*?)\]", package, re.DOTALL)[1]),
+    }
+
+
+def undocumented(html: pathlib.Path) -> List[str]:
+    """Names of the interface without an entry in the reference."""
+    missing = []
+    for page, names in public_names().items():
+        text = (html / "reference" / page).read_text("utf-8")
+        shown = re.findall(r'<span class="sig-name descname">(?:<span class="\w+">)*(\w+)', text)
+        missing += [f"{name} has no entry in {page}" for name in names if name not in shown]
+    return missing
 
 
 def main() -> None:

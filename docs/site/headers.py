@@ -39,10 +39,11 @@ ASSERTED = re.compile(r"(?:/\*(?:(?!\*/).)*\*/\n)?^JTPDF_STATIC_ASSERT\(.*?\);$"
 
 def _branches(text: str, is_cpp: bool) -> str:
     """The text as the preprocessor would leave it for a compiler of the language."""
+    conditions = {"#ifdef __cplusplus": is_cpp, "#if __cplusplus < 201703L": False}
     kept, taken = [], [True]
     for line in re.sub(r"\\\n", "", text).split("\n"):
         if line.startswith("#if"):
-            taken.append(is_cpp or not line.endswith("__cplusplus"))
+            taken.append(conditions.get(line, True))
         elif line.startswith("#else"):
             taken[-1] = not taken[-1]
         elif line.startswith("#endif"):
@@ -112,6 +113,7 @@ class _Reader:
         self.found: List[Item] = []
         self.code = self.comment = ""
         self.near: Optional[bool] = False  # behind a declaration; nothing behind a namespace
+        self.is_described = False  # the last declaration, by a text behind it
         self.new_line = True
         self.is_private = False
 
@@ -162,14 +164,17 @@ class _Reader:
         if last.text:  # it was before several declarations, then
             self.found.insert(-1, Item("remark", text=last.text))
         last.text, last.shares = text, False
+        self.is_described = True
 
     def _declare(self, members: List[Item]) -> None:
-        item = _item(self.code, self.comment, bool(self.near) and not self.comment)
+        shares = bool(self.near) and not self.comment and not self.is_described
+        item = _item(self.code, self.comment, shares)
         if self.code and not self.is_private and not _is_repeated(item, self.found):
             item.members = members
             self.found.append(item)
         self.code = self.comment = ""
         self.near = None if item.kind == "namespace" else True
+        self.is_described = False
 
 
 def read(text: str, is_cpp: bool) -> List[Item]:

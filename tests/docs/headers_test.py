@@ -30,6 +30,11 @@ class Headers(unittest.TestCase):
                          [("remark", "", "Units."), ("variable", "const double in", "72"),
                           ("variable", "const double pt", "")])
 
+    def test_what_stands_behind_a_declaration_is_for_that_one_alone(self) -> None:
+        items = headers.read("enum class E : int {\n  a,  // first\n  b,\n  c\n};\n", True)[0].members
+        self.assertEqual([(one.code, one.text, one.shares) for one in items],
+                         [("a", "first", False), ("b", "", False), ("c", "", True)])
+
     def test_a_comment_before_an_empty_line_stands_for_itself(self) -> None:
         self.assertEqual(read("/* About all. */\n\nint A(void);\n"),
                          [("remark", "", "About all."), ("function", "int A(void)", "")])
@@ -42,6 +47,10 @@ class Headers(unittest.TestCase):
         text = "#ifdef __cplusplus\nclass T;\n#else\ntypedef struct T T;\n#endif\n"
         self.assertEqual(read(text), [("struct", "typedef struct T T", "")])
         self.assertEqual(read(text, True), [("class", "class T", "")])
+
+    def test_a_language_that_is_too_old_is_none_of_ours(self) -> None:
+        text = "#ifndef X\n#if __cplusplus < 201703L\n#error old\n#else\nint A();\n#endif\n#endif\n"
+        self.assertEqual(read(text, True), [("function", "int A()", "")])
 
     def test_an_enumeration_of_a_fixed_type_is_one_in_c(self) -> None:
         item, = headers.read("/* Kind. */\ntypedef int32_t Kind;\nenum {\n  kA = 0, /* first */\n"
