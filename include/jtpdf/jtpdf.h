@@ -64,6 +64,7 @@
 
 #include "jtpdf/diagnostics.h"
 #include "jtpdf/types.h"
+#include "jtpdf/version.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,12 +1,10 @@
 // jtpdf.hpp - the C++ face of jtpdf.h: the same calls with types, exceptions and UTF-8. C++17.
 //
 //     using namespace jtpdf::literals;
-//     const jtpdf::Box sheet{0_mm, 0_mm, 210_mm, 297_mm};
 //
 //     auto doc = jtpdf::Document::file("out.pdf", jtpdf::millimeter);
-//     doc.set_canvas_box(sheet);
 //     doc.fill_rectangle({2_cm, 2_cm, 6_cm, 4_cm, 15_deg}, 0xff8000_rgb);
-//     doc.write_page(doc.write_canvas(), sheet);
+//     doc.add_page(jtpdf::paper::a4);
 //     doc.finish();
 //
 // The header only calls the C interface, whose conventions all hold; jtpdf.h says what each call
@@ -27,9 +25,13 @@
 //    where, thrown before the document is touched.
 // 5. Lengths carry their unit and are converted to the document's. A length that has the document's
 //    unit reaches the C call unchanged, to the last bit.
-// 6. Images, forms and colour spaces are types of their own: a form is no image.
+// 6. Images, forms and colour spaces are types of their own, and know their document: a form is no
+//    image, and an image of another document is an Error.
 //
-// 7. A document has at most 10^10 bytes: readers take no more than ten digits for a position in it.
+// 7. Numbers that no file should have are an Error that names the argument: what is not finite, a
+//    negative line width, an image without pixels, and a negative extent of anything but an image
+//    that is drawn, which it mirrors.
+// 8. A document has at most 10^10 bytes: readers take no more than ten digits for a position in it.
 //    What would go beyond is an Error, std::errc::file_too_large, before it is written.
 //
 // A document that was moved from or discarded may only be assigned to or destroyed.
@@ -43,7 +45,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -109,10 +113,37 @@ class Length {
   friend constexpr Length operator*(Length a, double n) noexcept { return {a.value_ * n, a.unit_}; }
   friend constexpr Length operator*(double n, Length a) noexcept { return {n * a.value_, a.unit_}; }
   friend constexpr Length operator/(Length a, double n) noexcept { return {a.value_ / n, a.unit_}; }
+  // How often one goes into the other.
+  friend constexpr double operator/(Length a, Length b) noexcept {
+    return a.value_ / b.in(a.unit_);
+  }
+  constexpr Length& operator+=(Length other) noexcept { return *this = *this + other; }
+  constexpr Length& operator-=(Length other) noexcept { return *this = *this - other; }
+  constexpr Length& operator*=(double n) noexcept { return *this = *this * n; }
+  constexpr Length& operator/=(double n) noexcept { return *this = *this / n; }
   friend constexpr bool operator==(Length a, Length b) noexcept {
     return a.value_ == b.in(a.unit_);
   }
   friend constexpr bool operator!=(Length a, Length b) noexcept { return !(a == b); }
+  friend constexpr bool operator<(Length a, Length b) noexcept { return a.value_ < b.in(a.unit_); }
+  friend constexpr bool operator>(Length a, Length b) noexcept { return a.value_ > b.in(a.unit_); }
+  friend constexpr bool operator<=(Length a, Length b) noexcept {
+    return a.value_ <= b.in(a.unit_);
+  }
+  friend constexpr bool operator>=(Length a, Length b) noexcept {
+    return a.value_ >= b.in(a.unit_);
+  }
+
+  // "20 mm"; in points where the unit has no name.
+  friend std::ostream& operator<<(std::ostream& stream, Length length) {
+    const char* const name = length.unit_ == inch         ? " in"
+                             : length.unit_ == centimeter ? " cm"
+                             : length.unit_ == millimeter ? " mm"
+                                                          : " pt";
+    const bool named = length.unit_ == inch || length.unit_ == centimeter ||
+                       length.unit_ == millimeter || length.unit_ == point;
+    return stream << (named ? length.value_ : length.in(point)) << name;
+  }
 
  private:
   double value_ = 0;
@@ -132,8 +163,7 @@ struct Angle {
   friend constexpr bool operator!=(Angle a, Angle b) noexcept { return !(a == b); }
 };
 
-// Lower-left corner and extent, y upwards, turned by an angle. Nothing is checked: a negative
-// extent mirrors an image, as in the C interface.
+// Lower-left corner and extent, y upwards, turned by an angle.
 struct Box {
   Length left;
   Length bottom;
@@ -145,6 +175,23 @@ struct Box {
   constexpr Box inset(Length dx, Length dy) const noexcept {
     return {left + dx, bottom + dy, width - 2 * dx, height - 2 * dy, angle};
   }
+  // The largest box in the middle of this one that is as wide to its height as width to height; for
+  // an image its pixels.
+  constexpr Box fit(double across, double up) const noexcept {
+    const bool bound_by_width = width * up < height * across;
+    const Length w = bound_by_width ? width : height * across / up;
+    const Length h = bound_by_width ? width * up / across : height;
+    return {left + (width - w) / 2, bottom + (height - h) / 2, w, h, angle};
+  }
+  // The box for an image that is to stand in this one turned counter-clockwise by so many quarters:
+  // an image drawn in the result covers this box.
+  constexpr Box quarter_turned(int quarters) const noexcept {
+    const Angle turned{angle.degrees + 90.0 * (quarters % 4)};
+    if (quarters % 2 == 0) return {left, bottom, width, height, turned};
+    return {left + (width - height) / 2, bottom + (height - width) / 2, height, width, turned};
+  }
+  // The box on its side: a sheet that is wider than high.
+  constexpr Box landscape() const noexcept { return {left, bottom, height, width, angle}; }
 
   friend constexpr bool operator==(const Box& a, const Box& b) noexcept {
     return a.left == b.left && a.bottom == b.bottom && a.width == b.width && a.height == b.height &&
@@ -240,6 +287,20 @@ constexpr Color operator""_rgb() {
 
 }  // namespace literals
 
+// ---- Sheets -----------------------------------------------------------------------------------
+
+// Upright, at the origin; a4.landscape() is wider than high.
+namespace paper {
+
+inline constexpr Box a3{{}, {}, {297, millimeter}, {420, millimeter}};
+inline constexpr Box a4{{}, {}, {210, millimeter}, {297, millimeter}};
+inline constexpr Box a5{{}, {}, {148, millimeter}, {210, millimeter}};
+inline constexpr Box a6{{}, {}, {105, millimeter}, {148, millimeter}};
+inline constexpr Box letter{{}, {}, {8.5, inch}, {11, inch}};
+inline constexpr Box legal{{}, {}, {8.5, inch}, {14, inch}};
+
+}  // namespace paper
+
 // ---- Errors -----------------------------------------------------------------------------------
 
 // What is no system error. Other codes are errno values, of std::generic_category():
@@ -311,6 +372,16 @@ using ElementOf = std::enable_if_t<
     std::is_convertible_v<decltype(std::size(std::declval<const Range&>())), std::size_t>,
     std::remove_cv_t<std::remove_pointer_t<decltype(std::data(std::declval<const Range&>()))>>>;
 
+// Whether a range holds its elements itself, so that they go when it goes, and is no view.
+template <typename Range, typename = void>
+inline constexpr bool kIsStdArray = false;
+template <typename Range>
+inline constexpr bool kIsStdArray<Range, std::void_t<decltype(std::tuple_size<Range>::value)>> =
+    true;
+template <typename Range>
+inline constexpr bool kOwns =
+    !std::is_trivially_copyable_v<Range> || std::is_array_v<Range> || kIsStdArray<Range>;
+
 template <typename Element>
 inline constexpr bool kIsByte = sizeof(Element) == 1 && std::is_trivially_copyable_v<Element> &&
                                 !std::is_same_v<Element, bool>;
@@ -343,6 +414,21 @@ class Bytes {
   std::size_t size_ = 0;
 };
 
+// The same for what is kept beyond a call: no bytes of a temporary, which would be gone by then.
+class LastingBytes : public Bytes {
+ public:
+  constexpr LastingBytes() noexcept = default;
+  constexpr LastingBytes(const Bytes& bytes) noexcept : Bytes(bytes) {}
+  LastingBytes(const void* data, std::size_t size) noexcept : Bytes(data, size) {}
+  template <typename Range, typename = std::enable_if_t<detail::kIsByte<detail::ElementOf<Range>>>>
+  LastingBytes(const Range& range) noexcept : Bytes(range) {}
+  template <typename Range, typename = std::enable_if_t<detail::kIsByte<detail::ElementOf<Range>> &&
+                                                        detail::kOwns<Range>>>
+  LastingBytes(const Range&& range) = delete;
+  template <std::size_t kSize>
+  LastingBytes(const char (&)[kSize]) = delete;
+};
+
 // ---- Images -----------------------------------------------------------------------------------
 
 // The number of an object of one kind in one document. What comes from write_image and so on is
@@ -353,6 +439,11 @@ class ObjectNumber {
   explicit constexpr ObjectNumber(int number) noexcept : number_(number) {}
   constexpr int number() const noexcept { return number_; }
 
+  // A number that says whose it is, 0 for anybody's; how documents know their own.
+  explicit constexpr ObjectNumber(int number, std::uint32_t document) noexcept
+      : number_(number), document_(document) {}
+  constexpr std::uint32_t document() const noexcept { return document_; }
+
   friend constexpr bool operator==(ObjectNumber a, ObjectNumber b) noexcept {
     return a.number_ == b.number_;
   }
@@ -360,6 +451,7 @@ class ObjectNumber {
 
  private:
   int number_;
+  std::uint32_t document_ = 0;
 };
 
 using Image = ObjectNumber<struct ImageKind>;      // from write_image...
@@ -396,32 +488,48 @@ class ColorSpace {
   static const ColorSpace rgb;
   static const ColorSpace cmyk;  // always declared inverted
 
-  constexpr ColorSpace(Profile profile) noexcept
-      : ColorSpace(kPdfColorSpaceICC, profile.number()) {}
+  constexpr ColorSpace(Profile profile) noexcept : kind_(kPdfColorSpaceICC), profile_(profile) {}
   // Any pair that the C interface takes.
   explicit constexpr ColorSpace(TPdfColorSpace kind, std::int32_t object = 0) noexcept
-      : kind_(kind), object_(object) {}
+      : kind_(kind), profile_(object) {}
 
   constexpr TPdfColorSpace kind() const noexcept { return kind_; }
-  constexpr std::int32_t object() const noexcept { return object_; }
+  constexpr std::int32_t object() const noexcept { return profile_.number(); }
+  constexpr Profile profile() const noexcept { return profile_; }
 
  private:
   TPdfColorSpace kind_;
-  std::int32_t object_;
+  Profile profile_;  // 0 where there is none
 };
 
 inline constexpr ColorSpace ColorSpace::gray{kPdfColorSpaceGray};
 inline constexpr ColorSpace ColorSpace::rgb{kPdfColorSpaceRGB};
 inline constexpr ColorSpace ColorSpace::cmyk{kPdfColorSpaceCMYK};
 
-// An image that is encoded already. Width and height are pixels; nothing is checked.
-struct ImageData {
+// An image that is to be written: an ImageData, or its members in braces. These may have the bytes
+// of a temporary, as they are read during the call.
+struct ImageArgument {
   Bytes bytes;
   Compression compression = Compression::jpeg;
   std::int32_t width = 0;
   std::int32_t height = 0;
   std::int32_t bits_per_component = 8;
   ColorSpace color_space = ColorSpace::rgb;
+};
+
+// An image that is encoded already. Width and height are pixels; whether they agree with the bytes
+// is not checked.
+struct ImageData {
+  LastingBytes bytes;
+  Compression compression = Compression::jpeg;
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+  std::int32_t bits_per_component = 8;
+  ColorSpace color_space = ColorSpace::rgb;
+
+  operator ImageArgument() const noexcept {
+    return {bytes, compression, width, height, bits_per_component, color_space};
+  }
 };
 
 // An extra entry of an image's dictionary; JTPDFDictionaryItem says what becomes of the key.
@@ -601,9 +709,18 @@ inline std::uint32_t size_in_32_bits(Bytes bytes, const char* function) {
   return static_cast<std::uint32_t>(bytes.size());
 }
 
-inline TPdfImageDescriptor descriptor(const ImageData& image, const char* function) {
+[[noreturn]] inline void throw_bad_number(Place place, const char* part, double value) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%g", value);
+  throw Error(place.function, std::string(place.argument) + part + " is " + text,
+              std::errc::invalid_argument);
+}
+
+inline TPdfImageDescriptor descriptor(const ImageArgument& image, Place place) {
+  if (image.width < 1) throw_bad_number(place, ".width", image.width);
+  if (image.height < 1) throw_bad_number(place, ".height", image.height);
   return {image.bytes.data(),
-          size_in_32_bits(image.bytes, function),
+          size_in_32_bits(image.bytes, place.function),
           static_cast<TPdfCompression>(image.compression),
           image.width,
           image.height,
@@ -611,6 +728,59 @@ inline TPdfImageDescriptor descriptor(const ImageData& image, const char* functi
           image.color_space.kind(),
           image.color_space.object()};
 }
+
+// Whether a negative extent means anything.
+enum class Extent : bool { is_size, mirrors };
+
+[[noreturn]] inline void throw_bad_box(const JTPDFRect& rect, Place place) {
+  const std::pair<const char*, double> parts[] = {{".left", rect.left},
+                                                  {".bottom", rect.bottom},
+                                                  {".width", rect.width},
+                                                  {".height", rect.height},
+                                                  {".angle", rect.angle}};
+  for (const auto& [part, value] : parts) {
+    if (!std::isfinite(value)) throw_bad_number(place, part, value);
+  }
+  const auto& [part, value] = parts[rect.width < 0 ? 2 : 3];
+  throw_bad_number(place, part, value);
+}
+
+inline JTPDFRect sound(const JTPDFRect& rect, Place place, Extent extent) {
+  const bool finite = std::isfinite(rect.left) && std::isfinite(rect.bottom) &&
+                      std::isfinite(rect.width) && std::isfinite(rect.height) &&
+                      std::isfinite(rect.angle);
+  const bool positive = rect.width >= 0 && rect.height >= 0;
+  if (!finite || !(positive || extent == Extent::mirrors)) throw_bad_box(rect, place);
+  return rect;
+}
+
+inline double sound_width(double width, const char* function) {
+  if (!(width >= 0) || !std::isfinite(width)) {
+    throw_bad_number({function, "line_width"}, "", width);
+  }
+  return width;
+}
+
+inline double sound_points(Unit unit, const char* function) {
+  const double points = unit.points();
+  if (!(points > 0) || !std::isfinite(points)) throw_bad_number({function, "unit"}, "", points);
+  return points;
+}
+
+// A number for each document of the process, and 0 for none.
+inline std::uint32_t next_document() noexcept {
+  static std::atomic<std::uint32_t> count{0};
+  const std::uint32_t number = ++count;
+  return number != 0 ? number : ++count;
+}
+
+// The largest sheet on every side of the origin: what hides nothing of any page.
+inline constexpr Box kEverywhere{{-200, inch}, {-200, inch}, {400, inch}, {400, inch}};
+
+// std::filesystem::path and its like, without that header.
+template <typename Path>
+using IfPath = std::enable_if_t<
+    std::is_convertible_v<decltype(std::declval<const Path&>().native()), std::string_view>>;
 
 inline JTPDFRGBColor rgb_color(Color color) noexcept {
   return {color.red, color.green, color.blue, color.alpha};
@@ -738,6 +908,16 @@ inline constexpr bool kTakesView = std::is_invocable_v<Write&, std::string_view>
 template <typename Write>
 inline constexpr bool kTakesPointer = std::is_invocable_v<Write&, const char*, std::size_t>;
 
+// What the function returns.
+template <typename Write, typename = void>
+struct ResultOf {
+  using type = std::invoke_result_t<Write&, const char*, std::size_t>;
+};
+template <typename Write>
+struct ResultOf<Write, std::enable_if_t<kTakesView<Write>>> {
+  using type = std::invoke_result_t<Write&, std::string_view>;
+};
+
 template <typename Write>
 class FunctionOutput final : public Output {
  public:
@@ -746,26 +926,22 @@ class FunctionOutput final : public Output {
 
  private:
   std::int32_t take(const char* data, std::size_t size) override {
-    if constexpr (kTakesView<Write>) {
-      return code_of([&]() -> decltype(auto) { return write_(std::string_view(data, size)); });
+    using Result = typename ResultOf<Write>::type;
+    if constexpr (std::is_void_v<Result>) {
+      call(data, size);
+      return 0;
+    } else if constexpr (std::is_same_v<Result, bool>) {
+      return call(data, size) ? 0 : EIO;
     } else {
-      return code_of([&]() -> decltype(auto) { return write_(data, size); });
+      return call(data, size);
     }
   }
 
-  template <typename Call>
-  static std::int32_t code_of(const Call& call) {
-    using Result = std::decay_t<decltype(call())>;
-    static_assert(
-        std::is_void_v<Result> || std::is_same_v<Result, bool> || std::is_same_v<Result, int>,
-        "the function returns nothing, true for success, or a code that is 0 for success");
-    if constexpr (std::is_void_v<Result>) {
-      call();
-      return 0;
-    } else if constexpr (std::is_same_v<Result, bool>) {
-      return call() ? 0 : EIO;
+  decltype(auto) call(const char* data, std::size_t size) {
+    if constexpr (kTakesView<Write>) {
+      return write_(std::string_view(data, size));
     } else {
-      return call();
+      return write_(data, size);
     }
   }
 
@@ -786,12 +962,16 @@ struct Credits {
 // thread at a time.
 class [[nodiscard]] Document {
  public:
-  // Creates the file and opens it, truncating what is there. The path is UTF-8, like all text; a
-  // std::filesystem::path gives it by native().
+  // Creates the file and opens it, truncating what is there. The path is UTF-8, like all text, or a
+  // std::filesystem::path.
   static Document file(std::string_view path, Unit unit = point, const Credits& credits = {}) {
     Document doc = unopened_file(path, unit, credits);
     doc.open();
     return doc;
+  }
+  template <typename Path, typename = detail::IfPath<Path>>
+  static Document file(const Path& path, Unit unit = point, const Credits& credits = {}) {
+    return file(std::string_view(path.native()), unit, credits);
   }
 
   // A document whose bytes() can be fetched when it is finished.
@@ -816,6 +996,10 @@ class [[nodiscard]] Document {
       typename Write, typename Function = std::decay_t<Write>,
       typename = std::enable_if_t<detail::kTakesView<Function> || detail::kTakesPointer<Function>>>
   static Document to(Write&& write, Unit unit = point) {
+    using Result = typename detail::ResultOf<Function>::type;
+    static_assert(
+        std::is_void_v<Result> || std::is_same_v<Result, bool> || std::is_same_v<Result, int>,
+        "the function returns nothing, true for success, or a code that is 0 for success");
     return opened(std::make_unique<detail::FunctionOutput<Function>>(std::forward<Write>(write)),
                   unit);
   }
@@ -828,14 +1012,19 @@ class [[nodiscard]] Document {
     const detail::WideText wide_path(path, {kFunction, "path"}, detail::Pairs::as_they_are);
     const detail::WideText creator(credits.creator, {kFunction, "creator"});
     const detail::WideText author(credits.author, {kFunction, "author"});
-    Document doc(
-        CreateFilePdfDoc(unit.points(), wide_path.c_str(), creator.c_str(), author.c_str()), unit,
-        kFile);
+    const double points = detail::sound_points(unit, kFunction);
+    Document doc(CreateFilePdfDoc(points, wide_path.c_str(), creator.c_str(), author.c_str()), unit,
+                 kFile);
     doc.path_ = path;
     return doc;
   }
+  template <typename Path, typename = detail::IfPath<Path>>
+  static Document unopened_file(const Path& path, Unit unit = point, const Credits& credits = {}) {
+    return unopened_file(std::string_view(path.native()), unit, credits);
+  }
   static Document unopened_memory(Unit unit = point) {
-    return Document(CreateMemoryPdfDoc(unit.points()), unit, kMemory);
+    const double points = detail::sound_points(unit, "CreateMemoryPdfDoc");
+    return Document(CreateMemoryPdfDoc(points), unit, kMemory);
   }
 
   // What was moved from may only be assigned to or destroyed.
@@ -848,6 +1037,8 @@ class [[nodiscard]] Document {
     std::swap(unit_, moved.unit_);
     std::swap(kind_, moved.kind_);
     std::swap(path_, moved.path_);
+    std::swap(identity_, moved.identity_);
+    std::swap(drawn_, moved.drawn_);
     std::swap(pages_, moved.pages_);
     std::swap(data_, moved.data_);
     std::swap(unfinished_, moved.unfinished_);
@@ -909,100 +1100,152 @@ class [[nodiscard]] Document {
   // -- The canvas
 
   // Removes all that was drawn since the last form; the canvas box stays.
-  void clear_canvas() { ClearPdfCanvas(handle()); }
-  // The extent of the next form: nothing outside it shows.
+  void clear_canvas() {
+    ClearPdfCanvas(handle());
+    drawn_ = false;
+  }
+  // The extent of the next form: nothing outside it shows. Where none is set, add_page() sets it to
+  // the sheet, and write_canvas() makes a form of which everything shows.
   Box canvas_box() const {
     const JTPDFRect rect = GetPdfCanvasBoundingBox(handle());
     return {rect.left * unit_, rect.bottom * unit_, rect.width * unit_, rect.height * unit_,
             Angle{rect.angle}};
   }
-  void set_canvas_box(const Box& box) { SetPdfCanvasBoundingBox(handle(), rect(box)); }
+  void set_canvas_box(const Box& box) {
+    SetPdfCanvasBoundingBox(handle(), rect(box, {"SetPdfCanvasBoundingBox", "box"}));
+  }
 
   // Draws the image over the whole canvas box, as it is at this moment.
-  void draw_image(Image image) { DrawPdfImage(handle(), image.number()); }
+  void draw_image(Image image) {
+    constexpr const char* kFunction = "DrawPdfImage";
+    if (!has_canvas_box()) {
+      throw Error(kFunction, "no canvas box is set for the image to cover",
+                  std::errc::invalid_argument);
+    }
+    DrawPdfImage(handle(), number_of(image, {kFunction, "image"}));
+    drawn_ = true;
+  }
   // Draws the image stretched into the box and turned with it; a negative extent mirrors.
   void draw_image(Image image, const Box& box) {
-    DrawPdfImageInRect(handle(), image.number(), rect(box));
+    constexpr const char* kFunction = "DrawPdfImageInRect";
+    DrawPdfImageInRect(handle(), number_of(image, {kFunction, "image"}),
+                       rect(box, {kFunction, "box"}, detail::Extent::mirrors));
+    drawn_ = true;
   }
   // Fill the box, stroke it, or do both, turned by its angle; a stroke lies half inside the box and
   // half outside.
   void fill_rectangle(const Box& box, Color fill) {
-    FillPdfRectangle(handle(), rect(box), detail::rgb_color(fill));
+    FillPdfRectangle(handle(), rect(box, {"FillPdfRectangle", "box"}), detail::rgb_color(fill));
+    drawn_ = true;
   }
   void stroke_rectangle(const Box& box, Color stroke, Length line_width) {
-    StrokePdfRectangle(handle(), rect(box), detail::rgb_color(stroke), line_width.in(unit_));
+    constexpr const char* kFunction = "StrokePdfRectangle";
+    StrokePdfRectangle(handle(), rect(box, {kFunction, "box"}), detail::rgb_color(stroke),
+                       width(line_width, kFunction));
+    drawn_ = true;
   }
   void fill_and_stroke_rectangle(const Box& box, Color fill, Color stroke, Length line_width) {
-    FillAndStrokePdfRectangle(handle(), rect(box), detail::rgb_color(fill),
-                              detail::rgb_color(stroke), line_width.in(unit_));
+    constexpr const char* kFunction = "FillAndStrokePdfRectangle";
+    FillAndStrokePdfRectangle(handle(), rect(box, {kFunction, "box"}), detail::rgb_color(fill),
+                              detail::rgb_color(stroke), width(line_width, kFunction));
+    drawn_ = true;
   }
   // Fills and strokes the ellipse in the box, the stroke inside. The angle is ignored; the line
-  // width and the colours stay in force on the canvas.
+  // width and the colours stay in force on the canvas. There is no ellipse without a fill or a
+  // stroke: Color::none is white here, and a stroke in the colour of the fill does not show.
   void fill_and_stroke_circle(const Box& box, Color fill, Color stroke, Length line_width) {
-    FillAndStrokePdfCircle(handle(), rect(box), detail::rgb_color(fill), detail::rgb_color(stroke),
-                           line_width.in(unit_));
+    constexpr const char* kFunction = "FillAndStrokePdfCircle";
+    FillAndStrokePdfCircle(handle(), rect(box, {kFunction, "box"}), detail::rgb_color(fill),
+                           detail::rgb_color(stroke), width(line_width, kFunction));
+    drawn_ = true;
   }
 
   // -- Objects
 
   // Writes the canvas as a form, and empties it.
   Form write_canvas() {
-    return Form(
-        write("WritePdfCanvas", [&](int* number) { return WritePdfCanvas(handle(), number); }));
+    const bool unbound = drawn_ && !has_canvas_box();
+    const JTPDFRect before = GetPdfCanvasBoundingBox(handle());
+    if (unbound) set_canvas_box(detail::kEverywhere);
+    const int number =
+        write("WritePdfCanvas", [&](int* form) { return WritePdfCanvas(handle(), form); });
+    if (unbound) SetPdfCanvasBoundingBox(handle(), before);
+    drawn_ = false;
+    return Form(number, identity_);
   }
 
   // Adds a page that shows the form; one form may serve several pages.
   void write_page(Form form, const CropBox& crop, const MediaBox& media) {
-    check("WritePdfPage",
-          [&] { return WritePdfPage(handle(), form.number(), rect(crop.box), rect(media.box)); });
-    ++pages_;
+    queue_page(form, rect(crop.box, {"WritePdfPage", "crop"}),
+               rect(media.box, {"WritePdfPage", "media"}));
   }
   // Adds a page that shows all of the sheet.
   void write_page(Form form, const Box& sheet) {
-    write_page(form, CropBox(sheet), MediaBox(sheet));
+    const JTPDFRect both = rect(sheet, {"WritePdfPage", "sheet"});
+    queue_page(form, both, both);
+  }
+
+  // Adds a page of what was drawn, with the sheet as the canvas box; the form of it may serve other
+  // pages, too.
+  Form add_page(const Box& sheet) { return add_page(CropBox(sheet), MediaBox(sheet)); }
+  Form add_page(const CropBox& crop, const MediaBox& media) {
+    rect(crop.box, {"WritePdfPage", "crop"});  // before anything is written
+    set_canvas_box(media.box);
+    const Form form = write_canvas();
+    write_page(form, crop, media);
+    return form;
+  }
+  // Adds a page that the image covers, and nothing else: the canvas is cleared first.
+  Form add_image_page(Image image, const Box& sheet) {
+    clear_canvas();
+    draw_image(image, sheet);
+    return add_page(sheet);
   }
 
   // Writes the image as it is encoded.
-  Image write_image(const ImageData& image, const ImageTags& tags = {}) {
+  Image write_image(const ImageArgument& image, const ImageTags& tags = {}) {
     return write_image(image, false, tags);
   }
   // Writes the image with a colour key: pixels whose components are all 255 are transparent.
-  Image write_image_without_white(const ImageData& image, const ImageTags& tags = {}) {
+  Image write_image_without_white(const ImageArgument& image, const ImageTags& tags = {}) {
     return write_image(image, true, tags);
   }
   // Writes the image with a soft mask: a grey image of any size, 0 is transparent.
-  Image write_image_with_alpha(const ImageData& image, const ImageData& alpha,
+  Image write_image_with_alpha(const ImageArgument& image, const ImageArgument& alpha,
                                const ImageTags& tags = {}) {
     constexpr const char* kFunction = "WritePdfImageWithAlpha";
-    const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
-    const TPdfImageDescriptor alpha_record = detail::descriptor(alpha, kFunction);
+    const TPdfImageDescriptor record = descriptor(image, {kFunction, "image"});
+    const TPdfImageDescriptor alpha_record = descriptor(alpha, {kFunction, "alpha"});
     const Arguments arguments(tags, kFunction);
     const std::uint64_t bytes = std::uint64_t{record.size} + alpha_record.size;
-    return Image(write_data(kFunction, bytes, [&](int* number) {
+    const int number = write_data(kFunction, bytes, [&](int* object) {
       return WritePdfImageWithAlpha(handle(), &record, &alpha_record, arguments.role,
                                     arguments.name.c_str(), arguments.items.count(),
-                                    arguments.items.data(), number);
-    }));
+                                    arguments.items.data(), object);
+    });
+    return Image(number, identity_);
   }
   // Writes JPEG 2000 data, which names its own colour space and alpha.
-  Image write_jpeg2000_image(const ImageData& image, const ImageTags& tags = {}) {
+  Image write_jpeg2000_image(const ImageArgument& image, const ImageTags& tags = {}) {
     constexpr const char* kFunction = "WritePdfImageJPEG2000";
-    const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
+    const TPdfImageDescriptor record = descriptor(image, {kFunction, "image"});
     const Arguments arguments(tags, kFunction);
-    return Image(write_data(kFunction, record.size, [&](int* number) {
+    const int number = write_data(kFunction, record.size, [&](int* object) {
       return WritePdfImageJPEG2000(handle(), &record, arguments.role, arguments.name.c_str(),
-                                   arguments.items.count(), arguments.items.data(), number);
-    }));
+                                   arguments.items.count(), arguments.items.data(), object);
+    });
+    return Image(number, identity_);
   }
 
   // Writes a profile for RGB data and the colour space made of it, for ImageData::color_space.
   Profile write_icc_profile(Bytes profile, Compression compression = Compression::none) {
     constexpr const char* kFunction = "WritePdfICCProfile";
     const std::uint32_t size = detail::size_in_32_bits(profile, kFunction);
-    return Profile(write_data(kFunction, size, [&](int* number) {
+    const int number = write_data(kFunction, size, [&](int* object) {
       return WritePdfICCProfile(handle(), profile.data(), size,
-                                static_cast<TPdfCompression>(compression), number);
-    }));
+                                static_cast<TPdfCompression>(compression), object);
+    });
+    return Profile(number, identity_);
   }
 
  private:
@@ -1024,26 +1267,59 @@ class [[nodiscard]] Document {
       : handle_(handle), unit_(unit), kind_(kind) {}
 
   static Document opened(std::unique_ptr<detail::Output> output, Unit unit) {
-    Document doc(CreateCallbackPdfDoc(unit.points(), &detail::Output::write, output.get()), unit,
-                 kOutput);
+    const double points = detail::sound_points(unit, "CreateCallbackPdfDoc");
+    Document doc(CreateCallbackPdfDoc(points, &detail::Output::write, output.get()), unit, kOutput);
     doc.output_ = std::move(output);
     doc.open();
     return doc;
   }
 
-  Image write_image(const ImageData& image, bool mask_white, const ImageTags& tags) {
+  Image write_image(const ImageArgument& image, bool mask_white, const ImageTags& tags) {
     constexpr const char* kFunction = "WritePdfImage";
-    const TPdfImageDescriptor record = detail::descriptor(image, kFunction);
+    const TPdfImageDescriptor record = descriptor(image, {kFunction, "image"});
     const Arguments arguments(tags, kFunction);
-    return Image(write_data(kFunction, record.size, [&](int* number) {
+    const int number = write_data(kFunction, record.size, [&](int* object) {
       return WritePdfImage(handle(), &record, mask_white, arguments.role, arguments.name.c_str(),
-                           arguments.items.count(), arguments.items.data(), number);
-    }));
+                           arguments.items.count(), arguments.items.data(), object);
+    });
+    return Image(number, identity_);
   }
 
-  JTPDFRect rect(const Box& box) const noexcept {
-    return {box.left.in(unit_), box.bottom.in(unit_), box.width.in(unit_), box.height.in(unit_),
-            box.angle.degrees};
+  JTPDFRect rect(const Box& box, detail::Place place,
+                 detail::Extent extent = detail::Extent::is_size) const {
+    return detail::sound({box.left.in(unit_), box.bottom.in(unit_), box.width.in(unit_),
+                          box.height.in(unit_), box.angle.degrees},
+                         place, extent);
+  }
+
+  double width(Length line_width, const char* function) const {
+    return detail::sound_width(line_width.in(unit_), function);
+  }
+
+  template <typename Kind>
+  int number_of(ObjectNumber<Kind> object, detail::Place place) const {
+    if (object.document() != identity_ && object.document() != 0) {
+      throw Error(place.function, std::string(place.argument) + " belongs to another document",
+                  std::errc::invalid_argument);
+    }
+    return object.number();
+  }
+
+  TPdfImageDescriptor descriptor(const ImageArgument& image, detail::Place place) const {
+    number_of(image.color_space.profile(), {place.function, "color_space"});
+    return detail::descriptor(image, place);
+  }
+
+  bool has_canvas_box() const noexcept {
+    const JTPDFRect box = GetPdfCanvasBoundingBox(handle());
+    return box.width != 0 || box.height != 0;
+  }
+
+  void queue_page(Form form, const JTPDFRect& crop, const JTPDFRect& media) {
+    constexpr const char* kFunction = "WritePdfPage";
+    const int number = number_of(form, {kFunction, "form"});
+    check(kFunction, [&] { return WritePdfPage(handle(), number, crop, media); });
+    ++pages_;
   }
 
   // Makes the call and throws for its code. A refusal sets no errno, so with 0 in it beforehand no
@@ -1093,7 +1369,9 @@ class [[nodiscard]] Document {
   std::unique_ptr<JTPDFDocument, detail::Destroy> handle_;
   Unit unit_;
   Kind kind_;
-  std::string path_;         // of a file
+  std::string path_;  // of a file
+  std::uint32_t identity_ = detail::next_document();
+  bool drawn_ = false;       // since the last form
   std::uint64_t pages_ = 0;  // how many are queued
   std::uint64_t data_ = 0;   // how many bytes of images and profiles were written
   bool unfinished_ = false;  // an open file that neither finish() nor an error has settled

@@ -160,7 +160,7 @@ TEST(JtpdfDocument, WritesImagesLikeC) {
                   jtpdf::Image(10));
         EXPECT_EQ(doc.write_jpeg2000_image({kPixels, Compression::jpeg2000, 5, 4}, {Role::text}),
                   jtpdf::Image(11));
-        const ImageData odd{{}, Compression(77), -1, 0, 99, ColorSpace(TPdfColorSpace(55), 66)};
+        const ImageData odd{{}, Compression(77), 1, 1, 99, ColorSpace(TPdfColorSpace(55), 66)};
         doc.write_image(odd, {Role(44)});
       }),
       WrittenByC([](JTPDFDocument* doc) {
@@ -174,8 +174,8 @@ TEST(JtpdfDocument, WritesImagesLikeC) {
         const TPdfImageDescriptor cmyk = {data, size, raw, 1, 2, 8, kPdfColorSpaceCMYK, 0};
         const TPdfImageDescriptor jpx = {data, size, kPdfCompressionJPEG2000, 5,
                                          4,    8,    kPdfColorSpaceRGB,       0};
-        const TPdfImageDescriptor odd = {nullptr, 0,  TPdfCompression(77), -1,
-                                         0,       99, TPdfColorSpace(55),  66};
+        const TPdfImageDescriptor odd = {nullptr, 0,  TPdfCompression(77), 1,
+                                         1,       99, TPdfColorSpace(55),  66};
         const JTPDFDictionaryItem items[] = {{"/JT/Shot", L"\u03B2"}, {"Lens", L""}};
         const JTPDFDictionaryItem item = {"K", L"v"};
         int number = 0;

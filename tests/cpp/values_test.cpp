@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <list>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -53,6 +54,34 @@ TEST(JtpdfLength, SumsAreInTheUnitOfTheFirst) {
   EXPECT_EQ(-(2 * 3_pt) / 4 * 2, -3.0_pt);
   EXPECT_EQ(1_in, 72_pt);
   EXPECT_NE(1_in, 1_cm);
+}
+
+TEST(JtpdfLength, IsComparedAndChangedWhateverTheUnits) {
+  static_assert(1_cm < 1_in && 1_in > 1_cm && !(72_pt < 1_in));
+  static_assert(72_pt <= 1_in && 72_pt >= 1_in && 1_cm <= 1_in && 1_in >= 1_cm);
+  static_assert(3_in / 36_pt == 6);
+  Length length = 1_in;
+  length += 36_pt;
+  EXPECT_EQ(length, 1.5_in);
+  length -= 1_in;
+  length *= 4;
+  length /= 2;
+  EXPECT_EQ(length, 1_in);
+  EXPECT_EQ(length.unit(), jtpdf::inch);
+}
+
+TEST(JtpdfLength, IsPrintedWithItsUnit) {
+  std::ostringstream stream;
+  stream << 20_mm << ", " << 1.5_cm << ", " << 2_in << ", " << -3_pt << ", " << 10 * Unit(0.24);
+  EXPECT_EQ(stream.str(), "20 mm, 1.5 cm, 2 in, -3 pt, 2.4 pt");
+}
+
+TEST(JtpdfVersion, IsTheProjects) {
+  EXPECT_EQ(JTPDF_VERSION_STRING, std::to_string(JTPDF_VERSION_MAJOR) + "." +
+                                      std::to_string(JTPDF_VERSION_MINOR) + "." +
+                                      std::to_string(JTPDF_VERSION_PATCH));
+  static_assert(JTPDF_VERSION ==
+                JTPDF_VERSION_MAJOR * 10000 + JTPDF_VERSION_MINOR * 100 + JTPDF_VERSION_PATCH);
 }
 
 TEST(JtpdfBox, InsetsLikeTheCFunction) {
@@ -106,6 +135,22 @@ TEST(JtpdfBytes, ViewNothingElse) {
   static_assert(std::is_trivially_copyable_v<Bytes>);
 }
 
+TEST(JtpdfLastingBytes, AreNoneOfATemporary) {
+  using jtpdf::LastingBytes;
+  static_assert(std::is_constructible_v<LastingBytes, const std::string&>);
+  static_assert(std::is_constructible_v<LastingBytes, std::string&>);
+  static_assert(std::is_constructible_v<LastingBytes, std::string_view>, "a view owns nothing");
+  static_assert(std::is_constructible_v<LastingBytes, Bytes>);
+  static_assert(!std::is_constructible_v<LastingBytes, std::string>);
+  static_assert(!std::is_constructible_v<LastingBytes, const std::vector<char>>);
+  static_assert(!std::is_constructible_v<LastingBytes, std::array<char, 3>>);
+  static_assert(!std::is_constructible_v<LastingBytes, const char(&)[4]>, "a literal's NUL");
+  static_assert(!std::is_constructible_v<LastingBytes, const std::vector<int>&>);
+#if __cplusplus >= 202002L
+  static_assert(std::is_constructible_v<LastingBytes, std::span<const unsigned char>>);
+#endif
+}
+
 TEST(JtpdfObjectNumber, KindsAndPlainNumbersDoNotMix) {
   using jtpdf::Form;
   using jtpdf::Image;
@@ -116,7 +161,6 @@ TEST(JtpdfObjectNumber, KindsAndPlainNumbersDoNotMix) {
   static_assert(!std::is_convertible_v<Image, int>);
   static_assert(std::is_convertible_v<Profile, jtpdf::ColorSpace>);
   static_assert(!std::is_constructible_v<jtpdf::ColorSpace, Image>);
-  static_assert(sizeof(Image) == sizeof(int));
   EXPECT_EQ(Image(7), Image(7));
   EXPECT_NE(Image(7), Image(8));
   EXPECT_EQ(Form(3).number(), 3);

@@ -14,5 +14,6 @@ endfunction()
 
 expect(CHANGELOG.md "\n## ([^\n]*)")
 expect(packaging/debian/changelog "^jtpdf \\(([^)]*)-[0-9]+\\)")
+expect(include/jtpdf/version.h "define JTPDF_VERSION_STRING \"([^\"]*)\"")
 expect(bindings/python/pyproject.toml "\nversion = \"([^\"]*)\"")
 expect(tools/jtpdf/jtpdf.1 "\\.TH JTPDF [^\n]*\"jtpdf ([^\"]*)\"")
