@@ -21,6 +21,13 @@ struct ImageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Of a file that breaks off.
+struct CutOff : ImageError {
+  CutOff()
+      : ImageError(
+            "ends before its picture does; the file was cut off, copy it again from its source") {}
+};
+
 enum class Format { kJpeg, kJpeg2000, kPng, kTiff, kWebp };
 
 enum class Colour { kGrey, kRgb, kCmyk };

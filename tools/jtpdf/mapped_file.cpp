@@ -54,7 +54,7 @@ void InstallHandler() {
 
 std::optional<size_t> TakeWatch() {
   for (size_t i = 0; i < gWatches.size(); ++i) {
-    if (!gWatches[i].taken.exchange(true)) return i;
+    if (!gWatches[i].taken && !gWatches[i].taken.exchange(true)) return i;
   }
   return std::nullopt;
 }

@@ -18,9 +18,6 @@ enum Marker : uint32_t {
   kEoc = 0xFFD9
 };
 
-constexpr auto kCutOff =
-    "ends before its picture does; the file was cut off, copy it again from its source";
-
 void Require(bool good, const char* what) {
   if (!good) {
     throw ImageError(std::string("is damaged: its JPEG 2000 header has ") + what +
@@ -75,8 +72,8 @@ size_t ReadStyle(Bytes cod, Jpeg2000Codestream* stream) {
   Require(cod.size() >= 10, "no whole coding style");
   const size_t levels = cod[5];
   const bool precincts = (cod[0] & 1) != 0;
-  Require(cod[1] <= 4 && Be16(&cod[2]) > 0 && cod[4] <= 1 && levels <= 32 && cod[6] <= 8 &&
-              cod[7] <= 8 && cod[6] + cod[7] <= 8 && cod[8] < 0x80 && cod[9] <= 1,
+  Require(cod[1] <= 4 && Be16(&cod[2]) > 0 && (cod[4] <= 1 || stream->extended) && levels <= 32 &&
+              cod[6] <= 8 && cod[7] <= 8 && cod[6] + cod[7] <= 8 && cod[8] < 0x80 && cod[9] <= 1,
           "a coding style that there is not");
   Require(cod.size() == 10 + (precincts ? levels + 1 : 0), "other precincts than levels");
   stream->extended = stream->extended || (cod[8] & 0x40) != 0;
@@ -100,12 +97,12 @@ size_t ReadMainHeader(Bytes bytes, Jpeg2000Codestream* stream) {
   Bytes size, style, quantisation;
   for (;;) {
     const Bytes head = Slice(bytes, at, 4);
-    if (head.empty()) throw ImageError(kCutOff);
+    if (head.empty()) throw CutOff();
     const uint32_t marker = Be16(head.data()), length = Be16(head.data() + 2);
     if (marker == kSot) break;
     Require(marker >= 0xFF00 && length >= 2, "no marker where one must be");
     const Bytes data = Slice(bytes, at + 4, length - 2);
-    if (data.size() != length - 2) throw ImageError(kCutOff);
+    if (data.size() != length - 2) throw CutOff();
     if (marker == kSiz) size = data;
     if (marker == kCod) style = data;
     if (marker == kQcd) quantisation = data;
@@ -141,13 +138,13 @@ void FindEnd(Bytes bytes, size_t at, Jpeg2000Codestream* stream) {
     Require(Be16(&part[2]) == 10 && tile < stream->tiles && (length == 0 || length >= 14),
             "a tile that there is not");
     if (length == 0) length = LastLength(bytes, at);
-    if (length > bytes.size() - at) throw ImageError(kCutOff);
+    if (length > bytes.size() - at) throw CutOff();
     ++tiles[tile].found;
     tiles[tile].promised = std::max<uint32_t>(tiles[tile].promised, part[11]);
     at += length;
   }
   for (const Parts& tile : tiles) {
-    if (tile.found < tile.promised) throw ImageError(kCutOff);
+    if (tile.found < tile.promised) throw CutOff();
   }
   stream->size = at + (stream->ended ? 2 : 0);
 }

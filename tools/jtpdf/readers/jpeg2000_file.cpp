@@ -137,8 +137,7 @@ size_t FindCodestream(Bytes file, uint64_t from) {
       std::search(begin, file.end(), kCodestreamMagic.begin(), kCodestreamMagic.end(),
                   [](uint8_t a, char b) { return a == static_cast<uint8_t>(b); });
   if (found == file.end()) {
-    throw ImageError(
-        "ends before its picture does; the file was cut off, copy it again from its source");
+    throw CutOff();
   }
   return static_cast<size_t>(found - file.begin());
 }

@@ -43,9 +43,6 @@ enum Marker : uint8_t {
   kTem = 0x01
 };
 
-constexpr auto kCutOff =
-    "ends before its picture does; the file was cut off, copy it again from its source";
-
 // The marker segments of a file up to its first scan, one after the other.
 class SegmentWalk {
  public:
@@ -61,7 +58,7 @@ class SegmentWalk {
       return true;
     }
     const Bytes length = Slice(file_, at_, 2);
-    if (length.empty()) throw ImageError(kCutOff);
+    if (length.empty()) throw CutOff();
     const uint32_t size = Be16(length.data());
     if (size < 2 && IsComment()) {  // decoders take it for an empty one
       stray += 2;
@@ -71,7 +68,7 @@ class SegmentWalk {
     }
     if (size < 2) throw ImageError("is damaged: a JPEG segment without its length; save it again");
     data = Slice(file_, at_ + 2, size - 2);
-    if (data.size() != size - 2) throw ImageError(kCutOff);
+    if (data.size() != size - 2) throw CutOff();
     at_ += size;
     return true;
   }
@@ -91,7 +88,7 @@ class SegmentWalk {
       stray += at_ - begin;
       const size_t padding = at_;
       while (at_ < file_.size() && file_[at_] == 0xFF) ++at_;
-      if (at_ == file_.size()) throw ImageError(kCutOff);
+      if (at_ == file_.size()) throw CutOff();
       if (file_[at_] != 0) return;  // FF 00 is data: an FF of the picture's own
       stray += at_ - padding;
     }
@@ -154,7 +151,7 @@ JpegFacts ReadFacts(Bytes file) {
   if (facts.frame == 0 || facts.firstScan == 0) {
     throw ImageError("is a JPEG file without a picture; save or export it again");
   }
-  if (facts.sof.size() < 6 || facts.sof.size() < 6 + 3u * facts.sof[5]) throw ImageError(kCutOff);
+  if (facts.sof.size() < 6 || facts.sof.size() < 6 + 3u * facts.sof[5]) throw CutOff();
   return facts;
 }
 
@@ -175,7 +172,7 @@ size_t FindEnd(Bytes file, const JpegFacts& facts) {
     if (length.empty()) break;
     at += 1 + Be16(length.data());
   }
-  throw ImageError(kCutOff);
+  throw CutOff();
 }
 
 bool NamedRgb(const JpegFacts& facts) {

@@ -52,9 +52,7 @@ PngFacts ReadFacts(Bytes file) {
     const Bytes head = Slice(file, at, 8);
     const Bytes chunk = head.empty() ? Bytes{} : Slice(file, at + 8, Be32(head.data()));
     if (head.empty() || chunk.size() != Be32(head.data())) {
-      throw ImageError(
-          "ends before its picture does; the file was cut off, copy it again from "
-          "its source");
+      throw CutOff();
     }
     const std::string_view name(reinterpret_cast<const char*>(&head[4]), 4);
     if (at == kSignature.size()) {

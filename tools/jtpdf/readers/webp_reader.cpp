@@ -31,8 +31,7 @@ Demuxer Demux(Bytes file) {
   WebPDemuxState state = WEBP_DEMUX_PARSE_ERROR;
   Demuxer demuxer(WebPDemuxPartial(&data, &state));
   if (state == WEBP_DEMUX_PARSING_HEADER || state == WEBP_DEMUX_PARSED_HEADER) {
-    throw ImageError(
-        "ends before its picture does; the file was cut off, copy it again from its source");
+    throw CutOff();
   }
   if (!demuxer || state != WEBP_DEMUX_DONE) {
     throw ImageError("is a damaged WebP file (libwebp cannot parse it); save the picture again");
