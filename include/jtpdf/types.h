@@ -116,6 +116,26 @@ typedef struct JTPDFDictionaryItem {
  * returns it, and the function is not called again. */
 typedef int32_t (*JTPDFWriteFunction)(void* context, const char* data, size_t size);
 
+/* One entry of a dictionary, for objects.h, which says what it may hold; both texts are UTF-8 or
+ * plain ASCII as PDF has them, up to a NUL. */
+typedef struct JTPDFEntry {
+  const char* key;
+  const char* value;
+} JTPDFEntry;
+
+/* Bytes of a stream's data; data may be null with size 0. */
+typedef struct JTPDFPiece {
+  const char* data;
+  size_t size;
+} JTPDFPiece;
+
+/* Encodes size bytes at data. Stores where the result is and its size, and returns 0; the result
+ * stays the host's and has to last until the function is called again or the document is gone. Any
+ * other value fails the call of the library that is under way, which returns it and writes nothing.
+ */
+typedef int32_t (*JTPDFEncodeFunction)(void* context, const char* data, size_t size,
+                                       const char** encoded, size_t* encodedSize);
+
 /* The binary interface: these layouts are promised for every library of SOVERSION 2. */
 JTPDF_STATIC_ASSERT(sizeof(wchar_t) == 4, "wide text is UTF-32: wchar_t must have 32 bits");
 JTPDF_STATIC_ASSERT(sizeof(TPdfColorSpace) == 4, "enumerations have 32 bits");

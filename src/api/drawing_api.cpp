@@ -7,15 +7,6 @@
 
 namespace {
 
-// Runs a writer that gives an object number; stores it on success only.
-template <typename Writer>
-int32_t GuardedWrite(const char* exportName, JTPDFDocument* doc, int* out, const Writer& write) {
-  int number = 0;
-  const int32_t code = GuardedCall(exportName, *doc, [&] { number = write(); });
-  if (code == 0 && out != nullptr) *out = number;
-  return code;
-}
-
 // Runs draw with the document's canvas.
 template <typename Draw>
 void Drawing(JTPDFDocument* doc, const Draw& draw) {

@@ -53,6 +53,16 @@ std::int32_t GuardedCall(char const* exportName, JTPDFDocument& doc, Body const&
   }
 }
 
+// Runs a writer that gives an object number; stores it on success only.
+template <typename Writer>
+std::int32_t GuardedWrite(char const* exportName, JTPDFDocument* doc, int* out,
+                          Writer const& write) {
+  int number = 0;
+  const std::int32_t code = GuardedCall(exportName, *doc, [&] { number = write(); });
+  if (code == 0 && out != nullptr) *out = number;
+  return code;
+}
+
 // Runs body for an export that has no code: where memory errors are codes, doc remembers one for
 // the next call that has.
 template <typename Body>

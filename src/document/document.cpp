@@ -9,8 +9,10 @@
 #include "document/graphics_state.h"
 #include "document/icc_profile.h"
 #include "document/images.h"
+#include "document/open_objects.h"
 #include "document/page_tree.h"
 #include "objects/diagnostic_note.h"
+#include "objects/value_format.h"
 #include "output/callback_sink.h"
 #include "output/file_sink.h"
 #include "output/memory_sink.h"
@@ -71,13 +73,54 @@ int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
 }
 
 int JTPDFDocument::WriteCanvas() {
-  return WriteForm(*this, canvas, graphicsStateObject);
+  return WriteForm(*this, canvas, graphicsStateObject, encoder);
 }
 
 void JTPDFDocument::WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox) {
-  if (pages.size() == pages.capacity()) pages.reserve(2 * pages.size() + 8);
+  pages.MakeRoom();
   const int contents = WritePageContents(*this, form);
-  pages.push_back({form, contents, cropBox.AsPoints(unitFactor), mediaBox.AsPoints(unitFactor)});
+  pages.Add({form, contents, kNoHostEntries, cropBox.AsPoints(unitFactor),
+             mediaBox.AsPoints(unitFactor)});
+}
+
+int JTPDFDocument::WriteObject(int object, char const* value) {
+  return ::WriteObject(*this, object, value);
+}
+
+int JTPDFDocument::WriteStream(int object, std::span<JTPDFEntry const> entries,
+                               std::span<JTPDFPiece const> pieces) {
+  return ::WriteStream(*this, object, entries, pieces);
+}
+
+namespace {
+
+void SetEntry(EntryTree& entries, char const* key, char const* value) {
+  if (!entries.Set(key, value)) {
+    RefuseArgument("An entry is not a path of names with one object");
+  }
+}
+
+}  // namespace
+
+void JTPDFDocument::SetCatalogEntry(char const* key, char const* value) {
+  SetEntry(catalogEntries, key, value);
+}
+
+void JTPDFDocument::SetPageEntry(char const* key, char const* value) {
+  SetEntry(pages.NextEntries(), key, value);
+}
+
+void JTPDFDocument::SetCanvasEntry(char const* key, char const* value) {
+  SetEntry(canvas.HostEntries(), key, value);
+}
+
+void JTPDFDocument::SetContentEncoder(char const* filter, JTPDFEncodeFunction encode,
+                                      void* context) {
+  encoder.Set(filter, encode, context);
+}
+
+void JTPDFDocument::AddBookmark(int level, wchar_t const* title, int page) {
+  outline.Add(level, title, page);
 }
 
 void JTPDFDocument::FinalizePages() {
@@ -88,11 +131,24 @@ void JTPDFDocument::FinalizeTrailer(int infoObject, int rootObject) {
   WriteTrailer(*this, infoObject, rootObject);
 }
 
-int JTPDFDocument::WriteCatalog(int pagesObject) {
-  const int number = BeginObject();
-  Compose() << "<<\r\n/Pages " << pagesObject << " 0 R\r\n/Type /Catalog\r\n>>\r\n";
-  EndObject();
-  return number;
+int JTPDFDocument::WriteCatalog(int pagesObject, int outlineObject) {
+  if (catalogEntries.IsEmpty() && outlineObject == 0) {
+    const int number = BeginObject();
+    Compose() << "<<\r\n/Pages " << pagesObject << " 0 R\r\n/Type /Catalog\r\n>>\r\n";
+    EndObject();
+    return number;
+  }
+  EntryTree entries = catalogEntries;
+  if (outlineObject != 0) entries.Overrule("/Outlines", AsRefString(outlineObject));
+  entries.Overrule("/Pages", AsRefString(pagesObject));
+  entries.Overrule("/Type", "/Catalog");
+  const std::string text = entries.AsString();
+  return WriteDict(std::string_view(text).substr(0, text.size() - kLineEnd.size()));
+}
+
+void JTPDFDocument::RequireComplete() const {
+  if (HasReserved()) RefuseArgument("An object number that was reserved is not used");
+  if (!outline.LeadsTo(pages.Pages().size())) RefuseArgument("A bookmark leads to no page");
 }
 
 void JTPDFDocument::Finalize(char const* closingText) {
@@ -104,14 +160,19 @@ void JTPDFDocument::Finalize(char const* closingText) {
   if (finalizing && IsSinkGood()) {
     Refuse("A pdf document that failed to be finalized is incomplete");
   }
+  if (IsSinkOpened() && !finalizing) RequireComplete();
   finalizing = IsSinkOpened();
+  const int firstPage = NextObject();
   FinalizePages();
-  const int rootObject = WriteCatalog(NextObject() - 1);
+  const int pagesObject = NextObject() - 1;
+  const int outlineObject = outline.IsEmpty() ? 0 : outline.Write(*this, firstPage);
+  const int rootObject = WriteCatalog(pagesObject, outlineObject);
   const int infoObject = information.Write(*this);
   FinalizeTrailer(infoObject, rootObject);
   if (closingText != nullptr) WriteLn(closingText);
   CloseSink();
   pages = {};
+  outline.Clear();
   graphicsStateObject = 0;
   finalized = true;
 }

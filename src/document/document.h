@@ -15,15 +15,18 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <utility>
-#include <vector>
 
+#include "document/content_encoder.h"
 #include "document/information.h"
+#include "document/outline.h"
 #include "document/pages.h"
 #include "graphics/box.h"
 #include "graphics/canvas.h"
 #include "jtpdf/types.h"
 #include "objects/dict.h"
+#include "objects/entry_tree.h"
 #include "output/object_writer.h"
 
 // Failures are std::ios_base::failure: those of the sink, and refusals of calls in the wrong
@@ -73,6 +76,16 @@ class JTPDFDocument : public ObjectWriter {
   // media box.
   void WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox);
 
+  // Objects, entries and bookmarks of the host's: see jtpdf/objects.h.
+  int WriteObject(int object, char const* value);
+  int WriteStream(int object, std::span<JTPDFEntry const> entries,
+                  std::span<JTPDFPiece const> pieces);
+  void SetCatalogEntry(char const* key, char const* value);
+  void SetPageEntry(char const* key, char const* value);
+  void SetCanvasEntry(char const* key, char const* value);
+  void SetContentEncoder(char const* filter, JTPDFEncodeFunction encode, void* context);
+  void AddBookmark(int level, wchar_t const* title, int page);
+
   // What Finalize writes: the queued pages and the tree above them, the root last; the
   // cross-reference table and the trailer; and the information dictionary.
   void FinalizePages();
@@ -92,12 +105,16 @@ class JTPDFDocument : public ObjectWriter {
   void SetMgMk(bool mark) { information.SetMark(mark); }
 
  private:
-  int WriteCatalog(int pagesObject);
+  void RequireComplete() const;
+  int WriteCatalog(int pagesObject, int outlineObject);
 
   const double unitFactor;
   DocumentInformation information;
   JTPDFCanvas canvas;
-  std::vector<QueuedPage> pages;
+  PageQueue pages;
+  EntryTree catalogEntries;
+  ContentEncoder encoder;
+  Outline outline;
   bool finalizing = false;
   bool finalized = false;
   int graphicsStateObject = 0;

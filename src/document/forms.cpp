@@ -18,6 +18,8 @@
 
 #include "document/forms.h"
 
+#include "objects/value_format.h"
+
 namespace {
 
 // The canvas's own dictionary holds the images drawn, "/Resources/XObject/Im2" = "2 0 R".
@@ -32,18 +34,54 @@ void WriteImageResources(ObjectWriter& out, JTPDFCanvas const& canvas) {
   out.Append(">>\r\n");
 }
 
-}  // namespace
-
-int WriteForm(ObjectWriter& out, JTPDFCanvas& canvas, int graphicsState) {
-  const std::string_view contents = canvas.GetContents().View();
-  const int number = out.BeginObject();
+void WriteEntries(ObjectWriter& out, JTPDFCanvas const& canvas, JTPDFBox const& extent,
+                  std::string_view filter, int graphicsState) {
   out.Append("<<\r\n/BBox ");
-  canvas.GetBoundingBox().AsPoints(canvas.UnitFactor()).WriteArray(out.Compose());
-  out.Compose() << "\r\n/FormType 1\r\n/Resources\r\n<<\r\n/ExtGState\r\n<<\r\n/GS0 "
-                << graphicsState << " 0 R\r\n>>\r\n";
+  extent.WriteArray(out.Compose()) << "\r\n";
+  if (!filter.empty()) {
+    out.Append("/Filter ");
+    out.Append(filter);
+    out.Append("\r\n");
+  }
+  out.Compose() << "/FormType 1\r\n/Resources\r\n<<\r\n/ExtGState\r\n<<\r\n/GS0 " << graphicsState
+                << " 0 R\r\n>>\r\n";
   if (!canvas.empty()) WriteImageResources(out, canvas);
   out.Append(">>\r\n/Subtype /Form\r\n/Type /XObject\r\n");
-  out.WriteStream(contents);
+}
+
+// The same entries over those of the host.
+std::string EntriesWithHosts(JTPDFCanvas& canvas, JTPDFBox const& extent, std::string_view filter,
+                             int graphicsState) {
+  EntryTree tree = canvas.HostEntries();
+  tree.Overrule("/BBox", extent.AsArray());
+  if (!filter.empty()) tree.Overrule("/Filter", filter);
+  tree.Overrule("/FormType", "1");
+  tree.Overrule("/Resources/ExtGState/GS0", AsRefString(graphicsState));
+  for (auto const& [key, reference] : canvas) tree.Overrule(key, reference);
+  tree.Overrule("/Subtype", "/Form");
+  tree.Overrule("/Type", "/XObject");
+  return "<<\r\n" + tree.AsString();
+}
+
+}  // namespace
+
+int WriteForm(ObjectWriter& out, JTPDFCanvas& canvas, int graphicsState,
+              ContentEncoder const& encoder) {
+  out.RequireWritable();
+  const JTPDFBox extent = canvas.GetBoundingBox().AsPoints(canvas.UnitFactor());
+  const ContentEncoder::Content content = encoder.Encode(canvas.GetContents().View());
+  std::string entries;
+  if (!canvas.HostEntries().IsEmpty()) {
+    entries = EntriesWithHosts(canvas, extent, content.filter, graphicsState);
+  }
+
+  const int number = out.BeginObject();
+  if (entries.empty()) {
+    WriteEntries(out, canvas, extent, content.filter, graphicsState);
+  } else {
+    out.Append(entries);
+  }
+  out.WriteStream(content.data);
   out.EndObject();
   canvas.Clear();
   return number;

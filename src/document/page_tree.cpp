@@ -46,11 +46,12 @@ int WriteLevel(ObjectWriter& out, int pageCount, int count, int perNode) {
 
 }  // namespace
 
-int WritePageTree(ObjectWriter& out, std::vector<QueuedPage> const& pages) {
-  const int pageCount = static_cast<int>(pages.size());
+int WritePageTree(ObjectWriter& out, PageQueue const& queue) {
+  const int pageCount = static_cast<int>(queue.Pages().size());
   const int firstParent = out.NextObject() + pageCount;
   for (int i = 0; i < pageCount; ++i) {
-    WritePage(out, pages[static_cast<std::size_t>(i)], firstParent + i / kFanOut);
+    QueuedPage const& page = queue.Pages()[static_cast<std::size_t>(i)];
+    WritePage(out, page, queue.EntriesOf(page), firstParent + i / kFanOut);
   }
   int count = pageCount;
   for (int perNode = kFanOut; count > kFanOut; perNode *= kFanOut) {

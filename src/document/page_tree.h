@@ -2,12 +2,10 @@
 #ifndef JTPDF_DOCUMENT_PAGE_TREE_H
 #define JTPDF_DOCUMENT_PAGE_TREE_H
 
-#include <vector>
-
 #include "document/pages.h"
 #include "output/object_writer.h"
 
 // Writes the pages and the tree, the root last; returns the root's number.
-int WritePageTree(ObjectWriter& out, std::vector<QueuedPage> const& pages);
+int WritePageTree(ObjectWriter& out, PageQueue const& queue);
 
 #endif  // JTPDF_DOCUMENT_PAGE_TREE_H

@@ -2,21 +2,79 @@
 
 #include "document/pages.h"
 
+#include <utility>
+
+#include "objects/value_format.h"
+
 int WritePageContents(ObjectWriter& out, int form) {
   TextBuffer<128> paint;
   paint << "q 1 0 0 1 0 0 cm /Fm" << form << " Do Q";
   return out.WriteDict({}, paint, true);
 }
 
-void WritePage(ObjectWriter& out, QueuedPage const& page, int parent) {
-  out.BeginObject();
+void PageQueue::MakeRoom() {
+  if (pages.size() == pages.capacity()) pages.reserve(2 * pages.size() + 8);
+  if (!nextEntries.IsEmpty() && entries.size() == entries.capacity()) {
+    entries.reserve(2 * entries.size() + 8);
+  }
+}
+
+void PageQueue::Add(QueuedPage page) {
+  page.hostEntries = kNoHostEntries;
+  if (!nextEntries.IsEmpty()) {
+    page.hostEntries = static_cast<int>(entries.size());
+    entries.push_back(std::exchange(nextEntries, {}));
+  }
+  pages.push_back(page);
+}
+
+EntryTree const* PageQueue::EntriesOf(QueuedPage const& page) const {
+  if (page.hostEntries == kNoHostEntries) return nullptr;
+  return &entries[static_cast<std::size_t>(page.hostEntries)];
+}
+
+namespace {
+
+void WriteEntries(ObjectWriter& out, QueuedPage const& page, int parent) {
   TextWriter& text = out.Compose();
-  text << "<<\r\n/Contents " << page.contents << " 0 R\r\n/CropBox ";
+  text << "/Contents " << page.contents << " 0 R\r\n/CropBox ";
   page.cropBox.WriteArray(text) << "\r\n/MediaBox ";
   page.mediaBox.WriteArray(text) << "\r\n/Parent " << parent << " 0 R\r\n";
   text << "/Resources\r\n<<\r\n/ProcSet [/PDF /ImageB /ImageC]\r\n/XObject\r\n<<\r\n/Fm"
        << page.form << ' ' << page.form << " 0 R\r\n>>\r\n>>\r\n/Type /Page\r\n";
   // Kept: the transparency group stands on one line, behind all other entries.
-  text << "/Group\r\n<<\r\n/CS /DeviceRGB /I false /K false /S /Transparency\r\n>>\r\n>>\r\n";
+  text << "/Group\r\n<<\r\n/CS /DeviceRGB /I false /K false /S /Transparency\r\n>>\r\n";
+}
+
+// The same entries over those of the host.
+std::string EntriesWithHosts(QueuedPage const& page, EntryTree tree, int parent) {
+  tree.Overrule("/Contents", AsRefString(page.contents));
+  tree.Overrule("/CropBox", page.cropBox.AsArray());
+  tree.Overrule("/Group/CS", "/DeviceRGB");
+  tree.Overrule("/Group/I", "false");
+  tree.Overrule("/Group/K", "false");
+  tree.Overrule("/Group/S", "/Transparency");
+  tree.Overrule("/MediaBox", page.mediaBox.AsArray());
+  tree.Overrule("/Parent", AsRefString(parent));
+  tree.Overrule("/Resources/ProcSet", "[/PDF /ImageB /ImageC]");
+  tree.Overrule("/Resources/XObject/Fm" + IntToStr(page.form, 0), AsRefString(page.form));
+  tree.Overrule("/Type", "/Page");
+  return tree.AsString();
+}
+
+}  // namespace
+
+void WritePage(ObjectWriter& out, QueuedPage const& page, EntryTree const* hostEntries,
+               int parent) {
+  std::string entries;
+  if (hostEntries != nullptr) entries = EntriesWithHosts(page, *hostEntries, parent);
+  out.BeginObject();
+  out.Append("<<\r\n");
+  if (hostEntries != nullptr) {
+    out.Append(entries);
+  } else {
+    WriteEntries(out, page, parent);
+  }
+  out.Append(">>\r\n");
   out.EndObject();
 }

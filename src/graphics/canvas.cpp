@@ -28,6 +28,7 @@ JTPDFCanvas::JTPDFCanvas(double unitFactor) : unitFactor(unitFactor) {
 void JTPDFCanvas::Clear() {
   contents.Clear();
   clear();
+  hostEntries.Clear();
   contents.Add("/GS0 gs");
 }
 

@@ -5,6 +5,7 @@
 #include "graphics/box.h"
 #include "graphics/color.h"
 #include "objects/dict.h"
+#include "objects/entry_tree.h"
 #include "objects/string_list.h"
 
 // The inherited dictionary holds the resource entries ("/Resources/XObject/Im12" = "12 0 R").
@@ -34,6 +35,11 @@ class JTPDFCanvas : public JTPDFDict {
     Rectangle(box, JTPDFColor::clNone, stroke, lineWidth);
   }
 
+  // Lines of a content stream as they are.
+  void Content(std::string_view operators) {
+    if (!operators.empty()) contents.Add(operators);
+  }
+
   // The ellipse inscribed in box, its stroke inside the box. The angle is ignored and clNone is a
   // colour like any other.
   void Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
@@ -42,6 +48,8 @@ class JTPDFCanvas : public JTPDFDict {
   void SetBoundingBox(JTPDFBox const& box) { boundingBox = box; }
   JTPDFBox const& GetBoundingBox() const { return boundingBox; }
   JTPDFStringList const& GetContents() const { return contents; }
+  // Entries of the host's for the next form, which Clear removes too.
+  EntryTree& HostEntries() { return hostEntries; }
   double UnitFactor() const { return unitFactor; }
   double SizeAsPoints(double length) const { return length * unitFactor; }
 
@@ -49,6 +57,7 @@ class JTPDFCanvas : public JTPDFDict {
   const double unitFactor;
   JTPDFStringList contents;
   JTPDFBox boundingBox;
+  EntryTree hostEntries;
 };
 
 #endif  // JTPDF_GRAPHICS_CANVAS_H

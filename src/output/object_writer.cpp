@@ -2,10 +2,22 @@
 
 #include "output/object_writer.h"
 
+#include <cerrno>
 #include <utility>
+
+namespace {
+
+constexpr std::streamoff kReserved = -2;
+
+}  // namespace
 
 void Refuse(char const* message) {
   throw std::ios_base::failure(message, std::io_errc::stream);
+}
+
+void RefuseArgument(char const* message) {
+  errno = EINVAL;
+  Refuse(message);
 }
 
 ObjectWriter::ObjectWriter(std::unique_ptr<Sink> sink) : sink(std::move(sink)) {}
@@ -77,6 +89,25 @@ int ObjectWriter::BeginObject() {
   const std::streamoff position = written + static_cast<std::streamoff>(lines->Size());
   Compose() << nextObject << " 0 obj\r\n";
   return AddToXRef(position);
+}
+
+int ObjectWriter::ReserveObject() {
+  RequireWritable();
+  ++reserved;
+  return AddToXRef(kReserved);
+}
+
+bool ObjectWriter::IsReserved(int object) const {
+  return object >= 0 && static_cast<std::size_t>(object) < positions.size() &&
+         positions[static_cast<std::size_t>(object)] == kReserved;
+}
+
+void ObjectWriter::BeginReserved(int object) {
+  RequireWritable(0);
+  positions[static_cast<std::size_t>(object)] =
+      written + static_cast<std::streamoff>(lines->Size());
+  --reserved;
+  Compose() << object << " 0 obj\r\n";
 }
 
 void ObjectWriter::BeginStream(std::size_t size) {

@@ -26,6 +26,8 @@
 
 // Throws std::ios_base::failure with message, for a call that the state of the document forbids.
 [[noreturn]] void Refuse(char const* message);
+// The same for a host's argument that cannot be written, with EINVAL.
+[[noreturn]] void RefuseArgument(char const* message);
 
 // Every member that writes is refused before the sink is open and fails behind a failure of it.
 // Nothing is rolled back then. Memory that runs out never leaves half an object in the sink:
@@ -49,11 +51,18 @@ class ObjectWriter {
   int WriteDict(std::string_view dict);
   int WriteDict(std::string_view dict, std::string_view stream, bool noStreamIfEmpty);
 
+  // Gives out the number of an object that is written later.
+  int ReserveObject();
+  bool IsReserved(int object) const;
+  bool HasReserved() const { return reserved != 0; }
+
   // The parts of an object that WriteDict does not fit. BeginObject writes the line "N 0 obj" of
   // the next object; what it needs to begin is there once RequireWritable has returned.
   void RequireWritable(int objects = 1);
   int NextObject() const { return nextObject; }
   int BeginObject();
+  // The same for an object whose number was given out before.
+  void BeginReserved(int object);
   // Room for a text of at most kMostComposed bytes, to be added at once.
   TextWriter& Compose();
   // Adds text as it is.
@@ -99,6 +108,7 @@ class ObjectWriter {
   const std::unique_ptr<Sink> sink;
   bool opened = false;
   int nextObject = 0;
+  int reserved = 0;  // how many numbers wait for their objects
   std::vector<std::streamoff> positions;
   std::unique_ptr<LineBuffer> lines;  // none before the sink is open, and once it is closed
   // Bytes handed to the sink. Counted, because a sink that cannot seek does not know its position.

@@ -27,6 +27,7 @@ struct Row {
   bool inMemory;
   After after;
   bool codes = false;  // and not exceptions
+  bool openObjects = false;
 };
 
 long OpenDescriptors() {
@@ -37,13 +38,27 @@ long OpenDescriptors() {
 // A host that carries on uses numbers that it was not given.
 constexpr golden::StructureOptions kUncheckedNumbers = {.unchecked_numbers = true};
 
+// The number of an object that does not begin where the table says, or -1.
+int FirstWrongPosition(const std::string& bytes) {
+  const std::size_t table = bytes.rfind("\r\nxref\r\n0 ") + 8;
+  const int size = std::stoi(bytes.substr(table + 2));
+  const std::size_t entries = bytes.find("\r\n", table) + 2;
+  for (int i = 1; i < size; ++i) {
+    const std::size_t position = std::stoul(bytes.substr(entries + 20 * i, 10));
+    const std::string line = std::to_string(i) + " 0 obj\r\n";
+    if (bytes.compare(position, line.size(), line) != 0) return i;
+  }
+  return -1;
+}
+
 class AllocationFaults : public testing::TestWithParam<Row> {
  protected:
   AllocationFaults() : path_(dir_.File("document.pdf")) {}
 
-  Outcome RunWith(bool inMemory, After after, bool codes = false) {
+  Outcome RunWith(bool inMemory, After after, bool codes = false, bool openObjects = false) {
     Options options;
     options.memoryErrors = codes;
+    options.openObjects = openObjects;
     if (!inMemory) options.path = path_;
     options.after = after;
     return RunReference(options);
@@ -94,8 +109,8 @@ TEST_F(AllocationFaults, FirstDocumentOfAProcess) {
 }
 
 TEST_P(AllocationFaults, FailOnceAtEveryPlace) {
-  const auto [name, inMemory, after, codes] = GetParam();
-  const Outcome undisturbed = RunWith(inMemory, after, codes);
+  const auto [name, inMemory, after, codes, openObjects] = GetParam();
+  const Outcome undisturbed = RunWith(inMemory, after, codes, openObjects);
   const std::string whole = Bytes(undisturbed, inMemory);
   ASSERT_EQ(undisturbed.finalized, after != After::kAbandon);
   const long descriptors = OpenDescriptors();
@@ -108,7 +123,7 @@ TEST_P(AllocationFaults, FailOnceAtEveryPlace) {
     const long blocks = LiveBlocks();
     {
       FailAllocation(failed, InsideCall);
-      const Outcome outcome = RunWith(inMemory, after, codes);
+      const Outcome outcome = RunWith(inMemory, after, codes, openObjects);
       inside = StopFailingAllocations().failed;
       ASSERT_EQ(outcome.misbehavior, "");
       ExpectToldOrWhole(outcome, undisturbed, inside);
@@ -121,8 +136,12 @@ TEST_P(AllocationFaults, FailOnceAtEveryPlace) {
         const bool again = after == After::kRetry && IsAllOrNothing(call);
         if (outcome.finalized) {
           const std::string bytes = Bytes(outcome, inMemory);
-          const golden::StructureReport report = golden::CheckStructure(bytes, kUncheckedNumbers);
-          ASSERT_EQ(report.error, "") << "at " << report.offset;
+          if (openObjects) {  // whose shapes the checker of ours does not know
+            ASSERT_EQ(FirstWrongPosition(bytes), -1);
+          } else {
+            const golden::StructureReport report = golden::CheckStructure(bytes, kUncheckedNumbers);
+            ASSERT_EQ(report.error, "") << "at " << report.offset;
+          }
           ++finalized;
           madeUp += bytes == whole;
           ASSERT_TRUE(!again || bytes == whole);
@@ -140,15 +159,18 @@ TEST_P(AllocationFaults, FailOnceAtEveryPlace) {
             << " documents finalised all the same, " << madeUp << " as if nothing had happened\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Memory, AllocationFaults,
-                         testing::Values(Row{"MemoryHostStops", true, After::kStop},
-                                         Row{"MemoryHostCarriesOn", true, After::kCarryOn},
-                                         Row{"MemoryHostRetries", true, After::kRetry},
-                                         Row{"MemoryHostAbandons", true, After::kAbandon},
-                                         Row{"MemoryHostStopsAtCodes", true, After::kStop, true},
-                                         Row{"MemoryHostIgnoresCodes", true, After::kCarryOn,
-                                             true}),
-                         NameOf<Row>);
+INSTANTIATE_TEST_SUITE_P(
+    Memory, AllocationFaults,
+    testing::Values(Row{"MemoryHostStops", true, After::kStop},
+                    Row{"MemoryHostCarriesOn", true, After::kCarryOn},
+                    Row{"MemoryHostRetries", true, After::kRetry},
+                    Row{"MemoryHostAbandons", true, After::kAbandon},
+                    Row{"MemoryHostStopsAtCodes", true, After::kStop, true},
+                    Row{"OpenObjectsHostStops", true, After::kStop, false, true},
+                    Row{"OpenObjectsHostCarriesOn", true, After::kCarryOn, false, true},
+                    Row{"OpenObjectsHostRetries", true, After::kRetry, false, true},
+                    Row{"MemoryHostIgnoresCodes", true, After::kCarryOn, true}),
+    NameOf<Row>);
 
 INSTANTIATE_TEST_SUITE_P(File, AllocationFaults,
                          testing::Values(Row{"FileHostStops", false, After::kStop},

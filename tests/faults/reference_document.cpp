@@ -1,7 +1,9 @@
 #include "reference_document.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -38,14 +40,80 @@ TPdfImageDescriptor Image(std::uint32_t size, TPdfCompression compression,
   return {Noise().data(), size, compression, 20, 10, 8, colorSpace, colorSpaceObject};
 }
 
+// Encodes to the first half of what there is, which is enough for a reader of lengths.
+std::int32_t KeepHalf(void*, const char* data, std::size_t size, const char** encoded,
+                      std::size_t* encodedSize) {
+  *encoded = data;
+  *encodedSize = size / 2;
+  return 0;
+}
+
 std::int32_t Succeeded() {
   return 0;
 }
 
 }  // namespace
 
-std::vector<Step> ReferenceSteps(int volume) {
+namespace {
+
+// What objects.h adds: an object of each kind, entries of every place, bookmarks.
+std::vector<Step> OpenSteps(int volume) {
   return {
+      {"SetPdfContentEncoder",
+       [](Session& s) { return SetPdfContentEncoder(s.doc, "/Prefix", KeepHalf, nullptr); }},
+      {"SetPdfCanvasEntry",
+       [](Session& s) {
+         return SetPdfCanvasEntry(s.doc, "/Resources/Font/F1", "<< /Type /Font >>");
+       }},
+      {"DrawPdfContent",
+       [](Session& s) {
+         DrawPdfContent(s.doc, "BT /F1 12 Tf (text that a font sets, long enough) Tj ET");
+         return Succeeded();
+       }},
+      {"WritePdfCanvas", [](Session& s) { return WritePdfCanvas(s.doc, &s.form); }, &Session::form},
+      {"SetPdfContentEncoder",
+       [](Session& s) { return SetPdfContentEncoder(s.doc, nullptr, nullptr, nullptr); }},
+      {"ReservePdfObject", [](Session& s) { return ReservePdfObject(s.doc, &s.reserved); },
+       &Session::reserved},
+      {"WritePdfObject",
+       [](Session& s) { return WritePdfObject(s.doc, "[ 1 2 (three) << /Four 4 >> ]", &s.object); },
+       &Session::object, volume},
+      {"WritePdfStream",
+       [](Session& s) {
+         const JTPDFEntry entries[] = {{"/Kind/Of", "(a stream with some text about it)"},
+                                       {"/Kind/Number", "4"}};
+         return WritePdfStream(s.doc, 2, entries, Noise().data(), 900, &s.object);
+       },
+       &Session::object, volume},
+      {"WritePdfStreamPieces",
+       [](Session& s) {
+         const JTPDFPiece pieces[] = {{Noise().data(), 100}, {nullptr, 0}, {Noise().data(), 3000}};
+         return WritePdfStreamPieces(s.doc, 0, nullptr, 3, pieces, &s.object);
+       },
+       &Session::object},
+      {"WriteReservedPdfObject",
+       [](Session& s) { return WriteReservedPdfObject(s.doc, s.reserved, "null"); }},
+      {"ReservePdfObject", [](Session& s) { return ReservePdfObject(s.doc, &s.secondReserved); },
+       &Session::secondReserved},
+      {"WriteReservedPdfStream",
+       [](Session& s) {
+         const JTPDFEntry entry = {"/A/B/C", "<< /D [ /E ] >>"};
+         const JTPDFPiece piece = {Noise().data(), 10};
+         return WriteReservedPdfStream(s.doc, s.secondReserved, 1, &entry, 1, &piece);
+       }},
+      {"SetPdfPageEntry", [](Session& s) { return SetPdfPageEntry(s.doc, "/Rotate", "90"); }},
+      {"SetPdfCatalogEntry",
+       [](Session& s) { return SetPdfCatalogEntry(s.doc, "/PageLayout", "/TwoColumnLeft"); }},
+      {"AddPdfBookmark",
+       [](Session& s) { return AddPdfBookmark(s.doc, 0, L"a bookmark with a long title", 0); }},
+      {"AddPdfBookmark", [](Session& s) { return AddPdfBookmark(s.doc, 1, L"another", 2); }},
+  };
+}
+
+}  // namespace
+
+std::vector<Step> ReferenceSteps(int volume, bool openObjects) {
+  std::vector<Step> steps = {
       {"SetPdfInfoItem",
        [](Session& s) {
          SetPdfInfoItem(s.doc, "Title", L"Writes fail, \u03B1\u03B2\u03B3 and \U0001F600 stay");
@@ -189,6 +257,14 @@ std::vector<Step> ReferenceSteps(int volume) {
        }},
       {"FinalizePdfDoc", [](Session& s) { return FinalizePdfDoc(s.doc, nullptr); }},
   };
+  if (openObjects) {
+    const std::vector<Step> open = OpenSteps(volume);
+    const auto pages = std::find_if(steps.begin(), steps.end(), [](const Step& step) {
+      return std::strcmp(step.name, "WritePdfPage") == 0;
+    });
+    steps.insert(pages, open.begin(), open.end());
+  }
+  return steps;
 }
 
 namespace {
@@ -237,7 +313,7 @@ class Run {
   }
 
   void RunSteps() {
-    for (const Step& step : ReferenceSteps(options_.volume)) {
+    for (const Step& step : ReferenceSteps(options_.volume, options_.openObjects)) {
       const bool finalizes = std::string(step.name) == "FinalizePdfDoc";
       if (finalizes && options_.after == After::kAbandon) return;
       for (int i = 0; i < step.times; ++i) {

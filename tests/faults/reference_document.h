@@ -3,7 +3,7 @@
 #ifndef JTPDF_TESTS_FAULTS_REFERENCE_DOCUMENT_H
 #define JTPDF_TESTS_FAULTS_REFERENCE_DOCUMENT_H
 
-#include <jtpdf/jtpdf.h>
+#include <jtpdf/objects.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -28,6 +28,9 @@ struct Session {
   int calibrated = kUntouched;
   int form = kUntouched;
   int secondForm = kUntouched;
+  int object = kUntouched;
+  int reserved = kUntouched;
+  int secondReserved = kUntouched;
 };
 
 // Calls of one export. The code is 0 for an export that returns none.
@@ -52,6 +55,7 @@ struct Options {
   int volume = 1;
   After after = After::kStop;
   bool diagnostics = false;
+  bool openObjects = false;   // with the calls of objects.h
   bool memoryErrors = false;  // memory that runs out is a code
   // A document that is handed to write, or one that create makes, instead of what path says.
   JTPDFWriteFunction write = nullptr;
@@ -78,7 +82,7 @@ struct Outcome {
 Outcome RunReference(const Options& options);
 
 // The steps between creation and destruction.
-std::vector<Step> ReferenceSteps(int volume);
+std::vector<Step> ReferenceSteps(int volume, bool openObjects = false);
 
 // Whether this thread is inside a call of the library by RunReference.
 bool InsideCall();

@@ -92,6 +92,7 @@ void SetCallback(Options& options, Plan& plan) {
 Outcome RunWith(SetSink setSink, Plan& plan, After after) {
   Options options;
   options.after = after;
+  options.openObjects = true;
   setSink(options, plan);
   return RunReference(options);
 }

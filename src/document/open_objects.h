@@ -1,0 +1,23 @@
+// open_objects - objects of which the host says what is in them.
+#ifndef JTPDF_DOCUMENT_OPEN_OBJECTS_H
+#define JTPDF_DOCUMENT_OPEN_OBJECTS_H
+
+#include <cstddef>
+#include <span>
+
+#include "jtpdf/types.h"
+#include "output/object_writer.h"
+
+inline constexpr int kNewObject = 0;
+
+// Refuses a number that is not reserved, or was written already, with EINVAL.
+void RequireReserved(ObjectWriter const& out, int object);
+
+// Write an object under a number that is reserved or, for kNewObject, the next one, and return it.
+// What a host must not write is refused with EINVAL before anything is written: a value that is not
+// one object, an entry that EntryTree does not take, /Length.
+int WriteObject(ObjectWriter& out, int object, char const* value);
+int WriteStream(ObjectWriter& out, int object, std::span<JTPDFEntry const> entries,
+                std::span<JTPDFPiece const> pieces);
+
+#endif  // JTPDF_DOCUMENT_OPEN_OBJECTS_H

@@ -1,0 +1,81 @@
+// Entries by paths of names.
+
+#include "objects/entry_tree.h"
+
+#include <cstddef>
+
+#include "objects/syntax.h"
+#include "objects/text_buffer.h"
+
+namespace {
+
+bool LeadsThrough(std::string_view path, std::string_view value) {
+  return path.size() > value.size() && path.starts_with(value) && path[value.size()] == '/';
+}
+
+// How many bytes of two paths' parents are the same whole components.
+std::size_t SharedParents(std::string_view a, std::string_view b) {
+  std::size_t shared = 0;
+  for (std::size_t i = 0; i < a.size() && i < b.size() && a[i] == b[i]; ++i) {
+    const std::size_t next = i + 1;
+    const bool endsA = next == a.size() || a[next] == '/';
+    const bool endsB = next == b.size() || b[next] == '/';
+    if (endsA && endsB) shared = next;
+  }
+  return shared;
+}
+
+std::string_view ParentOf(std::string_view path) {
+  return path.substr(0, path.rfind('/'));
+}
+
+void Close(std::string& text, std::string_view path) {
+  for (; !path.empty(); path = ParentOf(path)) text.append(">>").append(kLineEnd);
+}
+
+void Open(std::string& text, std::string_view path) {
+  while (!path.empty()) {
+    const std::string_view name = path.substr(0, path.find('/', 1));
+    text.append(name).append(kLineEnd).append("<<").append(kLineEnd);
+    path.remove_prefix(name.size());
+  }
+}
+
+}  // namespace
+
+bool EntryTree::IsInTheWay(std::string_view key) const {
+  for (std::string_view parent = ParentOf(key); !parent.empty(); parent = ParentOf(parent)) {
+    if (entries.find(parent) != entries.end()) return true;
+  }
+  const auto below = entries.lower_bound(std::string(key) + '/');
+  return below != entries.end() && LeadsThrough(below->first, key);
+}
+
+bool EntryTree::Set(std::string_view key, std::string_view value) {
+  if (!IsNamePath(key) || !IsOneObject(value) || IsInTheWay(key)) return false;
+  entries.insert_or_assign(std::string(key), std::string(value));
+  return true;
+}
+
+void EntryTree::Overrule(std::string_view key, std::string_view value) {
+  std::erase_if(entries, [&](Entries::value_type const& entry) {
+    return LeadsThrough(key, entry.first) || LeadsThrough(entry.first, key);
+  });
+  entries.insert_or_assign(std::string(key), std::string(value));
+}
+
+std::string EntryTree::AsString() const {
+  std::string text;
+  std::string_view open;  // the path of the dictionaries that are open
+  for (auto const& [key, value] : entries) {
+    const std::string_view parent = ParentOf(key);
+    const std::size_t shared = SharedParents(open, parent);
+    Close(text, open.substr(shared));
+    Open(text, parent.substr(shared));
+    text.append(std::string_view(key).substr(parent.size())).append(" ").append(value);
+    text.append(kLineEnd);
+    open = parent;
+  }
+  Close(text, open);
+  return text;
+}

@@ -1,0 +1,190 @@
+// The syntax of objects, ISO 32000-1, 7.2 and 7.3.
+
+#include "objects/syntax.h"
+
+#include <cstddef>
+
+namespace {
+
+constexpr int kMostNested = 100;
+constexpr std::size_t kMostDigits = 18;
+
+bool IsSpace(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r' && c != '\v');
+}
+
+bool IsDelimiter(char c) {
+  return std::string_view("()<>[]{}/%").find(c) != std::string_view::npos;
+}
+
+bool IsRegular(char c) {
+  return c >= '!' && c <= '~' && !IsDelimiter(c);
+}
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool IsHexDigit(char c) {
+  return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+// Takes objects from the front of a text. Each member returns whether there was what it takes.
+class Scanner {
+ public:
+  explicit Scanner(std::string_view text) : rest(text) {}
+
+  bool AtEnd() const { return rest.empty(); }
+
+  void SkipSpace() {
+    while (!rest.empty() && IsSpace(rest.front())) rest.remove_prefix(1);
+  }
+
+  bool TakeObject(int depth) {
+    if (rest.starts_with("<<")) return TakeDictionary(depth);
+    switch (rest.empty() ? '\0' : rest.front()) {
+      case '/':
+        return TakeName();
+      case '(':
+        return TakeString();
+      case '<':
+        return TakeHexString();
+      case '[':
+        return TakeArray(depth);
+      default:
+        return TakeReference() || TakeWord();
+    }
+  }
+
+  // Names may be empty where they are objects; those that are keys may not.
+  bool TakeName() {
+    if (!Take("/")) return false;
+    const std::string_view name = TakeRegular();
+    for (std::size_t i = 0; i < name.size(); ++i) {
+      if (name[i] != '#') continue;
+      if (name.size() - i < 3 || !IsHexDigit(name[i + 1]) || !IsHexDigit(name[i + 2])) return false;
+      if (name[i + 1] == '0' && name[i + 2] == '0') return false;
+    }
+    return true;
+  }
+
+  bool TakeKey() { return rest.size() > 1 && IsRegular(rest[1]) && TakeName(); }
+
+ private:
+  bool Take(std::string_view token) {
+    if (!rest.starts_with(token)) return false;
+    rest.remove_prefix(token.size());
+    return true;
+  }
+
+  std::string_view TakeRegular() {
+    std::size_t size = 0;
+    while (size < rest.size() && IsRegular(rest[size])) ++size;
+    const std::string_view word = rest.substr(0, size);
+    rest.remove_prefix(size);
+    return word;
+  }
+
+  bool TakeString() {
+    int open = 0;
+    for (std::size_t i = 0; i < rest.size(); ++i) {
+      if (rest[i] == '\\') {
+        ++i;
+      } else if (rest[i] == '(') {
+        ++open;
+      } else if (rest[i] == ')' && --open == 0) {
+        rest.remove_prefix(i + 1);
+        return true;
+      }
+    }
+    return false;
+  }
+
+  bool TakeHexString() {
+    rest.remove_prefix(1);
+    while (!rest.empty() && (IsHexDigit(rest.front()) || IsSpace(rest.front()))) {
+      rest.remove_prefix(1);
+    }
+    return Take(">");
+  }
+
+  bool TakeArray(int depth) {
+    rest.remove_prefix(1);
+    for (SkipSpace(); !Take("]"); SkipSpace()) {
+      if (depth == kMostNested || !TakeObject(depth + 1)) return false;
+    }
+    return true;
+  }
+
+  bool TakeDictionary(int depth) {
+    rest.remove_prefix(2);
+    for (SkipSpace(); !Take(">>"); SkipSpace()) {
+      if (depth == kMostNested || !TakeKey()) return false;
+      SkipSpace();
+      if (!TakeObject(depth + 1)) return false;
+    }
+    return true;
+  }
+
+  // Null, a boolean or a number.
+  bool TakeWord() {
+    const std::string_view word = TakeRegular();
+    return word == "null" || word == "true" || word == "false" || IsNumber(word);
+  }
+
+  static bool IsNumber(std::string_view word) {
+    if (word.starts_with('+') || word.starts_with('-')) word.remove_prefix(1);
+    const std::size_t point = word.find('.');
+    const std::string_view whole = word.substr(0, point);
+    const std::string_view decimals =
+        point == std::string_view::npos ? std::string_view() : word.substr(point + 1);
+    return AreDigits(whole) && AreDigits(decimals) && whole.size() + decimals.size() > 0;
+  }
+
+  static bool AreDigits(std::string_view text) {
+    for (const char c : text) {
+      if (!IsDigit(c)) return false;
+    }
+    return text.size() <= kMostDigits;
+  }
+
+  // A number that names an object, of at most nine digits and not 0; "0"; "R". What is none is put
+  // back.
+  bool TakeReference() {
+    const std::string_view start = rest;
+    const std::string_view number = TakeRegular();
+    const bool names = AreDigits(number) && number.size() <= 9 &&
+                       number.find_first_not_of('0') != std::string_view::npos;
+    SkipSpace();
+    const bool isFirst = names && TakeRegular() == "0";
+    SkipSpace();
+    if (isFirst && TakeRegular() == "R") return true;
+    rest = start;
+    return false;
+  }
+
+  std::string_view rest;
+};
+
+}  // namespace
+
+bool IsName(std::string_view text) {
+  Scanner scanner(text);
+  return scanner.TakeKey() && scanner.AtEnd();
+}
+
+bool IsNamePath(std::string_view text) {
+  Scanner scanner(text);
+  while (!scanner.AtEnd()) {
+    if (!scanner.TakeKey()) return false;
+  }
+  return !text.empty();
+}
+
+bool IsOneObject(std::string_view text) {
+  Scanner scanner(text);
+  scanner.SkipSpace();
+  if (!scanner.TakeObject(1)) return false;
+  scanner.SkipSpace();
+  return scanner.AtEnd();
+}
