@@ -65,13 +65,17 @@ class Words(JtpdfTest):
         for arguments in ([], ["--nonsense"], ["-j"], ["a", "-q", "-v", "-o", "x"]):
             self.assertFails(2, r"see jtpdf --help", *arguments)
 
+    def odd_jpeg(self, name):
+        """A JPEG with something to say about."""
+        return self.put(jpeg_with(jpeg_bytes(blocks()), jpeg_segment(
+            0xE1, b"Exif\0\0MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\x09\0\0\0\0\0\0")), name)
+
     def test_quiet_and_verbose(self):
         data = jpeg_bytes(blocks()) + b"more"
         path = self.put(data, "a.jpg")
         self.convert(path)
         self.convert(path, "-v", messages="only its first picture was used; 4 bytes")
-        odd = self.put(jpeg_with(jpeg_bytes(blocks()), jpeg_segment(
-            0xE1, b"Exif\0\0MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\x09\0\0\0\0\0\0")), "b.jpg")
+        odd = self.odd_jpeg("b.jpg")
         self.convert(odd, messages="orientation 9")
         self.convert(odd, "-q")
 
@@ -92,6 +96,7 @@ class Words(JtpdfTest):
 
     def test_progress_shows_on_a_terminal_and_nowhere_else(self):
         paths = [self.save(noise(300, 300, n), f"{n}.png", compress_level=1) for n in range(8)]
+        paths.append(self.odd_jpeg("odd.jpg"))
         command = [JTPDF, "-j", "1", *paths, "-o", "-"]
         def take_late(output):
             # Longer than a second on any machine: the pipe is full until somebody reads.
@@ -119,11 +124,14 @@ class Words(JtpdfTest):
             self.assertEqual(child.wait(), 0)
             return text.decode()
         text = on_terminal()
-        self.assertRegex(text, r"\[#+-*\] \d/8 pages, \d+\.\d MB/s, \d+ s left")
-        self.assertTrue(text.endswith("\r\033[K"))  # and is gone in the end
+        self.assertRegex(text, r"\[#+-*\] \d/9 pages, \d+\.\d MB/s, \d+ s left")
+        # It makes way for a message, and is gone in the end.
+        self.assertRegex(text, r"left\r\033\[Kjtpdf: .*odd\.jpg: its EXIF orientation 9")
+        self.assertTrue(text.endswith("\r\033[K"))
         self.assertEqual(on_terminal("-q"), "")
         done = subprocess.run(command, capture_output=True)
-        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stderr, rb"^jtpdf: .*odd\.jpg: [^\r\n]*\n$")
 
 
 class Description(JtpdfTest):

@@ -72,12 +72,13 @@ class Inputs(JtpdfTest):
         self.save(blocks(), "scans/a.png")
         self.put(b"words", "scans/notes.txt")
         self.put(b"", "scans/empty")
+        self.put(b"words", "scans/dot.")
         self.put(b"%PDF-1.5", "scans/old.pdf")
         self.put(b"words", "scans/.hidden")
         os.symlink("nowhere", self.path("scans/link"))
         os.mkfifo(self.path("scans/fifo.png"))
         passed = {"notes.txt": "no picture", "empty": "no picture", "old.pdf": "no picture",
-                  "link": "no picture", "fifo.png": "no file",
+                  "link": "no picture", "dot.": "no picture", "fifo.png": "no file",
                   "inner": "a folder; name it to take its pictures"}
         out = self.path("o.pdf")
         status, _, error = run(self.path("scans"), "-o", out)

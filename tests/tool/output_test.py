@@ -415,11 +415,13 @@ class Faults(OutputTest):
         self.assertIn(b"standard output: cannot be written: Disk quota", done.stderr)
 
     def test_without_files_without_names_hidden_ones_do(self):
-        for old in False, True:
-            done = self.begin("no-tmpfile no-link", old=old)
-            self.assertEqual((done.returncode, done.stderr), (0, b""))
-            self.assertEqual(self.get("out.pdf"), self.expected())
-            self.assertEqual({*os.listdir(self.folder)} - {"log"}, {"a.png", "out.pdf"})
+        for faults in "no-tmpfile no-link", "no-proc no-link":
+            for old in False, True:
+                with self.subTest(faults=faults, old=old):
+                    done = self.begin(faults, old=old)
+                    self.assertEqual((done.returncode, done.stderr), (0, b""))
+                    self.assertEqual(self.get("out.pdf"), self.expected())
+                    self.assertEqual({*os.listdir(self.folder)} - {"log"}, {"a.png", "out.pdf"})
 
     def test_a_name_that_somebody_takes_over_is_not_written_to(self):
         victim = self.put(b"precious", "victim")

@@ -3,6 +3,7 @@
  * FAULTS_LOG.
  *
  *   no-tmpfile      there are no files without a name
+ *   no-proc         /proc is not mounted
  *   no-link         there are no links
  *   short-writes    a write takes 1,000 bytes at most
  *   interrupts      every other write is interrupted by a signal
@@ -64,6 +65,11 @@ int open64(const char* path, int flags, ...) {
   const mode_t mode = va_arg(arguments, mode_t);
   va_end(arguments);
   return open(path, flags, mode);
+}
+
+int access(const char* path, int mode) {
+  if (faulty("no-proc") && strncmp(path, "/proc/", 6) == 0) return fail(ENOENT);
+  return REAL(access)(path, mode);
 }
 
 int linkat(int from, const char* path, int to, const char* name, int flags) {

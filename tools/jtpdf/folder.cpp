@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 // What pictures are called, of kinds that can be read and of kinds that cannot: either way somebody
 // means a page by them.
-constexpr std::array<std::string_view, 36> kPictureEndings{
+constexpr std::string_view kPictureEndings[] = {
     "jpg", "jpeg", "jpe",  "jfif", "jp2", "j2k", "j2c", "jpc",  "jpf",  "jpx",  "jpm", "png",
     "tif", "tiff", "webp", "apng", "gif", "bmp", "dib", "heic", "heif", "avif", "jxl", "psd",
     "pbm", "pgm",  "ppm",  "pnm",  "pam", "tga", "pcx", "exr",  "hdr",  "ico",  "dng", "mpo"};
@@ -28,7 +28,7 @@ bool NamedLikePicture(std::string_view name) {
   const size_t dot = name.rfind('.');
   if (dot == std::string_view::npos) return false;
   const std::string ending = LowerAscii(name.substr(dot + 1));
-  return std::find(kPictureEndings.begin(), kPictureEndings.end(), ending) != kPictureEndings.end();
+  return std::ranges::find(kPictureEndings, ending) != std::end(kPictureEndings);
 }
 
 // Pictures of kinds that cannot be read: GIF, Photoshop's, and those of phones.
