@@ -4,29 +4,36 @@ from __future__ import annotations
 
 import contextlib
 import ctypes
+import dataclasses
+import datetime
 import errno
+import itertools
 import os
 import stat
 import warnings
+import zlib
 from types import TracebackType
 from typing import TYPE_CHECKING, Mapping, Sequence
 
-from . import _native
+from . import _arguments, _native
 from ._errors import Error
 from ._output import Output, Writable
 from ._pictures import Picture
-from ._values import (POINT, Box, BoxLike, Color, ColorLike, ColorSpace, Compression, Form, Image,
-                      ImageData, Profile, Role, Unit, points)
+from ._values import (POINT, Box, BoxLike, ColorLike, Compression, Form, Image, ImageData, Profile,
+                      Role, Unit, points)
 
 if TYPE_CHECKING:
-    from _typeshed import ReadableBuffer, StrOrBytesPath
+    from _typeshed import StrOrBytesPath
 
-_ICC_BASED = 3  # the kind of colour space that a Profile is
+    from ._values import Buffer
 
 # Positions in a file have ten digits; what finish() writes at most, for each page and besides.
 _MOST_BYTES = 10**10
 _PAGE_BYTES = 512
 _REST_BYTES = 10**6
+
+# A number for each document of the process; 0 is none.
+_numbers = itertools.count(1)
 
 _NO_ENTRIES: Mapping[str, str] = {}
 
@@ -41,7 +48,9 @@ class Document:
 
     A document has at most 10^10 bytes, as readers take no more than ten digits for a position in it.
     All lengths are in ``unit``: "pt", "in", "cm", "mm", or the number of PDF points that one is.
-    Wherever a Box or a Color is wanted, a tuple of its values will do.
+    Wherever a Box or a Color is wanted, a tuple or list of its values will do, and for a colour a text
+    such as "#ff8000". What no file should have, such as a width that is negative or no number, is a
+    TypeError or ValueError that names the argument.
 
     >>> import jtpdf
     >>> with jtpdf.Document("out.pdf", unit="mm") as doc:
@@ -79,21 +88,25 @@ class Document:
         self._handle: _native.Handle | None = None
         self._path: str | None = None
         self._output: Output | None = None
+        self._number = next(_numbers)  # what its objects know it by
+        self._drawn = False  # since the last form
+        self._profiles: dict[bytes, Profile] = {}  # of pictures
         self._pages = 0  # how many are queued
         self._written = 0  # how many bytes of data
+        self._unit = points(unit)
         wide_creator = _native.wide_text(creator, "creator")
         wide_author = _native.wide_text(author, "author")
         if path is None:
-            self._handle = _native.Handle("TryCreateMemoryPdfDoc", points(unit))
+            self._handle = _native.Handle("TryCreateMemoryPdfDoc", self._unit)
         elif isinstance(path, (str, bytes, os.PathLike)):
             self._path = os.fsdecode(path)
             self._handle = _native.Handle(
-                "TryCreateFilePdfDoc", points(unit), _native.text(self._path, "path"), wide_creator,
+                "TryCreateFilePdfDoc", self._unit, _native.text(self._path, "path"), wide_creator,
                 wide_author)
             return
         elif hasattr(path, "write"):
             self._output = Output(path)
-            self._handle = _native.Handle("TryCreateCallbackPdfDoc", points(unit),
+            self._handle = _native.Handle("TryCreateCallbackPdfDoc", self._unit,
                                           self._output.function, None, output=self._output)
         else:
             raise TypeError(f"path is {path!r}, neither a path nor an object with write")
@@ -175,15 +188,17 @@ class Document:
 
     # -- Information
 
-    def set_info(self, key: str, value: str) -> None:
-        """Sets an information item such as Title, Subject or Keywords.
+    def set_info(self, key: str, value: str | datetime.date) -> None:
+        """Sets an information item such as Title, Subject, Keywords, CreationDate or ModDate.
 
+        >>> import datetime
         >>> with Document() as doc:
         ...     doc.set_info("Title", "Grüße, 世界")
+        ...     doc.set_info("CreationDate", datetime.datetime.now(datetime.timezone.utc))
         """
         _native.library.SetPdfInfoItem(
             self._pointer, _native.text(key, "key").encode("utf-8"),
-            _native.wide_text(value, "value"))
+            _arguments.info_text(value))
 
     @property
     def mark(self) -> bool:
@@ -200,6 +215,9 @@ class Document:
     def canvas_box(self) -> Box:
         """The extent of the next form: nothing outside it shows.
 
+        Where none is set, add_page() sets it to the sheet, and write_canvas() makes a form of which
+        everything shows.
+
         >>> doc = Document()
         >>> doc.canvas_box = Box(0, 0, 595, 842)
         >>> doc.canvas_box.height
@@ -210,53 +228,83 @@ class Document:
 
     @canvas_box.setter
     def canvas_box(self, box: Box) -> None:
-        _native.library.SetPdfCanvasBoundingBox(self._pointer, _rect(box))
+        _native.library.SetPdfCanvasBoundingBox(self._pointer, _arguments.rect(box, "canvas_box"))
 
     def clear_canvas(self) -> None:
         """Removes all that was drawn since the last form; the canvas box stays."""
         _native.library.ClearPdfCanvas(self._pointer)
+        self._drawn = False
 
     def draw_image(self, image: Image, box: BoxLike | None = None) -> None:
-        """Draws the image into the box, or over the canvas box as it is at this moment."""
-        number = _number(image, Image)
-        if box is None:
-            _native.library.DrawPdfImage(self._pointer, number)
+        """Draws the image into the box, or over the canvas box as it is at this moment.
+
+        A negative width or height mirrors it.
+        """
+        number = _arguments.object_number(image, Image, self._number, "image")
+        if box is not None:
+            self._draw("DrawPdfImageInRect", number, _arguments.rect(box, "box", mirrors=True))
+        elif self._has_canvas_box():
+            self._draw("DrawPdfImage", number)
         else:
-            _native.library.DrawPdfImageInRect(self._pointer, number, _rect(box))
+            raise ValueError("no canvas_box is set for the image to cover")
 
     def fill_rectangle(self, box: BoxLike, fill: ColorLike) -> None:
         """Fills the box, turned by its angle."""
-        _native.library.FillPdfRectangle(self._pointer, _rect(box), _color(fill))
+        self._draw("FillPdfRectangle", _arguments.rect(box, "box"), _arguments.color(fill, "fill"))
 
     def stroke_rectangle(self, box: BoxLike, stroke: ColorLike, line_width: float) -> None:
         """Strokes the box; the stroke lies half inside and half outside of it."""
-        _native.library.StrokePdfRectangle(self._pointer, _rect(box), _color(stroke), line_width)
+        self._draw("StrokePdfRectangle", _arguments.rect(box, "box"),
+                   _arguments.color(stroke, "stroke"), _arguments.size(line_width, "line_width"))
 
     def fill_and_stroke_rectangle(self, box: BoxLike, fill: ColorLike, stroke: ColorLike,
                                   line_width: float) -> None:
         """Fills the box and strokes it."""
-        _native.library.FillAndStrokePdfRectangle(
-            self._pointer, _rect(box), _color(fill), _color(stroke), line_width)
+        self._draw("FillAndStrokePdfRectangle", _arguments.rect(box, "box"),
+                   _arguments.color(fill, "fill"), _arguments.color(stroke, "stroke"),
+                   _arguments.size(line_width, "line_width"))
 
     def fill_and_stroke_circle(self, box: BoxLike, fill: ColorLike, stroke: ColorLike,
                                line_width: float) -> None:
         """Fills and strokes the ellipse in the box, the stroke inside.
 
-        The box's angle is ignored. Line width and colours stay in force on this canvas.
+        The box's angle is ignored. Line width and colours stay in force on this canvas. There is no
+        ellipse without a fill or a stroke: Color.NONE is white here, and a stroke in the colour of
+        the fill does not show.
         """
-        _native.library.FillAndStrokePdfCircle(
-            self._pointer, _rect(box), _color(fill), _color(stroke), line_width)
+        self._draw("FillAndStrokePdfCircle", _arguments.rect(box, "box"),
+                   _arguments.color(fill, "fill"), _arguments.color(stroke, "stroke"),
+                   _arguments.size(line_width, "line_width"))
+
+    def _draw(self, function: str, *arguments: object) -> None:
+        getattr(_native.library, function)(self._pointer, *arguments)
+        self._drawn = True
+
+    def _has_canvas_box(self) -> bool:
+        rect = _native.library.GetPdfCanvasBoundingBox(self._pointer)
+        return bool(rect.width or rect.height)
 
     # -- Objects
 
     def write_canvas(self) -> Form:
         """Makes a form of the canvas and empties it."""
-        return Form(self._write("WritePdfCanvas"))
+        before = self.canvas_box
+        unbound = self._drawn and not self._has_canvas_box()
+        if unbound:
+            most = _arguments.EVERYWHERE / self._unit
+            self.canvas_box = Box(-most, -most, 2 * most, 2 * most)
+        number = self._write("WritePdfCanvas")
+        if unbound:
+            self.canvas_box = before
+        self._drawn = False
+        return Form(number, self._number)
 
     def write_page(self, form: Form, media_box: BoxLike, *, crop_box: BoxLike | None = None) -> None:
         """Adds a page that shows the form. The crop box is the part that readers show."""
-        crop = media_box if crop_box is None else crop_box
-        self._call("WritePdfPage", _number(form, Form), _rect(crop), _rect(media_box))
+        number = _arguments.object_number(form, Form, self._number, "form")
+        media = _arguments.rect(media_box, "media_box")
+        crop = media if crop_box is None else _arguments.rect(crop_box, "crop_box")
+        self._call("WritePdfPage", number, crop, media)
         self._pages += 1
 
     def write_image(self, image: ImageData, *, mask_white: bool = False, role: Role = Role.OTHER,
@@ -271,40 +319,49 @@ class Document:
         ...     doc.write_image(ImageData(pixels, Compression.FLATE, 2, 1), name="flag")
         Image(number=2)
         """
-        return Image(self._write_data(
-            "WritePdfImage", [image], mask_white, *_tags(role, name, entries)))
+        return self._write_image(
+            "WritePdfImage", [image], mask_white, *_arguments.tags(role, name, entries))
 
     def write_image_with_alpha(self, image: ImageData, alpha: ImageData, *,
                                role: Role = Role.OTHER, name: str = "",
                                entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
         """Writes an image with a grey one of any size as its soft mask: 0 is transparent."""
-        return Image(self._write_data(
-            "WritePdfImageWithAlpha", [image, alpha], *_tags(role, name, entries)))
+        return self._write_image(
+            "WritePdfImageWithAlpha", [image, alpha], *_arguments.tags(role, name, entries))
 
     def write_jpeg2000_image(self, image: ImageData, *, role: Role = Role.OTHER, name: str = "",
                              entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
         """Writes JPEG 2000 data, which names its own colour space and alpha."""
-        return Image(self._write_data(
-            "WritePdfImageJPEG2000", [image], *_tags(role, name, entries)))
+        return self._write_image(
+            "WritePdfImageJPEG2000", [image], *_arguments.tags(role, name, entries))
 
-    def write_icc_profile(self, profile: ReadableBuffer,
+    def write_icc_profile(self, profile: Buffer,
                           compression: Compression = Compression.NONE) -> Profile:
         """Writes a profile for RGB data, to be the color_space of image data."""
         with self._borrowed(profile) as memory:
             self._require_room("WritePdfICCProfile", memory.size)
             number = self._write("WritePdfICCProfile", memory.address, memory.size, compression)
             self._written += memory.size
-        return Profile(number)
+        return Profile(number, self._number)
 
     # -- Put together
 
     def write_picture(self, picture: Picture, *, role: Role = Role.OTHER, name: str = "",
                       entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
-        """Writes a picture, with its alpha channel if it has one."""
+        """Writes a picture, with its alpha channel and its profile if it has them."""
+        image = picture.image
+        if picture.profile is not None:
+            image = dataclasses.replace(image, color_space=self._profile(picture.profile))
         if picture.alpha is None:
-            return self.write_image(picture.image, role=role, name=name, entries=entries)
-        return self.write_image_with_alpha(picture.image, picture.alpha, role=role, name=name,
+            return self.write_image(image, role=role, name=name, entries=entries)
+        return self.write_image_with_alpha(image, picture.alpha, role=role, name=name,
                                            entries=entries)
+
+    def _profile(self, data: bytes) -> Profile:
+        """The profile, written once for all pictures that have it."""
+        if data not in self._profiles:
+            self._profiles[data] = self.write_icc_profile(zlib.compress(data), Compression.FLATE)
+        return self._profiles[data]
 
     def add_page(self, sheet: BoxLike, *, crop_box: BoxLike | None = None) -> Form:
         """Adds a page of what was drawn; the form of it may serve other pages, too.
@@ -314,7 +371,10 @@ class Document:
         ...     front = doc.add_page((0, 0, 4, 3))
         ...     doc.write_page(front, (0, 0, 4, 3))
         """
-        self.canvas_box = _box(sheet)
+        box = _arguments.rect(sheet, "sheet")
+        if crop_box is not None:
+            _arguments.rect(crop_box, "crop_box")  # before anything is written
+        _native.library.SetPdfCanvasBoundingBox(self._pointer, box)
         form = self.write_canvas()
         self.write_page(form, sheet, crop_box=crop_box)
         return form
@@ -342,16 +402,19 @@ class Document:
         self._call(function, *arguments, ctypes.byref(number))
         return number.value
 
-    def _write_data(self, function: str, images: Sequence[ImageData], *arguments: object) -> int:
+    def _write_image(self, function: str, images: Sequence[ImageData],
+                     *arguments: object) -> Image:
         with contextlib.ExitStack() as stack:
             memories = [stack.enter_context(self._borrowed(image.data)) for image in images]
             size = sum(memory.size for memory in memories)
             self._require_room(function, size)
-            number = self._write(function, *map(_descriptor, images, memories), *arguments)
+            records = [_arguments.descriptor(image, memory, self._number)
+                       for image, memory in zip(images, memories)]
+            number = self._write(function, *records, *arguments)
             self._written += size
-        return number
+        return Image(number, self._number)
 
-    def _borrowed(self, data: ReadableBuffer) -> _native.Borrowed:
+    def _borrowed(self, data: Buffer) -> _native.Borrowed:
         return _native.Borrowed(data, None if self._output is None else self._output.lent)
 
     def _require_room(self, function: str, size: int, written: int = 0) -> None:
@@ -372,41 +435,3 @@ def _file_size(path: str | None) -> int:
     except (OSError, ValueError):
         return 0
     return status.st_size if stat.S_ISREG(status.st_mode) else 0
-
-
-def _descriptor(image: ImageData, memory: _native.Borrowed) -> object:
-    if isinstance(image.color_space, Profile):
-        color_space, profile = _ICC_BASED, image.color_space.number
-    else:
-        color_space, profile = int(ColorSpace(image.color_space)), 0
-    return ctypes.byref(_native.ImageDescriptor(
-        memory.address, memory.size, image.compression, image.width, image.height,
-        image.bits_per_component, color_space, profile))
-
-
-def _tags(role: Role, name: str, entries: Mapping[str, str]) -> tuple[object, ...]:
-    items = (_native.DictionaryItem * len(entries))(*(
-        _native.DictionaryItem(_native.text(key, "key").encode("utf-8"),
-                               _native.wide_text(value, "value"))
-        for key, value in entries.items()))
-    return int(role), _native.wide_text(name, "name"), len(items), items
-
-
-def _box(box: BoxLike) -> Box:
-    return Box(*box) if isinstance(box, tuple) else box
-
-
-def _rect(box: BoxLike) -> _native.Rect:
-    box = _box(box)
-    return _native.Rect(box.left, box.bottom, box.width, box.height, box.angle)
-
-
-def _color(color: ColorLike) -> _native.RGBColor:
-    color = Color(*color) if isinstance(color, tuple) else color
-    return _native.RGBColor(color.red, color.green, color.blue, color.alpha)
-
-
-def _number(value: Image | Form, kind: type[Image] | type[Form]) -> int:
-    if not isinstance(value, kind):
-        raise TypeError(f"{value!r} is no {kind.__name__}")
-    return value.number

@@ -5,6 +5,7 @@ from __future__ import annotations
 import errno
 import functools
 import os
+from typing import Any
 
 _REFUSED = "the document refused it: it is not open, is finished, or its output has failed"
 
@@ -39,6 +40,12 @@ class Error(OSError):
         error = _class_for(code)(code, reason, path)
         error.function = function
         return error
+
+    def __reduce__(self) -> Any:
+        """How it is pickled: its class may be one that is made for its code."""
+        if self.errno is None:
+            return super().__reduce__()
+        return Error._of, (self.function, self.errno, self.filename, self.strerror)
 
     @property
     def code(self) -> int:

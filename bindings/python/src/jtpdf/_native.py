@@ -13,7 +13,7 @@ from ._errors import Error
 from ._output import Output, WriteFunction
 
 if TYPE_CHECKING:
-    from _typeshed import ReadableBuffer
+    from ._values import Buffer
 
 FILE_NAME = "libjtpdf.so.2"
 
@@ -179,8 +179,8 @@ class Borrowed:
     b'abc'
     """
 
-    def __init__(self, data: ReadableBuffer, lent: list[Borrowed] | None = None) -> None:
-        self._data = data
+    def __init__(self, data: Buffer, lent: list[Borrowed] | None = None) -> None:
+        self._data: Any = data
         self._buffer = _PyBuffer()
         self._lent = [] if lent is None else lent  # where to stand while it is borrowed
 

@@ -4,10 +4,24 @@ from __future__ import annotations
 
 import dataclasses
 import enum
-from typing import TYPE_CHECKING, ClassVar, Dict, Literal, Tuple, Union
+import math
+import operator
+import re
+from typing import TYPE_CHECKING, ClassVar, Dict, List, Literal, Tuple, Union
 
 if TYPE_CHECKING:
+    from typing import Any, Protocol
+
     from _typeshed import ReadableBuffer
+
+    class Array(Protocol):
+        """An array of NumPy: it has the buffer protocol, which Python 3.12 is the first to type."""
+
+        @property
+        def __array_interface__(self) -> Any: ...
+
+    #: Whatever has the buffer protocol.
+    Buffer = Union[ReadableBuffer, Array]
 
 #: Units: how many PDF points one is. Any number of points can be a unit.
 POINT = 1.0
@@ -23,6 +37,11 @@ _UNITS: Dict[str, float] = {"pt": POINT, "in": INCH, "cm": CENTIMETER, "mm": MIL
 def points(unit: Unit) -> float:
     """How many points the unit is."""
     if not isinstance(unit, str):
+        if not isinstance(unit, (int, float)):
+            raise TypeError(f"unit is {unit!r}, neither a number of points nor one of "
+                            f"{', '.join(_UNITS)}")
+        if not 0 < unit < math.inf:
+            raise ValueError(f"unit is {unit}: no length can be that many points")
         return unit
     if unit not in _UNITS:
         raise ValueError(f"the unit {unit!r} is none of {', '.join(_UNITS)}, nor a number of points")
@@ -33,8 +52,7 @@ def points(unit: Unit) -> float:
 class Box:
     """Lower-left corner and extent in the document's unit, y upwards, turned by an angle.
 
-    The angle is in degrees, counter-clockwise about the centre. Nothing is checked: a negative
-    extent mirrors an image.
+    The angle is in degrees, counter-clockwise about the centre.
 
     >>> Box(10, 20, 30, 40).inset(1, 2)
     Box(left=11, bottom=22, width=28, height=36, angle=0.0)
@@ -74,14 +92,18 @@ class Color:
 
     def __post_init__(self) -> None:
         for field in dataclasses.fields(self):
-            value = getattr(self, field.name)
+            try:
+                value = operator.index(getattr(self, field.name))
+            except TypeError:
+                raise TypeError(f"{field.name} is {getattr(self, field.name)!r}; colours are whole "
+                                "numbers from 0 to 255") from None
             if not 0 <= value <= 255:
                 raise ValueError(f"{field.name} is {value}; colours go from 0 to 255")
 
     @staticmethod
     def from_hex(text: str) -> Color:
         """The colour of a text such as "#ff8000"."""
-        if len(text) != 7 or text[0] != "#":
+        if not re.fullmatch("#[0-9A-Fa-f]{6}", text):
             raise ValueError(f"{text!r} is not # and six hexadecimal digits")
         return Color(*bytes.fromhex(text[1:]))
 
@@ -91,9 +113,10 @@ Color.WHITE = Color(255, 255, 255)
 Color.NONE = Color(255, 255, 255, 0)
 
 
-#: What a method takes for a box, and for a colour: one of them, or a tuple of its values.
-BoxLike = Union[Box, Tuple[float, float, float, float], Tuple[float, float, float, float, float]]
-ColorLike = Union[Color, Tuple[int, int, int], Tuple[int, int, int, int]]
+#: What a method takes for a box, and for a colour: one of them, or its values.
+BoxLike = Union[Box, Tuple[float, float, float, float], Tuple[float, float, float, float, float],
+                List[float], List[int]]
+ColorLike = Union[Color, str, Tuple[int, int, int], Tuple[int, int, int, int], List[int]]
 
 
 class Compression(enum.IntEnum):
@@ -133,6 +156,7 @@ class Image:
     """The number of an image in its document, from write_image and so on."""
 
     number: int
+    document: int = dataclasses.field(default=0, repr=False, compare=False)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -140,6 +164,7 @@ class Form:
     """The number of a form in its document, from write_canvas."""
 
     number: int
+    document: int = dataclasses.field(default=0, repr=False, compare=False)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -147,6 +172,7 @@ class Profile:
     """The number of a profile's colour space in its document, from write_icc_profile."""
 
     number: int
+    document: int = dataclasses.field(default=0, repr=False, compare=False)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -160,7 +186,7 @@ class ImageData:
     ...                      color_space=ColorSpace.GRAY)
     """
 
-    data: ReadableBuffer
+    data: Buffer
     compression: Compression
     width: int
     height: int
@@ -172,3 +198,5 @@ class ImageData:
             value = getattr(self, name)
             if not -(2**31) <= value < 2**31:
                 raise ValueError(f"{name} is {value}, which has more than 32 bits")
+            if value < 1:
+                raise ValueError(f"{name} is {value}: an image has at least one")
