@@ -43,6 +43,19 @@ class DictionaryItem(ctypes.Structure):
     _fields_ = [("key", ctypes.c_char_p), ("value", ctypes.c_wchar_p)]
 
 
+class Entry(ctypes.Structure):
+    _fields_ = [("key", ctypes.c_char_p), ("value", ctypes.c_char_p)]
+
+
+class Piece(ctypes.Structure):
+    _fields_ = [("data", ctypes.c_void_p), ("size", ctypes.c_size_t)]
+
+
+#: JTPDFEncodeFunction.
+EncodeFunction = ctypes.CFUNCTYPE(
+    ctypes.c_int32, ctypes.c_void_p, ctypes.c_void_p, ctypes.c_size_t,
+    ctypes.POINTER(ctypes.c_void_p), ctypes.POINTER(ctypes.c_size_t))
+
 _Doc = ctypes.c_void_p
 _Unit = ctypes.c_double
 _Text = ctypes.c_wchar_p
@@ -50,6 +63,9 @@ _Number = ctypes.POINTER(ctypes.c_int)
 _Image = ctypes.POINTER(ImageDescriptor)
 # The last arguments of the image writers: role, name, entries, number.
 _Tags = (ctypes.c_int32, _Text, ctypes.c_uint, ctypes.POINTER(DictionaryItem), _Number)
+
+_Entries = (ctypes.c_uint, ctypes.POINTER(Entry))
+_Pieces = (ctypes.c_uint, ctypes.POINTER(Piece))
 
 _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
     "CreateFilePdfDoc": (_Doc, _Unit, _Text, _Text, _Text),
@@ -84,6 +100,20 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
     "WritePdfImageJPEG2000": (ctypes.c_int32, _Doc, _Image, *_Tags),
     "WritePdfICCProfile": (
         ctypes.c_int32, _Doc, ctypes.c_void_p, ctypes.c_uint, ctypes.c_int32, _Number),
+    "WritePdfStream": (
+        ctypes.c_int32, _Doc, *_Entries, ctypes.c_void_p, ctypes.c_size_t, _Number),
+    "WritePdfStreamPieces": (ctypes.c_int32, _Doc, *_Entries, *_Pieces, _Number),
+    "WritePdfObject": (ctypes.c_int32, _Doc, ctypes.c_char_p, _Number),
+    "ReservePdfObject": (ctypes.c_int32, _Doc, _Number),
+    "WriteReservedPdfObject": (ctypes.c_int32, _Doc, ctypes.c_int, ctypes.c_char_p),
+    "WriteReservedPdfStream": (ctypes.c_int32, _Doc, ctypes.c_int, *_Entries, *_Pieces),
+    "SetPdfCatalogEntry": (ctypes.c_int32, _Doc, ctypes.c_char_p, ctypes.c_char_p),
+    "SetPdfPageEntry": (ctypes.c_int32, _Doc, ctypes.c_char_p, ctypes.c_char_p),
+    "SetPdfCanvasEntry": (ctypes.c_int32, _Doc, ctypes.c_char_p, ctypes.c_char_p),
+    "DrawPdfContent": (None, _Doc, ctypes.c_char_p),
+    "SetPdfContentEncoder": (
+        ctypes.c_int32, _Doc, ctypes.c_char_p, EncodeFunction, ctypes.c_void_p),
+    "AddPdfBookmark": (ctypes.c_int32, _Doc, ctypes.c_int, _Text, ctypes.c_int),
     "JTPDFGetDiagnosticMode": (ctypes.c_bool,),
     "JTPDFSetDiagnosticMode": (None, ctypes.c_bool),
 }
