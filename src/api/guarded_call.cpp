@@ -11,7 +11,8 @@
 
 void HandleDiagnostics(char const* functionName, std::ios_base::failure failure, int code) {
   if (!GetDiagnosticMode()) return;
-  std::string report = std::string(functionName) + ": JTPDF error: ";
+  std::string report = functionName;
+  report += ": JTPDF error: ";
   if (code == -1) {
     report += failure.what();
   } else {
@@ -19,7 +20,7 @@ void HandleDiagnostics(char const* functionName, std::ios_base::failure failure,
     char text[256];
     JTPDFStrError(savedErrno, text, sizeof text);
     errno = savedErrno;
-    report += IntToStr(code, 0) + "; " + text;
+    report.append(IntToStr(code, 0)).append("; ").append(text);
   }
   PrintDiagnosticNote(std::move(report));
 }

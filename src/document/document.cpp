@@ -36,7 +36,10 @@ JTPDFDocument::JTPDFDocument(double unitFactor, JTPDFWriteFunction write, void* 
     : JTPDFDocument(unitFactor, std::make_unique<CallbackSink>(write, context)) {}
 
 JTPDFDocument::~JTPDFDocument() {
-  if (!IsSinkUnfinished()) return;
+  if (IsSinkUnfinished()) Abandon();
+}
+
+void JTPDFDocument::Abandon() noexcept {
   const int savedErrno = errno;
   try {
     PrintDiagnosticNote("Warning: JTPDFDocument destroyed without being finalized.");

@@ -105,6 +105,7 @@ class JTPDFDocument : public ObjectWriter {
   void SetMgMk(bool mark) { information.SetMark(mark); }
 
  private:
+  void Abandon() noexcept;
   void RequireComplete() const;
   int WriteCatalog(int pagesObject, int outlineObject);
 

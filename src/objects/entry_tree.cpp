@@ -45,7 +45,7 @@ void Open(std::string& text, std::string_view path) {
 
 bool EntryTree::IsInTheWay(std::string_view key) const {
   for (std::string_view parent = ParentOf(key); !parent.empty(); parent = ParentOf(parent)) {
-    if (entries.find(parent) != entries.end()) return true;
+    if (entries.count(std::string(parent)) != 0) return true;
   }
   const auto below = entries.lower_bound(std::string(key) + '/');
   return below != entries.end() && LeadsThrough(below->first, key);
@@ -53,15 +53,17 @@ bool EntryTree::IsInTheWay(std::string_view key) const {
 
 bool EntryTree::Set(std::string_view key, std::string_view value) {
   if (!IsNamePath(key) || !IsOneObject(value) || IsInTheWay(key)) return false;
-  entries.insert_or_assign(std::string(key), std::string(value));
+  entries[std::string(key)] = value;
   return true;
 }
 
 void EntryTree::Overrule(std::string_view key, std::string_view value) {
-  std::erase_if(entries, [&](Entries::value_type const& entry) {
-    return LeadsThrough(key, entry.first) || LeadsThrough(entry.first, key);
-  });
-  entries.insert_or_assign(std::string(key), std::string(value));
+  for (std::string_view parent = ParentOf(key); !parent.empty(); parent = ParentOf(parent)) {
+    entries.erase(std::string(parent));
+  }
+  auto below = entries.lower_bound(std::string(key) + '/');
+  while (below != entries.end() && LeadsThrough(below->first, key)) below = entries.erase(below);
+  entries[std::string(key)] = value;
 }
 
 std::string EntryTree::AsString() const {

@@ -11,7 +11,6 @@
 #ifndef JTPDF_OBJECTS_ENTRY_TREE_H
 #define JTPDF_OBJECTS_ENTRY_TREE_H
 
-#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -32,7 +31,8 @@ class EntryTree {
   std::string AsString() const;
 
  private:
-  using Entries = std::map<std::string, std::string, std::less<>>;
+  // Of the type under JTPDFDict: one of another order would add 5 kB to the library.
+  using Entries = std::map<std::string, std::string>;
 
   // Whether a path leads through key, or key through a path.
   bool IsInTheWay(std::string_view key) const;

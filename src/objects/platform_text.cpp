@@ -39,18 +39,11 @@ bool IsSurrogate(char32_t c) {
 std::string UTF8(PlatformString text) {
   std::string bytes;
   for (const char32_t c : text) {
-    const auto continuation = [c](int shift) {
-      return static_cast<char>(0x80 | ((c >> shift) & 0x3F));
-    };
-    if (c < 0x80) {
-      bytes += static_cast<char>(c);
-    } else if (c < 0x800) {
-      bytes += {static_cast<char>(0xC0 | (c >> 6)), continuation(0)};
-    } else if (c < 0x10000) {
-      bytes += {static_cast<char>(0xE0 | (c >> 12)), continuation(6), continuation(0)};
-    } else {
-      bytes +=
-          {static_cast<char>(0xF0 | (c >> 18)), continuation(12), continuation(6), continuation(0)};
+    const int more = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;  // bytes behind the first
+    constexpr unsigned char kLead[] = {0x00, 0xC0, 0xE0, 0xF0};
+    bytes.push_back(static_cast<char>(kLead[more] | (c >> (6 * more))));
+    for (int i = more - 1; i >= 0; --i) {
+      bytes.push_back(static_cast<char>(0x80 | ((c >> (6 * i)) & 0x3F)));
     }
   }
   return bytes;

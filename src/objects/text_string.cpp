@@ -59,7 +59,9 @@ std::string PsString(std::wstring const& text) {
   for (std::size_t i = 0; i < size; ++i) {
     const unsigned char b = bytes[i];
     if (b < 0x20) {
-      literal += {'\\', '0', static_cast<char>('0' + (b >> 3)), static_cast<char>('0' + (b & 7))};
+      const char octal[] = {'\\', '0', static_cast<char>('0' + (b >> 3)),
+                            static_cast<char>('0' + (b & 7))};
+      literal.append(octal, sizeof octal);
     } else {
       if (b == '\\' || b == '(' || b == ')') literal += '\\';
       literal += static_cast<char>(b);

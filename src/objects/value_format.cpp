@@ -114,7 +114,7 @@ std::string IntToStr(int value, unsigned int width) {
 }
 
 std::string AsRefString(int objectNumber) {
-  return IntToStr(objectNumber, 0) + " 0 R";
+  return IntToStr(objectNumber, 0).append(" 0 R");
 }
 
 std::string AsRefArray(int firstObject, int count) {
@@ -122,7 +122,7 @@ std::string AsRefArray(int firstObject, int count) {
   const int end =
       static_cast<int>(static_cast<unsigned>(firstObject) + static_cast<unsigned>(count));
   std::string array = "[";
-  for (int n = firstObject; n < end; ++n) array += AsRefString(n) + ' ';
+  for (int n = firstObject; n < end; ++n) array.append(AsRefString(n)).push_back(' ');
   // Kept: without objects this overwrites the bracket that opens, and the array is a lone "]".
   array.back() = ']';
   return array;
