@@ -161,7 +161,8 @@ static int32_t ToFile(void* file, const char* data, size_t size) {
 
 int main(int argc, char** argv) {
   if (argc != 4 && argc != 5) {
-    fprintf(stderr, "usage: captions OUT.pdf PICTURE.png CAPTION [LINK]\n");
+    fprintf(stderr, "usage: captions OUT.pdf PICTURE.png CAPTION [LINK]\nwith libjtpdf %s\n",
+            JTPDFGetVersion());
     return 2;
   }
   static Png png;

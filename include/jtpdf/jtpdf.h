@@ -77,6 +77,10 @@ class JTPDFDocument;
 typedef struct JTPDFDocument JTPDFDocument;
 #endif
 
+/* The version of the library that runs, "2.1.6"; JTPDF_VERSION_STRING of version.h is that of the
+ * headers a program was built with. */
+JTPDF_EXPORT const char* JTPDFGetVersion(void);
+
 /* Units for Create...PdfDoc: PDF points in one inch, centimetre, millimetre and point. The metric
  * factors are exactly these decimal values, for files that agree to the byte. */
 JTPDF_EXPORT extern const double PDFCoordinateUnitInch;       /* 72.0 */

@@ -16,27 +16,17 @@
 
 namespace {
 
-// How an item, or the outline (item 0), hangs together with the others; 0 stands for none.
-struct Links {
-  int parent = 0;
-  int previous = 0;
-  int next = 0;
-  int first = 0;
-  int last = 0;
-  int count = 0;  // items below, all of them open
-};
-
 void WriteReference(ObjectWriter& out, char const* key, int object) {
   out.Compose() << key << ' ' << object << " 0 R\r\n";
 }
 
-void WriteKids(ObjectWriter& out, Links const& links, int root) {
+}  // namespace
+
+void Outline::WriteKids(ObjectWriter& out, Links const& links, int root) {
   if (links.count == 0) return;
   WriteReference(out, "/First", root + links.first);
   WriteReference(out, "/Last", root + links.last);
 }
-
-}  // namespace
 
 void Outline::Add(int level, wchar_t const* title, int page) {
   const int deepest = bookmarks.empty() ? 0 : bookmarks.back().level + 1;
@@ -46,7 +36,7 @@ void Outline::Add(int level, wchar_t const* title, int page) {
   lastPage = std::max(lastPage, static_cast<std::size_t>(page));
 }
 
-int Outline::Write(ObjectWriter& out, int firstPage) const {
+std::vector<Outline::Links> Outline::LinkItems() const {
   std::vector<Links> links(bookmarks.size() + 1);
   std::vector<int> open = {0};  // the item of each level that the next one may be below
   for (std::size_t i = 0; i < bookmarks.size(); ++i) {
@@ -62,7 +52,11 @@ int Outline::Write(ObjectWriter& out, int firstPage) const {
     for (const int above : open) ++links[static_cast<std::size_t>(above)].count;
     open.push_back(item);
   }
+  return links;
+}
 
+int Outline::Write(ObjectWriter& out, int firstPage) const {
+  const std::vector<Links> links = LinkItems();
   const int root = out.BeginObject();
   out.Compose() << "<<\r\n/Count " << links[0].count << "\r\n";
   WriteKids(out, links[0], root);

@@ -30,6 +30,18 @@ class Outline {
     int page;
     std::string title;  // a string literal
   };
+  // How an item, or the outline (item 0), hangs together with the others; 0 stands for none.
+  struct Links {
+    int parent = 0;
+    int previous = 0;
+    int next = 0;
+    int first = 0;
+    int last = 0;
+    int count = 0;  // items below, all of them open
+  };
+
+  std::vector<Links> LinkItems() const;
+  static void WriteKids(ObjectWriter& out, Links const& links, int root);
 
   std::vector<Bookmark> bookmarks;
   std::size_t lastPage = 0;

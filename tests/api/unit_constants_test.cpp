@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "jtpdf/version.h"
+
 #include <cmath>
 
 #include "jtpdf/jtpdf.h"
@@ -15,4 +17,8 @@ TEST(UnitConstants, MetricOnesAreNotComputed) {
   EXPECT_NE(72 / 2.54, PDFCoordinateUnitCentimeter);
   EXPECT_NE(72 / 25.4, PDFCoordinateUnitMillimeter);
   EXPECT_NEAR(72 / 2.54, PDFCoordinateUnitCentimeter, 1e-10);
+}
+
+TEST(JTPDFGetVersion, IsThatOfTheHeaders) {
+  EXPECT_STREQ(JTPDF_VERSION_STRING, JTPDFGetVersion());
 }

@@ -119,6 +119,8 @@ std::vector<Step> ReferenceSteps(int volume, bool openObjects) {
          SetPdfInfoItem(s.doc, "Title", L"Writes fail, \u03B1\u03B2\u03B3 and \U0001F600 stay");
          return Succeeded();
        }},
+      {"JTPDFGetVersion",
+       [](Session&) { return JTPDFGetVersion() == nullptr ? EFAULT : Succeeded(); }},
       {"InitPdfDoc", [](Session& s) { return InitPdfDoc(s.doc); }},
       {"WritePdfICCProfile",
        [](Session& s) {
