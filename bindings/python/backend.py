@@ -1,0 +1,122 @@
+"""The build backend of pyproject.toml (PEP 517): makes the wheel with nothing but Python's own modules.
+
+So `pip install .` needs no network. The wheel holds the shared library: the one that the environment
+variable JTPDF_LIBRARY names, or one that CMake makes of the sources around this folder.
+"""
+
+import ast
+import base64
+import hashlib
+import io
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sysconfig
+import tarfile
+import tempfile
+import zipfile
+
+HERE = pathlib.Path(__file__).resolve().parent
+LIBRARY_NAME = "libjtpdf.so.2"
+# Of the library, what makes it; in the source distribution they are in the folder "library".
+LIBRARY_SOURCES = ("CMakeLists.txt", "LICENSE", "cmake", "include", "src")
+OWN_SOURCES = ("pyproject.toml", "backend.py", "README.md", "src")
+
+
+def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+    about = project()
+    tag = "py3-none-" + re.sub("[-.]", "_", sysconfig.get_platform())
+    info = f"{about['name']}-{about['version']}.dist-info"
+    files = {f"jtpdf/{path.name}": path.read_bytes()
+             for path in sorted((HERE / "src" / "jtpdf").iterdir())
+             if path.suffix == ".py" or path.name == "py.typed"}
+    files[f"jtpdf/{LIBRARY_NAME}"] = shared_library()
+    files[f"{info}/LICENSE"] = (library_folder() / "LICENSE").read_bytes()
+    files[f"{info}/METADATA"] = metadata(about).encode("utf-8")
+    files[f"{info}/WHEEL"] = (f"Wheel-Version: 1.0\nGenerator: jtpdf\nRoot-Is-Purelib: false\n"
+                              f"Tag: {tag}\n").encode("ascii")
+    record = "".join(f"{name},sha256={digest(data)},{len(data)}\n" for name, data in files.items())
+    files[f"{info}/RECORD"] = f"{record}{info}/RECORD,,\n".encode("ascii")
+
+    wheel = f"{about['name']}-{about['version']}-{tag}.whl"
+    with zipfile.ZipFile(pathlib.Path(wheel_directory) / wheel, "w", zipfile.ZIP_DEFLATED) as archive:
+        for name, data in files.items():  # of one time, so that the same files give the same bytes
+            entry = zipfile.ZipInfo(name, (1980, 1, 1, 0, 0, 0))
+            entry.external_attr = 0o100644 << 16
+            entry.compress_type = zipfile.ZIP_DEFLATED
+            archive.writestr(entry, data)
+    return wheel
+
+
+def build_sdist(sdist_directory, config_settings=None):
+    about = project()
+    folder = f"{about['name']}-{about['version']}"
+
+    def plain(entry):
+        skipped = "__pycache__" in entry.name or entry.name.endswith(".so.2")
+        entry.uid = entry.gid = entry.mtime = 0
+        entry.uname = entry.gname = ""
+        return None if skipped else entry
+
+    with tarfile.open(pathlib.Path(sdist_directory) / f"{folder}.tar.gz", "w:gz") as archive:
+        for name in OWN_SOURCES:
+            archive.add(HERE / name, f"{folder}/{name}", filter=plain)
+        for name in LIBRARY_SOURCES:
+            archive.add(library_folder() / name, f"{folder}/library/{name}", filter=plain)
+        text = metadata(about).encode("utf-8")
+        entry = tarfile.TarInfo(f"{folder}/PKG-INFO")
+        entry.size = len(text)
+        archive.addfile(entry, io.BytesIO(text))
+    return f"{folder}.tar.gz"
+
+
+def project():
+    """The table [project] of pyproject.toml, as far as it is used here; Python 3.9 has no reader."""
+    text = (HERE / "pyproject.toml").read_text("utf-8")
+    table = re.search(r"^\[project\]\n(.*?)^(?=\[|\Z)", text, re.MULTILINE | re.DOTALL)[1]
+    pairs = re.findall(r'^([\w-]+) = ("[^"\n]*"|\[.*?^\])$', table, re.MULTILINE | re.DOTALL)
+    return {key: ast.literal_eval(value) for key, value in pairs}
+
+
+def metadata(about):
+    lines = ["Metadata-Version: 2.1", f"Name: {about['name']}", f"Version: {about['version']}",
+             f"Summary: {about['description']}", "License: MIT",
+             f"Requires-Python: {about['requires-python']}",
+             *(f"Classifier: {classifier}" for classifier in about["classifiers"]),
+             "Description-Content-Type: text/markdown", "",
+             (HERE / about["readme"]).read_text("utf-8")]
+    return "\n".join(lines)
+
+
+def digest(data):
+    return base64.urlsafe_b64encode(hashlib.sha256(data).digest()).rstrip(b"=").decode("ascii")
+
+
+def library_folder():
+    for folder in (HERE / "library", HERE.parent.parent):
+        if (folder / "src" / "jtpdf.exports").exists():
+            return folder
+    raise SystemExit(f"{HERE} is not in the sources of jtpdf, of which the wheel holds the library")
+
+
+def shared_library():
+    named = os.environ.get("JTPDF_LIBRARY")
+    if named:
+        return pathlib.Path(named).read_bytes()
+    if shutil.which("cmake") is None:
+        raise SystemExit("cmake is not installed, which makes the library of the wheel; install it, "
+                         "or let JTPDF_LIBRARY name the shared library")
+    with tempfile.TemporaryDirectory() as build:
+        options = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF", "-DJTPDF_BUILD_TOOLS=OFF",
+                   "-DJTPDF_BUILD_EXAMPLES=OFF", "-DJTPDF_INSTALL=OFF"]
+        run("cmake", "-S", str(library_folder()), "-B", build, *options)
+        run("cmake", "--build", build, "--target", "jtpdf", "--parallel", str(os.cpu_count() or 1))
+        return (pathlib.Path(build) / "src" / LIBRARY_NAME).read_bytes()
+
+
+def run(*command):
+    done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    if done.returncode != 0:
+        raise SystemExit(f"{' '.join(command)}:\n{done.stdout.decode('utf-8', 'replace')}")
