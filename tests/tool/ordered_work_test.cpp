@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <map>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 
@@ -91,6 +93,17 @@ TEST(ForEachInParallel, PassesAnExceptionOnWhenAllHaveEnded) {
                  std::bad_alloc);
     EXPECT_EQ(inside, 0);
   }
+}
+
+TEST(ForEachInParallel, SharesTheWork) {
+  std::mutex mutex;
+  std::map<std::thread::id, int> visits;
+  ForEachInParallel(64, 4, [&](size_t) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    const std::lock_guard lock(mutex);
+    ++visits[std::this_thread::get_id()];
+  });
+  EXPECT_GT(visits.size(), 1u);
 }
 
 TEST(ForEachInParallel, VisitsEachOnce) {
