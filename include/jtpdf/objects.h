@@ -14,8 +14,9 @@
  *
  * 1. A value is the text of exactly one object of PDF (ISO 32000-1, 7.3), written as it stands:
  *    "15", "[0 1]", "/DeviceGray", "12 0 R", "(text)", "<< /A 1 >>". Not taken are streams,
- * comments, anything that leaves a bracket open, more than 100 arrays and dictionaries in each
- * other, and references to another generation than 0. What a reference names is not checked.
+ *    comments, anything that leaves a bracket open, a key twice in a dictionary, more than 100
+ *    arrays and dictionaries in each other, and references to another generation than 0. What a
+ *    reference names is not checked.
  * 2. A key is a path of names: "/Width", "/DecodeParms/Predictor" for an entry of a dictionary in
  *    the dictionary. Setting a key again replaces its value. No key may lead through one that has a
  *    value. The library's own entries of the same key win.
@@ -46,7 +47,7 @@ JTPDF_EXPORT int32_t WritePdfStreamPieces(JTPDFDocument* doc, unsigned entryCoun
                                           const JTPDFEntry* entries, unsigned pieceCount,
                                           const JTPDFPiece* pieces, int* object);
 
-/* Writes the object value and stores its number in *object. */
+/* Writes the object value, which must not be a lone reference, and stores its number in *object. */
 JTPDF_EXPORT int32_t WritePdfObject(JTPDFDocument* doc, const char* value, int* object);
 
 /* Stores the number of an object that is to be written later in *object, for objects that name each

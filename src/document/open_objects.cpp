@@ -41,7 +41,7 @@ void RequireReserved(ObjectWriter const& out, int object) {
 }
 
 int WriteObject(ObjectWriter& out, int object, char const* value) {
-  if (!IsOneObject(value)) RefuseArgument("The text is not exactly one object");
+  if (!IsDirectObject(value)) RefuseArgument("The text is not exactly one direct object");
   const int number = Begin(out, object);
   out.Append(value);
   out.Append(kLineEnd);

@@ -3,6 +3,8 @@
 #include "objects/syntax.h"
 
 #include <cstddef>
+#include <map>
+#include <string>
 
 namespace {
 
@@ -27,6 +29,22 @@ bool IsDigit(char c) {
 
 bool IsHexDigit(char c) {
   return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
+int HexValue(char c) {
+  return IsDigit(c) ? c - '0' : (c | 0x20) - 'a' + 10;
+}
+
+// A name's characters, whichever way they are spelled.
+std::string Spelled(std::string_view name) {
+  std::string text;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool isCode = name[i] == '#';
+    text.push_back(isCode ? static_cast<char>(16 * HexValue(name[i + 1]) + HexValue(name[i + 2]))
+                          : name[i]);
+    if (isCode) i += 2;
+  }
+  return text;
 }
 
 // Takes objects from the front of a text. Each member returns whether there was what it takes.
@@ -69,6 +87,21 @@ class Scanner {
   }
 
   bool TakeKey() { return rest.size() > 1 && IsRegular(rest[1]) && TakeName(); }
+
+  // A number that names an object, of at most nine digits and not 0; "0"; "R". What is none is put
+  // back.
+  bool TakeReference() {
+    const std::string_view start = rest;
+    const std::string_view number = TakeRegular();
+    const bool names = AreDigits(number) && number.size() <= 9 &&
+                       number.find_first_not_of('0') != std::string_view::npos;
+    SkipSpace();
+    const bool isFirst = names && TakeRegular() == "0";
+    SkipSpace();
+    if (isFirst && TakeRegular() == "R") return true;
+    rest = start;
+    return false;
+  }
 
  private:
   bool Take(std::string_view token) {
@@ -118,8 +151,13 @@ class Scanner {
 
   bool TakeDictionary(int depth) {
     rest.remove_prefix(2);
+    std::map<std::string, std::string> keys;
     for (SkipSpace(); !Take(">>"); SkipSpace()) {
+      const std::string_view start = rest;
       if (depth == kMostNested || !TakeKey()) return false;
+      const std::string key = Spelled(start.substr(0, start.size() - rest.size()));
+      if (keys.count(key) != 0) return false;
+      keys[key];
       SkipSpace();
       if (!TakeObject(depth + 1)) return false;
     }
@@ -148,21 +186,6 @@ class Scanner {
     return text.size() <= kMostDigits;
   }
 
-  // A number that names an object, of at most nine digits and not 0; "0"; "R". What is none is put
-  // back.
-  bool TakeReference() {
-    const std::string_view start = rest;
-    const std::string_view number = TakeRegular();
-    const bool names = AreDigits(number) && number.size() <= 9 &&
-                       number.find_first_not_of('0') != std::string_view::npos;
-    SkipSpace();
-    const bool isFirst = names && TakeRegular() == "0";
-    SkipSpace();
-    if (isFirst && TakeRegular() == "R") return true;
-    rest = start;
-    return false;
-  }
-
   std::string_view rest;
 };
 
@@ -179,6 +202,12 @@ bool IsNamePath(std::string_view text) {
     if (!scanner.TakeKey()) return false;
   }
   return !text.empty();
+}
+
+bool IsDirectObject(std::string_view text) {
+  Scanner scanner(text);
+  scanner.SkipSpace();
+  return !scanner.TakeReference() && IsOneObject(text);
 }
 
 bool IsOneObject(std::string_view text) {

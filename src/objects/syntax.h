@@ -16,8 +16,12 @@ bool IsNamePath(std::string_view text);
 
 // Exactly one object of ISO 32000-1, 7.3 that is not a stream: null, a boolean, a number, a string,
 // a name, an array, a dictionary, or a reference "12 0 R" to an object of ours. White space may
-// stand around it; comments are not taken, nor more than 100 arrays and dictionaries in each other,
-// nor numbers of more than 18 digits before or behind the point.
+// stand around it; comments and keys that occur twice are not taken, nor more than 100 arrays and
+// dictionaries in each other, nor numbers of more than 18 digits before or behind the point.
 bool IsOneObject(std::string_view text);
+
+// The same without references: what may stand between "7 0 obj" and "endobj". Readers refuse a
+// lone reference there.
+bool IsDirectObject(std::string_view text);
 
 #endif  // JTPDF_OBJECTS_SYNTAX_H

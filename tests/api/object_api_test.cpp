@@ -84,7 +84,7 @@ TEST(ReservePdfObject, IsWrittenLaterUnderItsNumber) {
   int between = 0;
   EXPECT_EQ(0, ReservePdfObject(doc, &first));
   EXPECT_EQ(0, ReservePdfObject(doc, &second));
-  EXPECT_EQ(0, WritePdfObject(doc, "2 0 R", &between));
+  EXPECT_EQ(0, WritePdfObject(doc, "[2 0 R]", &between));
   const JTPDFPiece piece = {"x", 1};
   EXPECT_EQ(0, WriteReservedPdfStream(doc, second, 0, nullptr, 1, &piece));
   EXPECT_EQ(0, WriteReservedPdfObject(doc, first, "<< /Next 3 0 R >>"));
@@ -94,7 +94,7 @@ TEST(ReservePdfObject, IsWrittenLaterUnderItsNumber) {
   const std::string objects[] = {
       Lines("2 0 obj", "<< /Next 3 0 R >>", "endobj"),
       Lines("3 0 obj", "<<", "/Length 1", ">>", "stream", "x", "endstream", "endobj"),
-      Lines("4 0 obj", "2 0 R", "endobj")};
+      Lines("4 0 obj", "[2 0 R]", "endobj")};
   const std::size_t start = Head().size();
   EXPECT_BYTES(objects[2] + objects[1] + objects[0],
                bytes.substr(start, objects[0].size() + objects[1].size() + objects[2].size()));
@@ -332,6 +332,6 @@ TEST(ObjectApi, SaysInDiagnosticModeWhatItRefused) {
   Doc doc;
   doc.Init();
   Diagnostics diagnostics;
-  EXPECT_EQ(EINVAL, WritePdfObject(doc, "1 2", nullptr));
+  EXPECT_EQ(EINVAL, WritePdfObject(doc, "2 0 R", nullptr));
   EXPECT_EQ(ErrorLine("WritePdfObject", EINVAL), diagnostics.Take());
 }

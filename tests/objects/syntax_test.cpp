@@ -56,6 +56,7 @@ TEST(IsOneObject, TakesEachKind) {
                            "[1 0 R 2 0 R 3]",
                            "[1 0 2 0 R]",
                            "<</A 7 0 R/B 7>>",
+                           "<</A 1/a 1/A#20 1/B<</A 1>>>>",
                            " 1 ",
                            "\n/A\n",
                            "[/A#20B]",
@@ -104,6 +105,8 @@ TEST(IsOneObject, RefusesWhatIsNotOne) {
                            "<< 1 2 >>",
                            "<< (a) 1 >>",
                            "<< / 1 >>",
+                           "<< /A 1 /A 1 >>",
+                           "<< /A 1 /#41 1 >>",
                            "<< /A 1 /B >>",
                            "<</A 1]",
                            "[",
@@ -131,6 +134,15 @@ TEST(IsOneObject, RefusesWhatIsNotOne) {
                            "/A#0",
                            "1\x7F"}) {
     EXPECT_FALSE(IsOneObject(text)) << text;
+  }
+}
+
+TEST(IsDirectObject, IsNoReference) {
+  for (const char* text : {"1", "[1 0 R]", "<</A 1 0 R>>", "(1 0 R)", " null "}) {
+    EXPECT_TRUE(IsDirectObject(text)) << text;
+  }
+  for (const char* text : {"1 0 R", " 12 0 R ", "", "1 2", "1 0"}) {
+    EXPECT_FALSE(IsDirectObject(text)) << text;
   }
 }
 
