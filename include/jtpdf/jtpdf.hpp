@@ -1378,6 +1378,11 @@ class [[nodiscard]] Document {
   int exceptions_ = std::uncaught_exceptions();
 };
 
+// The version of the library that runs; JTPDF_VERSION_STRING is that of the headers.
+inline std::string_view library_version() noexcept {
+  return JTPDFGetVersion();
+}
+
 // ---- Diagnostics ------------------------------------------------------------------------------
 
 // The process-wide switch for messages on stderr. Set it before documents are used by threads.

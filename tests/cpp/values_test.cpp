@@ -77,6 +77,7 @@ TEST(JtpdfLength, IsPrintedWithItsUnit) {
 }
 
 TEST(JtpdfVersion, IsTheProjects) {
+  EXPECT_EQ(jtpdf::library_version(), JTPDF_VERSION_STRING);
   EXPECT_EQ(JTPDF_VERSION_STRING, std::to_string(JTPDF_VERSION_MAJOR) + "." +
                                       std::to_string(JTPDF_VERSION_MINOR) + "." +
                                       std::to_string(JTPDF_VERSION_PATCH));

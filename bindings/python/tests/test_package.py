@@ -31,6 +31,7 @@ class Package(unittest.TestCase):
         self.assertEqual(jtpdf.__version__, os.environ.get("JTPDF_VERSION", jtpdf.__version__))
 
     def test_has_the_librarys_version(self) -> None:
+        self.assertEqual(jtpdf.library_version(), jtpdf.__version__)
         with jtpdf.Document() as doc:
             pass
         utf16 = "".join(f"\\000{c}" for c in f"JTPDF {jtpdf.__version__}")

@@ -27,8 +27,14 @@ __all__ = [
     "CENTIMETER", "INCH", "MILLIMETER", "POINT", "Box", "BoxLike", "Color", "ColorLike",
     "ColorSpace", "Compression", "Document", "Error", "Form", "Image", "ImageData", "Picture",
     "Profile", "Role", "Unit",
-    "diagnostic_mode", "set_diagnostic_mode",
+    "diagnostic_mode", "library_version", "set_diagnostic_mode",
 ]
+
+
+def library_version() -> str:
+    """The version of the shared library that runs; ``__version__`` is that of the package."""
+    version: bytes = _native.library.JTPDFGetVersion()
+    return version.decode("ascii")
 
 
 def diagnostic_mode() -> bool:
