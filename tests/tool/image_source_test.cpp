@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -89,6 +90,36 @@ TEST_F(ImageSourceTest, TellsEachMapsFailureApart) {
     EXPECT_NO_THROW(other.CheckUnchanged());
   }
   EXPECT_NO_THROW(cut.CheckUnchanged());
+}
+
+TEST_F(ImageSourceTest, PutsZerosInNoOtherMap) {
+  const std::string whole = path_ + ".whole";
+  std::ofstream(whole, std::ios::binary) << std::string(kLarge, 'y');
+  Write(kLarge);
+  const ImageSource before = ImageSource::Open(whole, false);
+  const ImageSource cut = ImageSource::Open(path_, false);
+  const ImageSource after = ImageSource::Open(whole, false);
+  ASSERT_EQ(truncate(path_.c_str(), 5000), 0);
+  EXPECT_EQ(Count(cut.View(), 0), kLarge - 5000);
+  for (const ImageSource* other : {&before, &after}) {
+    EXPECT_EQ(Count(other->View(), 'y'), kLarge);
+    EXPECT_NO_THROW(other->CheckUnchanged());
+  }
+  std::remove(whole.c_str());
+}
+
+TEST_F(ImageSourceTest, GivesTheMemoryOfItsMapBack) {
+  Write(kLarge);
+  const auto maps = [&] {
+    std::ifstream file("/proc/self/maps");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    return text.find(path_) != std::string::npos;
+  };
+  {
+    const ImageSource source = ImageSource::Open(path_, true);
+    EXPECT_TRUE(maps());
+  }
+  EXPECT_FALSE(maps());
 }
 
 TEST_F(ImageSourceTest, ReadsWhatIsTooMuchToMap) {

@@ -390,6 +390,21 @@ class Faults(OutputTest):
                     pdf = done.stdout if options else self.get("out.pdf")
                     self.assertEqual(pdf, self.expected())
 
+    def test_a_read_may_be_interrupted_or_fail(self):
+        with open(self.save(noise(200, 200), "a.png"), "rb") as file:
+            for name, arguments in (("standard input", ["-"]), ("b.png", ["b.png"])):
+                self.save(blocks(), "b.png")
+                for faults, status in ("interrupts", 0), ("read-fails", 1):
+                    with self.subTest(faults=faults, name=name):
+                        file.seek(0)
+                        done = subprocess.run([JTPDF, *arguments, "-o", "o.pdf"], stdin=file,
+                                              cwd=self.folder, capture_output=True,
+                                              env=with_faults(faults))
+                        self.assertEqual(done.returncode, status, done.stderr)
+                        if status:
+                            self.assertIn(name.encode() + b": cannot be read: Input/output error",
+                                          done.stderr)
+
     def test_bytes_reach_the_disk_before_an_old_file_goes(self):
         for faults in "", "no-tmpfile":
             self.assertEqual(self.begin(faults, old=True).returncode, 0)

@@ -6,7 +6,8 @@
  *   no-proc         /proc is not mounted
  *   no-link         there are no links
  *   short-writes    a write takes 1,000 bytes at most
- *   interrupts      every other write is interrupted by a signal
+ *   interrupts      every other read and write is interrupted by a signal
+ *   read-fails      reading a file fails
  *   fsync-fails, close-fails (of a copied descriptor), rename-fails
  *   swap            a new hidden file's name is taken over by a link to the file "victim" */
 #define _GNU_SOURCE
@@ -96,6 +97,12 @@ int close(int descriptor) {
   if (descriptor != copied) return code;
   copied = -1;
   return faulty("close-fails") ? fail(EDQUOT) : code;
+}
+
+ssize_t read(int descriptor, void* data, size_t size) {
+  static int calls = 0;
+  if (faulty("interrupts") && ++calls % 2 == 1) return fail(EINTR);
+  return faulty("read-fails") ? fail(EIO) : REAL(read)(descriptor, data, size);
 }
 
 ssize_t write(int descriptor, const void* data, size_t size) {
