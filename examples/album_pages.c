@@ -302,7 +302,8 @@ static bool ContactPage(Album* album) {
   const JTPDFRGBColor film = {44, 41, 68, 255}, slot = {66, 62, 96, 255};
   BeginPage(album, kNight);
   for (int i = 0; i < (int)COUNT(frames); i++) {
-    const JTPDFRect cell = Box(15 + 53.5 * (i % 4), 125 - 46.5 * (i / 4), 49.5, 42.5);
+    const int row = i / 4, column = i % 4;
+    const JTPDFRect cell = Box(15 + 53.5 * column, 125 - 46.5 * row, 49.5, 42.5);
     JTPDFRect inner = cell;
     InsetPdfRect(&inner, 3, 3);
     FillAndStrokePdfRectangle(album->doc, cell, film, slot, 0.2);

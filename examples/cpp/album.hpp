@@ -2,6 +2,7 @@
 #ifndef ALBUM_HPP
 #define ALBUM_HPP
 
+#include <cmath>
 #include <jtpdf/jtpdf.hpp>
 #include <map>
 #include <string>
@@ -33,7 +34,7 @@ void MakeCardFile(const std::string& path);                              // albu
 // The colour between two others: from at 0, to at 1.
 inline Color Blend(Color from, Color to, double part) {
   const auto between = [part](int a, int b) {
-    return static_cast<std::uint8_t>(a + (b - a) * part + 0.5);
+    return static_cast<std::uint8_t>(std::lround(a + (b - a) * part));
   };
   return {between(from.red, to.red), between(from.green, to.green), between(from.blue, to.blue)};
 }

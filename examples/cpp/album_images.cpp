@@ -171,7 +171,7 @@ class ImageWriter {
 
   // A gradient: one column of pixels, to be stretched over a page.
   void WriteSky() {
-    constexpr int kRows = 400;
+    constexpr std::size_t kRows = 400;
     constexpr Color kTop{44, 110, 190}, kMiddle{150, 200, 236}, kBottom{255, 238, 205};
     std::array<std::uint8_t, 3 * kRows> pixels = {};
     for (std::size_t row = 0; row < kRows; row++) {

@@ -340,7 +340,8 @@ class PageWriter {
     Begin(kNight);
     int i = 0;
     for (const auto& [image, width, height] : kFrames) {
-      const Box cell = At(15 + 53.5 * (i % 4), 125 - 46.5 * (i / 4), 49.5, 42.5);
+      const int row = i / 4, column = i % 4;
+      const Box cell = At(15 + 53.5 * column, 125 - 46.5 * row, 49.5, 42.5);
       const Box inner = cell.inset(3_mm, 3_mm);
       doc_.fill_and_stroke_rectangle(cell, kFilm, kSlot, 0.2_mm);
       if (image == "fern, white left out") doc_.fill_rectangle(inner, kPaper);
