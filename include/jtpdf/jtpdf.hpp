@@ -921,8 +921,7 @@ struct ResultOf<Write, std::enable_if_t<kTakesView<Write>>> {
 template <typename Write>
 class FunctionOutput final : public Output {
  public:
-  template <typename Argument>
-  explicit FunctionOutput(Argument&& write) : write_(std::forward<Argument>(write)) {}
+  explicit FunctionOutput(Write write) : write_(std::move(write)) {}
 
  private:
   std::int32_t take(const char* data, std::size_t size) override {
