@@ -6,7 +6,7 @@ from typing import Dict, List, Optional
 
 from headers import Item
 
-WORD = re.compile(r"(?<![\w/])/[A-Z]\w+|\b[A-Za-z_][\w:]*\w(?:\(\))?")
+WORD = re.compile(r"(?<![\w/])(?:/[A-Z]\w*)+|\b[A-Za-z_][\w:]*\w(?:\(\))?")
 SPECIAL = re.compile(r"([\\*`|_<>])")
 BLOCKS = ("class", "struct", "enum", "namespace")
 

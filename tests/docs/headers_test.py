@@ -91,6 +91,10 @@ class Reference(unittest.TestCase):
         self.assertIn(r"\ :c:type:`Open <Open>`\ ", page)
         self.assertIn(r"for \*p, a\_b\_ and \|c\|.", page)
 
+    def test_names_of_pdf_and_paths_of_them_are_code(self) -> None:
+        page = self.page("/* x.h - writes. */\n\n/* Sets /A/B/F1, not 1/2. */\nint A(void);\n")
+        self.assertIn("Sets \\ ``/A/B/F1``\\ , not 1/2.", page)
+
     def test_a_type_of_functions_has_its_name(self) -> None:
         items = headers.read("/* Takes bytes. */\ntypedef int (*Write)(void* to, size_t size);\n", False)
         self.assertEqual(reference.links(items, "c"), {"Write": ":c:type:`Write <Write>`"})
