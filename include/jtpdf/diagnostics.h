@@ -24,8 +24,7 @@ extern "C" {
 JTPDF_EXPORT bool JTPDFGetDiagnosticMode(void);
 
 /* Switches diagnostic mode on or off for every document of the process. May be called at any time
- * and counts from the next report on. The switch is a plain flag: set it before documents are used
- * from several threads. */
+ * and counts from the next report on; another thread's report that is under way is printed or not. */
 JTPDF_EXPORT void JTPDFSetDiagnosticMode(bool on);
 
 #ifdef __cplusplus
