@@ -23,8 +23,8 @@ extern "C" {
 /* Returns whether diagnostic mode is on; false when the library has just been loaded. */
 JTPDF_EXPORT bool JTPDFGetDiagnosticMode(void);
 
-/* Switches diagnostic mode on or off for every document of the process. May be called at any time
- * and counts from the next report on; another thread's report that is under way is printed or not. */
+/* Switches diagnostic mode on or off for every document of the process. May be called at any time,
+ * by any thread, and counts from the next report on: one that is under way is printed or not. */
 JTPDF_EXPORT void JTPDFSetDiagnosticMode(bool on);
 
 #ifdef __cplusplus

@@ -1384,7 +1384,7 @@ inline std::string_view library_version() noexcept {
 
 // ---- Diagnostics ------------------------------------------------------------------------------
 
-// The process-wide switch for messages on stderr. Set it before documents are used by threads.
+// The process-wide switch for messages on stderr, for any thread at any time.
 inline bool diagnostic_mode() noexcept {
   return JTPDFGetDiagnosticMode();
 }
