@@ -140,7 +140,7 @@ class ImageEntries {
     if (!value.empty()) entries_[count_++] = {key, value};
   }
 
-  std::string_view Number(int value, std::string_view behind = {}) {
+  std::string_view Number(int value, std::string_view behind = "") {
     const std::size_t start = numbers_.Size();
     numbers_ << value << behind;
     return std::string_view(numbers_).substr(start);
