@@ -154,6 +154,28 @@ TEST(Threads, FailuresDoNotMeet) {
   EXPECT_GE(reports, kThreads * kRounds);
 }
 
+// Half of the threads set the switch while the others make calls that report.
+TEST(Threads, TheDiagnosticSwitchMayBeSetAtAnyTime) {
+  const TempDir dir;
+  std::atomic<int> refused = 0;
+  {
+    const StandardErrorInFile redirected(dir.File("notes"));
+    InThreads([&](int thread) {
+      for (int i = 0; i < 200; ++i) {
+        if (thread % 2 == 0) {
+          JTPDFSetDiagnosticMode(i % 2 == 0);
+        } else {
+          JTPDFDocument* const doc = CreateMemoryPdfDoc(PDFCoordinateUnitPoint);
+          refused += WritePdfCanvas(doc, nullptr) != 0;
+          DestroyPdfDoc(doc);
+        }
+      }
+    });
+    JTPDFSetDiagnosticMode(false);
+  }
+  EXPECT_EQ(refused, kThreads / 2 * 200);
+}
+
 }  // namespace
 
 }  // namespace faults
