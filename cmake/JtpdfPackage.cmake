@@ -36,9 +36,10 @@ function(jtpdf_package component package summary)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
 endfunction()
 
+set(debian ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian)
 find_program(GZIP gzip)
 if(GZIP)
-  execute_process(COMMAND ${GZIP} -9nc ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/changelog
+  execute_process(COMMAND ${GZIP} -9nc ${debian}/changelog
     OUTPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz COMMAND_ERROR_IS_FATAL ANY)
   set(CPACK_COMPONENTS_ALL)
   jtpdf_package(runtime libjtpdf2 "Library that writes PDF files in one forward pass")
@@ -58,11 +59,11 @@ if(GZIP)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), libjtpdf2 (>= ${PROJECT_VERSION})")
   # The compiled modules are no files of the package; these make them and take them away.
   set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
-    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/python/postinst;${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/python/prerm")
+    ${debian}/python/postinst ${debian}/python/prerm)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
-    "${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian/triggers;${CMAKE_CURRENT_BINARY_DIR}/shlibs;${CMAKE_CURRENT_BINARY_DIR}/symbols")
+    ${debian}/triggers ${CMAKE_CURRENT_BINARY_DIR}/shlibs ${CMAKE_CURRENT_BINARY_DIR}/symbols)
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_STRICT_PERMISSION ON)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS

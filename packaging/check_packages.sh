@@ -11,7 +11,8 @@ field() { dpkg-deb -f "$folder/$1"_*.deb "$2"; }
 
 # takes PACKAGE OTHER: without OTHER the package is of no use.
 takes() {
-  field "$1" Depends | tr ',' '\n' | grep "^ *$2\\( \\|$\\)" >/dev/null || complain "$1 does not depend on $2"
+  field "$1" Depends | tr ',' '\n' | grep "^ *$2\\( \\|$\\)" >/dev/null ||
+    complain "$1 does not depend on $2"
 }
 takes jtpdf libjtpdf2
 takes jtpdf libjpeg62-turbo

@@ -28,8 +28,8 @@ def main() -> None:
         if not any(pathlib.Path(f"{work}/{folder}/{name}").exists() for folder in folders):
             mistakes.append(f"{program} finds no {name}: it looks in {' '.join(folders)}")
 
-    expect_in(output_of("/usr/bin/python3", "-c", "import site\nprint(*site.getsitepackages(), sep='\\n')"),
-              "jtpdf/__init__.py", "Python")
+    folders = "import site; print(*site.getsitepackages(), sep='\\n')"
+    expect_in(output_of("/usr/bin/python3", "-c", folders), "jtpdf/__init__.py", "Python")
     if shutil.which("zsh"):
         expect_in(output_of("zsh", "-fc", "print -l $fpath"), "_jtpdf", "zsh")
 
