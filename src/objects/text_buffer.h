@@ -4,7 +4,6 @@
 
 #include <cassert>
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -29,8 +28,7 @@ class TextWriter {
 
   TextWriter& operator<<(std::string_view text) {
     assert(text.size() <= Room());
-    std::memcpy(end, text.data(), text.size());
-    end += text.size();
+    end += text.copy(end, text.size());  // also of no text at all, which may be null
     return *this;
   }
 

@@ -52,6 +52,7 @@ TEST(IsOneObject, TakesEachKind) {
                            "<< /A 1 >>",
                            "<</A<</B[/C]>>/D(e)>>",
                            "12 0 R",
+                           "123456789 0 R",
                            "12\n0\tR",
                            "[1 0 R 2 0 R 3]",
                            "[1 0 2 0 R]",
