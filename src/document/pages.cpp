@@ -20,7 +20,6 @@ void PageQueue::MakeRoom() {
 }
 
 void PageQueue::Add(QueuedPage page) {
-  page.hostEntries = kNoHostEntries;
   if (!nextEntries.IsEmpty()) {
     page.hostEntries = static_cast<int>(entries.size());
     entries.push_back(std::exchange(nextEntries, {}));

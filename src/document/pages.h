@@ -25,7 +25,7 @@ class PageQueue {
   EntryTree& NextEntries() { return nextEntries; }
   // Makes room for a page, without which Add could fail.
   void MakeRoom();
-  // Adds a page; its hostEntries are the next entries.
+  // Adds a page, with the next entries if there are any.
   void Add(QueuedPage page);
 
   std::vector<QueuedPage> const& Pages() const { return pages; }

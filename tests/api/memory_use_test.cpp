@@ -101,6 +101,25 @@ TEST(MemoryUseLimits, ARefusedDocumentIsACodeAndTheProcessGoesOn) {
   });
 }
 
+TEST(MemoryUseLimits, AFinishedDocumentGivesBackTheRoomItGrewInto) {
+  if (!kMeasures) GTEST_SKIP() << "the sanitizers take memory of their own";
+  InAChild([] {
+    const std::string data(1000000, 'x');
+    const TPdfImageDescriptor image = Picture(data);
+    const long before = Status("VmSize");
+    JTPDFDocument* const doc = CreateMemoryPdfDoc(1);
+    bool done = InitPdfDoc(doc) == 0;
+    for (int i = 0; i < 68; ++i) {  // just more than 2^26 bytes
+      done = done &&
+             WritePdfImage(doc, &image, false, kPdfImageRolePhoto, L"", 0, nullptr, nullptr) == 0;
+    }
+    done = done && FinalizePdfDoc(doc, nullptr) == 0;
+    const long kept = Status("VmSize") - before;
+    DestroyPdfDoc(doc);
+    return done && kept < 70000000;
+  });
+}
+
 TEST(MemoryUseLimits, FinishedDocumentsKeepTheirBytesAndLittleMore) {
   if (!kMeasures) GTEST_SKIP() << "the sanitizers take memory of their own";
   InAChild([] {

@@ -171,11 +171,12 @@ TEST(SetPdfPageEntry, CountsForTheNextPageOnly) {
   EXPECT_EQ(0, SetPdfPageEntry(doc, "/Rotate", "90"));
   EXPECT_EQ(0, SetPdfPageEntry(doc, "/MediaBox", "[0 0 1 1]"));
   EXPECT_EQ(0, SetPdfPageEntry(doc, "/Resources/Font/F1", "<< /Type /Font >>"));
-  doc.Page(2).Page(2);
+  doc.Page(2, {1, 2, 3, 4, 0}, kA4).Page(2);
   const std::string bytes = doc.Finish();
   const Pdf pdf(bytes);
   const std::string box = "[0.0000 0.0000 595.0000 842.0000]";
-  EXPECT_BYTES(Lines("5 0 obj", "<<", "/Contents 3 0 R", "/CropBox " + box, "/Group", "<<",
+  const std::string crop = "[1.0000 2.0000 4.0000 6.0000]";
+  EXPECT_BYTES(Lines("5 0 obj", "<<", "/Contents 3 0 R", "/CropBox " + crop, "/Group", "<<",
                      "/CS /DeviceRGB", "/I false", "/K false", "/S /Transparency", ">>",
                      "/MediaBox " + box, "/Parent 7 0 R", "/Resources", "<<", "/Font", "<<",
                      "/F1 << /Type /Font >>", ">>", "/ProcSet [/PDF /ImageB /ImageC]", "/XObject",
@@ -264,6 +265,32 @@ TEST(SetPdfContentEncoder, ItsCodeIsTheCallsAndTheCanvasStays) {
   EXPECT_EQ(0, SetPdfContentEncoder(doc, nullptr, nullptr, nullptr));
   doc.Form();
   EXPECT_BYTES(Doc().Init().Fill(kA4, kRed).Form().Finish(), doc.Finish());
+}
+
+TEST(SetPdfContentEncoder, LeavesWhatWouldTakeAsManyBytesWithItsFilter) {
+  Encoder encoder{""};
+  const auto formOf = [&encoder] {
+    Doc doc;
+    doc.Init();
+    EXPECT_EQ(0, SetPdfContentEncoder(doc, "/FlateDecode", Encode, &encoder));
+    doc.Fill(kA4, kRed).Form();
+    return Object(doc, 2);
+  };
+  formOf();
+  const std::size_t saved = std::string("/Filter /FlateDecode\r\n").size();
+  encoder.result.assign(encoder.seen[0].size() - saved, 'x');
+  EXPECT_EQ(0, Count(formOf(), "/Filter"));
+  encoder.result.pop_back();
+  EXPECT_EQ(1, Count(formOf(), "/Filter"));
+}
+
+TEST(SetPdfContentEncoder, IsNotAskedWhereNothingCanBeWritten) {
+  Encoder encoder{"short"};
+  Doc doc;
+  EXPECT_EQ(0, SetPdfContentEncoder(doc, "/FlateDecode", Encode, &encoder));
+  doc.Fill(kA4, kRed);
+  EXPECT_NE(0, WritePdfCanvas(doc, nullptr));
+  EXPECT_EQ(0u, encoder.seen.size());
 }
 
 TEST(SetPdfContentEncoder, WantsAName) {

@@ -126,6 +126,10 @@ int close(int descriptor) {
   if (descriptor < 0 || descriptor != gWatch.descriptor) return next(descriptor);
   gWatch.descriptor = -1;
   const int result = next(descriptor);
+  if (gWatch.traffic.faults > 0 && gWatch.fault.closeError != 0) {
+    errno = gWatch.fault.closeError;
+    return -1;
+  }
   if (!faults::IsDue(faults::Operation::kClose, gWatch.traffic.closes++)) return result;
   errno = gWatch.fault.error;
   return -1;

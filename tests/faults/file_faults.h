@@ -21,6 +21,7 @@ struct FileFault {
   Operation operation;
   Effect effect;
   int error;
+  int closeError = 0;  // of the closing behind the fault; 0: it succeeds
 };
 
 // What happened on the watched file since WatchFile.

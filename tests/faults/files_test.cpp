@@ -90,6 +90,16 @@ TEST_F(FileFaults, TheOnlyWriteOfASmallFileIsReported) {
   }
 }
 
+// Closing may fail as well, and changes errno then; what was lost was lost by the write.
+TEST_F(FileFaults, AFailedWriteIsTheReasonAlsoWhereClosingFailsToo) {
+  WatchFile(path_, {Operation::kWrite, Effect::kError, ENOSPC, EIO}, 0);
+  JTPDFDocument* const doc = CreateFilePdfDoc(1.0, path_.wstring().c_str(), nullptr, nullptr);
+  EXPECT_EQ(InitPdfDoc(doc), 0);
+  EXPECT_EQ(FinalizePdfDoc(doc, nullptr), ENOSPC);
+  DestroyPdfDoc(doc);
+  EXPECT_EQ(UnwatchFile().faults, 1);
+}
+
 TEST_P(FileFaults, FailOnceAtEveryPlace) {
   const FileFault& fault = GetParam().fault;
   WatchFile(path_);
