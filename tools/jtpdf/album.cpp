@@ -115,6 +115,16 @@ std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& o
   return opened;
 }
 
+// The first input that has the bytes of this one; itself, too, where it vanished between two looks,
+// which writing it will say.
+size_t FirstLike(DuplicateFinder& finder, size_t input, const PlannedInput& planned) {
+  try {
+    return finder.FirstLike(input, planned.sampleHash, planned.identity);
+  } catch (const ImageError&) {
+    return input;
+  }
+}
+
 // Two pages of one image: of the same bytes, and the same page in them.
 void FindDuplicates(const std::vector<PlannedInput>& planned, const std::vector<size_t>& firstPages,
                     AlbumPlan* plan) {
@@ -122,12 +132,7 @@ void FindDuplicates(const std::vector<PlannedInput>& planned, const std::vector<
   for (size_t input = 0; input < planned.size(); ++input) {
     const size_t pages = firstPages[input + 1] - firstPages[input];
     if (pages == 0) continue;
-    size_t first = input;
-    try {
-      first = finder.FirstLike(input, planned[input].sampleHash, planned[input].identity);
-    } catch (const ImageError&) {
-      // It vanished between two looks; writing it will say so.
-    }
+    const size_t first = FirstLike(finder, input, planned[input]);
     if (first == input) continue;
     for (size_t i = 0; i < pages; ++i) {
       plan->pages[firstPages[input] + i].sameAs = firstPages[first] + i;

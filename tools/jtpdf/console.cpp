@@ -32,7 +32,8 @@ std::string Duration(double seconds) {
 
 std::string ProgressLine(uint64_t pages, uint64_t allPages, uint64_t bytes, double seconds,
                          int columns) {
-  const double share = allPages == 0 ? 1 : static_cast<double>(pages) / allPages;
+  const double share =
+      allPages == 0 ? 1 : static_cast<double>(pages) / static_cast<double>(allPages);
   const double left = share > 0 ? seconds * (1 - share) / share : 0;
   char facts[128];
   std::snprintf(facts, sizeof facts, " %llu/%llu pages, %.1f MB/s, %s left",

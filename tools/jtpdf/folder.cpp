@@ -83,8 +83,9 @@ Folder ListFolder(const std::string& folder) {
   if (error) return {{{folder, false, "cannot be read: " + error.message()}}, {}};
   std::sort(names.begin(), names.end(), NaturalLess);
   Folder found;
+  const std::string prefix = folder + (folder.back() == '/' ? "" : "/");
   for (const std::string& name : names) {
-    const std::string path = folder + (folder.back() == '/' ? "" : "/") + name;
+    const std::string path = prefix + name;
     if (const char* reason = ReasonToPass(path, name)) {
       found.passedOver.push_back({path, reason});
     } else {

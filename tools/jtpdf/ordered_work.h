@@ -55,11 +55,12 @@ std::vector<std::jthread> StartThreads(size_t count, const Work& work) {
 // passed on when all have ended.
 template <class Body>
 void ForEachInParallel(size_t count, unsigned jobs, const Body& body) {
+  const size_t threads = std::max<size_t>(std::min<size_t>(jobs, count), 1);
+  // By the handful, where there are many: the counter is what the threads share.
+  const size_t handful = std::min<size_t>(16, count / (threads * 4) + 1);
   std::atomic<size_t> next = 0;
   FirstFailure failure;
   const auto visit = [&] {
-    // By the handful, where there are many: the counter is what the threads share.
-    const size_t handful = std::min<size_t>(16, count / (size_t{jobs} * 4) + 1);
     for (size_t i = next.fetch_add(handful); i < count; i = next.fetch_add(handful)) {
       for (size_t k = i; k < std::min(count, i + handful); ++k) body(k);
     }
@@ -71,8 +72,7 @@ void ForEachInParallel(size_t count, unsigned jobs, const Body& body) {
       failure.Keep();
     }
   };
-  std::vector<std::jthread> helpers =
-      StartThreads(std::max<size_t>(std::min<size_t>(jobs, count), 1) - 1, work);
+  std::vector<std::jthread> helpers = StartThreads(threads - 1, work);
   work();
   helpers.clear();  // waits for them
   failure.Rethrow();
