@@ -31,11 +31,11 @@ class Memory(JtpdfTest):
                  for n in range(100)]
         few, many = self.peak(*paths[:25]), self.peak(*paths)
         self.assertLess(many, 32)
-        self.assertLess(many, few + 6)
+        self.assertLess(many, few + 12)  # and not 75: how much is under way differs with the load
         pngs = [self.save(noise(500 + n, 500), f"{n}.png", compress_level=1) for n in range(40)]
         few, many = self.peak(*pngs[:10]), self.peak(*pngs)
         self.assertGreater(few, 4)
-        self.assertLess(many, few + 6)
+        self.assertLess(many, few + 12)
 
     @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
     def test_memory_that_runs_out_is_an_error_and_leaves_nothing(self):

@@ -1,12 +1,16 @@
 """Where the PDF goes, and what is left of it when something fails."""
+import atexit
 import faulthandler
+import functools
 import hashlib
 import os
 import resource
+import shutil
 import signal
 import socket
 import stat
 import subprocess
+import tempfile
 import time
 import unittest
 
@@ -15,13 +19,21 @@ from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, noise, page_boxes, run
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
 
 
+@functools.cache
+def preloadable(path):
+    """The library under a name of its own: the loader takes blanks and colons for separators."""
+    folder = tempfile.mkdtemp(prefix="jtpdf-faults-")
+    atexit.register(shutil.rmtree, folder)
+    return shutil.copy(path, os.path.join(folder, "faults.so"))
+
+
 def with_faults(words, log=""):
     """An environment in which the system fails; see system_faults.c."""
     if not words and not log:
         return None
     if "SYSTEM_FAULTS" not in os.environ:
         raise unittest.SkipTest("the system's failures are for Linux")
-    return {**os.environ, "LD_PRELOAD": os.environ["SYSTEM_FAULTS"], "FAULTS": words,
+    return {**os.environ, "LD_PRELOAD": preloadable(os.environ["SYSTEM_FAULTS"]), "FAULTS": words,
             "FAULTS_LOG": log, "ASAN_OPTIONS": "verify_asan_link_order=0"}
 
 
