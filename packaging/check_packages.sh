@@ -21,7 +21,7 @@ takes libjtpdf2 libc6
 takes python3-jtpdf libjtpdf2
 takes python3-jtpdf python3
 
-synopses=$(for package in "$folder"/*.deb; do dpkg-deb -f "$package" Description | head -1; done)
+synopses=$(for package in "$folder"/*.deb; do dpkg-deb -f "$package" Description | sed -n 1p; done)
 [ -z "$(sort <<<"$synopses" | uniq -d)" ] || complain "packages share a synopsis:"$'\n'"$synopses"
 [ "$(wc -l <<<"$synopses")" -eq 5 ] || complain "there are not five packages in $folder"
 
