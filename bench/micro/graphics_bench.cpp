@@ -31,7 +31,7 @@ BENCHMARK(BM_ColorAsString);
 
 // Draws on a canvas that is cleared now and then, as a page's end does.
 template <typename Draw>
-void DrawRepeatedly(benchmark::State& state, Draw const& draw) {
+void DrawRepeatedly(benchmark::State& state, const Draw& draw) {
   JTPDFCanvas canvas(1.0);
   int drawn = 0;
   for (auto _ : state) {

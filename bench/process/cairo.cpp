@@ -19,20 +19,20 @@ void Check(cairo_status_t status) {
   }
 }
 
-cairo_status_t Append(void* bytes, unsigned char const* data, unsigned size) {
+cairo_status_t Append(void* bytes, const unsigned char* data, unsigned size) {
   auto& all = *static_cast<std::string*>(bytes);
-  all.append(reinterpret_cast<char const*>(data), size);
+  all.append(reinterpret_cast<const char*>(data), size);
   return CAIRO_STATUS_SUCCESS;
 }
 
 class Document {
  public:
-  Document(char const* name, double width, double height)
+  Document(const char* name, double width, double height)
       : Document(cairo_pdf_surface_create(name, width, height)) {}
   Document(std::string* bytes, double width, double height)
       : Document(cairo_pdf_surface_create_for_stream(Append, bytes, width, height)) {}
-  Document(Document const&) = delete;
-  Document& operator=(Document const&) = delete;
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
   ~Document() {
     cairo_destroy(context);
     cairo_surface_destroy(surface);
@@ -55,7 +55,7 @@ class Document {
   cairo_t* context;
 };
 
-void FillAndStroke(cairo_t* context, Shape const& s) {
+void FillAndStroke(cairo_t* context, const Shape& s) {
   cairo_set_source_rgb(context, s.fill.red / 255.0, s.fill.green / 255.0, s.fill.blue / 255.0);
   cairo_fill_preserve(context);
   cairo_set_source_rgb(context, s.stroke.red / 255.0, s.stroke.green / 255.0,
@@ -64,12 +64,12 @@ void FillAndStroke(cairo_t* context, Shape const& s) {
   cairo_stroke(context);
 }
 
-void DrawRectangle(cairo_t* context, Shape const& s) {
+void DrawRectangle(cairo_t* context, const Shape& s) {
   cairo_rectangle(context, s.left, s.bottom, s.width, s.height);
   FillAndStroke(context, s);
 }
 
-void DrawRotated(cairo_t* context, Shape const& s) {
+void DrawRotated(cairo_t* context, const Shape& s) {
   cairo_save(context);
   cairo_translate(context, s.left + s.width / 2, s.bottom + s.height / 2);
   cairo_rotate(context, s.angle * kPi / 180);
@@ -78,7 +78,7 @@ void DrawRotated(cairo_t* context, Shape const& s) {
   cairo_restore(context);
 }
 
-void DrawEllipse(cairo_t* context, Shape const& s) {
+void DrawEllipse(cairo_t* context, const Shape& s) {
   cairo_save(context);
   cairo_translate(context, s.left + s.width / 2, s.bottom + s.height / 2);
   cairo_scale(context, s.width / 2 - s.lineWidth / 2, s.height / 2 - s.lineWidth / 2);
@@ -89,7 +89,7 @@ void DrawEllipse(cairo_t* context, Shape const& s) {
   FillAndStroke(context, s);
 }
 
-void DrawShapes(Job const& job) {
+void DrawShapes(const Job& job) {
   Document doc(job.out, kPageWidth, kPageHeight);
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
@@ -110,7 +110,7 @@ void Release(void* held) {
   *static_cast<bool*>(held) = false;
 }
 
-void WriteJpegs(Job const& job, InputFiles& files, Document& doc) {
+void WriteJpegs(const Job& job, InputFiles& files, Document& doc) {
   for (std::size_t i = 0; i < job.count; ++i) {
     // cairo keeps the file's bytes until their page is shown. It takes the picture from them and
     // not from the pixels, so one pixel will do, scaled to the page: more would be cleared and
@@ -119,7 +119,7 @@ void WriteJpegs(Job const& job, InputFiles& files, Document& doc) {
     bool held = true;
     cairo_surface_t* const image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1);
     Check(cairo_surface_set_mime_data(image, CAIRO_MIME_TYPE_JPEG,
-                                      reinterpret_cast<unsigned char const*>(jpeg.data()),
+                                      reinterpret_cast<const unsigned char*>(jpeg.data()),
                                       jpeg.size(), Release, &held));
     cairo_save(doc);
     cairo_scale(doc, files.Width(), files.Height());
@@ -133,7 +133,7 @@ void WriteJpegs(Job const& job, InputFiles& files, Document& doc) {
   doc.Finish();
 }
 
-void WritePages(Job const& job) {
+void WritePages(const Job& job) {
   Document doc(job.out, kPageWidth, kPageHeight);
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
@@ -143,7 +143,7 @@ void WritePages(Job const& job) {
   doc.Finish();
 }
 
-void WriteDocuments(Job const& job) {
+void WriteDocuments(const Job& job) {
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
     std::string bytes;
@@ -157,7 +157,7 @@ void WriteDocuments(Job const& job) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   switch (job.workload) {
     case Workload::kRectangles:
     case Workload::kRotated:

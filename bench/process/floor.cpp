@@ -98,7 +98,7 @@ constexpr std::size_t kShapeRoom = 800;
 constexpr double kRadiansPerDegree = 0.017453292519943295;
 constexpr double kCircleHandle = 0.551784;
 
-char* PutRectangle(char* p, Shape const& s, bool rotated) {
+char* PutRectangle(char* p, const Shape& s, bool rotated) {
   p = Put(p, "\r\n%rectangle\r\nq\r\n");
   p = Put(PutColor(p, s.fill), "rg\r\n");
   p = Put(PutColor(p, s.stroke), "RG\r\n");
@@ -116,7 +116,7 @@ char* PutRectangle(char* p, Shape const& s, bool rotated) {
     *(p = PutReal(p, sine)) = ' ';
     // The other two are the same digits again.
     const bool negative = *second == '-';
-    char const* const digits = second + (negative ? 1 : 0);
+    const char* const digits = second + (negative ? 1 : 0);
     const auto digitCount = static_cast<std::size_t>(p - digits);
     ++p;
     if (!negative) *p++ = '-';
@@ -155,7 +155,7 @@ struct Signed {
 };
 
 // For radii above zero, which ShapeSource's are.
-char* PutEllipse(char* p, Shape const& s) {
+char* PutEllipse(char* p, const Shape& s) {
   const double a = s.width * 0.5 - s.lineWidth * 0.5;
   const double b = s.height * 0.5 - s.lineWidth * 0.5;
   const Signed textA(a), textB(b), textKa(kCircleHandle * a), textKb(b * kCircleHandle);
@@ -180,8 +180,8 @@ struct Block {
   explicit Block(std::size_t size) : start(static_cast<char*>(std::malloc(size))) {
     if (start == nullptr) throw std::bad_alloc();
   }
-  Block(Block const&) = delete;
-  Block& operator=(Block const&) = delete;
+  Block(const Block&) = delete;
+  Block& operator=(const Block&) = delete;
   ~Block() { std::free(start); }
   char* const start;
 };
@@ -191,7 +191,7 @@ class Sink {
  public:
   static constexpr std::size_t kFileBlock = std::size_t{1} << 20;
 
-  explicit Sink(char const* name)
+  explicit Sink(const char* name)
       : descriptor(open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)),
         block(kFileBlock),
         size(kFileBlock) {
@@ -199,8 +199,8 @@ class Sink {
   }
   // In memory: size bounds the whole result.
   explicit Sink(std::size_t size) : descriptor(-1), block(size), size(size) {}
-  Sink(Sink const&) = delete;
-  Sink& operator=(Sink const&) = delete;
+  Sink(const Sink&) = delete;
+  Sink& operator=(const Sink&) = delete;
   ~Sink() {
     if (descriptor >= 0) close(descriptor);
   }
@@ -222,7 +222,7 @@ class Sink {
   }
 
   std::uint64_t Position() const { return flushed + static_cast<std::uint64_t>(end - block.start); }
-  std::uint64_t PositionOf(char const* p) const {
+  std::uint64_t PositionOf(const char* p) const {
     return flushed + static_cast<std::uint64_t>(p - block.start);
   }
 
@@ -319,7 +319,7 @@ class Floor {
   // The same for content of at most room bytes that put(p) writes at p: it is made in place, behind
   // a length of three digits.
   template <typename PutContent>
-  void PageInPlace(PutContent const& put) {
+  void PageInPlace(const PutContent& put) {
     char* const p = FormHead(0, 100);
     char* const end = put(p);
     const auto size = static_cast<std::size_t>(end - p);
@@ -470,7 +470,7 @@ class Floor {
   std::vector<int> contents;  // of each page, behind its form
 };
 
-void DrawShapes(Job const& job) {
+void DrawShapes(const Job& job) {
   Sink sink(job.out);
   Floor floor(sink, 1, kPageWidth, kPageHeight);
   const Block content(job.count * kShapeRoom + 64);
@@ -487,7 +487,7 @@ void DrawShapes(Job const& job) {
   sink.Close();
 }
 
-void WriteJpegs(Job const& job, Sink& sink) {
+void WriteJpegs(const Job& job, Sink& sink) {
   InputFiles files(job);
   const double width = files.Width();
   const double height = files.Height();
@@ -516,7 +516,7 @@ void WriteJpegs(Job const& job, Sink& sink) {
 }
 
 // Bounds what WriteJpegs writes.
-std::size_t JpegsRoom(Job const& job) {
+std::size_t JpegsRoom(const Job& job) {
   const InputFiles files(job);
   std::size_t room = 16384;
   for (std::size_t i = 0; i < job.count; ++i) room += files.Size(i) + 4096;
@@ -528,7 +528,7 @@ void WriteRectanglePage(Floor& floor, ShapeSource& source) {
       [&source](char* p) { return PutRectangle(Put(p, kFirstLine), source.Next(), false); });
 }
 
-void WritePages(Job const& job) {
+void WritePages(const Job& job) {
   Sink sink(job.out);
   Floor floor(sink, job.count, kPageWidth, kPageHeight);
   ShapeSource source;
@@ -537,7 +537,7 @@ void WritePages(Job const& job) {
   sink.Close();
 }
 
-void WriteDocuments(Job const& job) {
+void WriteDocuments(const Job& job) {
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
     Sink sink(std::size_t{12288});
@@ -550,7 +550,7 @@ void WriteDocuments(Job const& job) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   switch (job.workload) {
     case Workload::kRectangles:
     case Workload::kRotated:

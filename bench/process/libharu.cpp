@@ -32,8 +32,8 @@ class Document {
     const double perNode = std::ceil(std::sqrt(static_cast<double>(pages)));
     HPDF_SetPagesConfiguration(doc, static_cast<HPDF_UINT>(std::max(perNode, 1.0)));
   }
-  Document(Document const&) = delete;
-  Document& operator=(Document const&) = delete;
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
   ~Document() { HPDF_Free(doc); }
 
   operator HPDF_Doc() const { return doc; }
@@ -53,14 +53,14 @@ HPDF_REAL Real(double value) {
   return static_cast<HPDF_REAL>(value);
 }
 
-void SetColors(HPDF_Page page, Shape const& s) {
+void SetColors(HPDF_Page page, const Shape& s) {
   HPDF_Page_SetRGBFill(page, s.fill.red / 255.0f, s.fill.green / 255.0f, s.fill.blue / 255.0f);
   HPDF_Page_SetRGBStroke(page, s.stroke.red / 255.0f, s.stroke.green / 255.0f,
                          s.stroke.blue / 255.0f);
   HPDF_Page_SetLineWidth(page, Real(s.lineWidth));
 }
 
-void DrawRectangle(HPDF_Page page, Shape const& s) {
+void DrawRectangle(HPDF_Page page, const Shape& s) {
   HPDF_Page_GSave(page);
   SetColors(page, s);
   HPDF_Page_Rectangle(page, Real(s.left), Real(s.bottom), Real(s.width), Real(s.height));
@@ -68,7 +68,7 @@ void DrawRectangle(HPDF_Page page, Shape const& s) {
   HPDF_Page_GRestore(page);
 }
 
-void DrawRotated(HPDF_Page page, Shape const& s) {
+void DrawRotated(HPDF_Page page, const Shape& s) {
   const double radians = s.angle * 0.017453292519943295;
   const double cosine = std::cos(radians);
   const double sine = std::sin(radians);
@@ -81,14 +81,14 @@ void DrawRotated(HPDF_Page page, Shape const& s) {
   HPDF_Page_GRestore(page);
 }
 
-void DrawEllipse(HPDF_Page page, Shape const& s) {
+void DrawEllipse(HPDF_Page page, const Shape& s) {
   SetColors(page, s);
   HPDF_Page_Ellipse(page, Real(s.left + s.width / 2), Real(s.bottom + s.height / 2),
                     Real(s.width / 2 - s.lineWidth / 2), Real(s.height / 2 - s.lineWidth / 2));
   HPDF_Page_ClosePathFillStroke(page);
 }
 
-void DrawShapes(Job const& job) {
+void DrawShapes(const Job& job) {
   Document doc(1);
   HPDF_Page page = doc.AddPage(kPageWidth, kPageHeight);
   ShapeSource source;
@@ -105,18 +105,18 @@ void DrawShapes(Job const& job) {
   HPDF_SaveToFile(doc, job.out);
 }
 
-void WriteJpegs(Job const& job, Document& doc) {
+void WriteJpegs(const Job& job, Document& doc) {
   InputFiles files(job);
   for (std::size_t i = 0; i < job.count; ++i) {
     const std::string_view jpeg = files.Read(i);
     HPDF_Image image = HPDF_LoadJpegImageFromMem(
-        doc, reinterpret_cast<HPDF_BYTE const*>(jpeg.data()), static_cast<HPDF_UINT>(jpeg.size()));
+        doc, reinterpret_cast<const HPDF_BYTE*>(jpeg.data()), static_cast<HPDF_UINT>(jpeg.size()));
     HPDF_Page page = doc.AddPage(files.Width(), files.Height());
     HPDF_Page_DrawImage(page, image, 0, 0, Real(files.Width()), Real(files.Height()));
   }
 }
 
-void WritePages(Job const& job) {
+void WritePages(const Job& job) {
   Document doc(job.count, kPoolBlock);
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
@@ -135,7 +135,7 @@ std::vector<char> InOnePiece(HPDF_Doc doc) {
   return bytes;
 }
 
-void WriteDocuments(Job const& job) {
+void WriteDocuments(const Job& job) {
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
     Document doc(1, kPoolBlock);
@@ -147,7 +147,7 @@ void WriteDocuments(Job const& job) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   switch (job.workload) {
     case Workload::kRectangles:
     case Workload::kRotated:

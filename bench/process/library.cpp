@@ -17,7 +17,7 @@ void Check(int32_t code) {
   if (code != 0) throw std::runtime_error("the library returned " + std::to_string(code));
 }
 
-JTPDFRect Box(Shape const& s, double angle) {
+JTPDFRect Box(const Shape& s, double angle) {
   return {s.left, s.bottom, s.width, s.height, angle};
 }
 
@@ -29,19 +29,19 @@ constexpr JTPDFRect kPage = {0, 0, kPageWidth, kPageHeight, 0};
 
 class Document {
  public:
-  explicit Document(Job const& job)
+  explicit Document(const Job& job)
       : doc(CreateFilePdfDoc(PDFCoordinateUnitPoint, Wide(job.out).c_str(), nullptr, nullptr)) {
     Check(InitPdfDoc(doc));
   }
   Document() : doc(CreateMemoryPdfDoc(PDFCoordinateUnitPoint)) { Check(InitPdfDoc(doc)); }
-  Document(Document const&) = delete;
-  Document& operator=(Document const&) = delete;
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
   ~Document() { DestroyPdfDoc(doc); }
 
   operator JTPDFDocument*() const { return doc; }
 
   // Turns the canvas into a page of its own.
-  void AddPage(JTPDFRect const& page) {
+  void AddPage(const JTPDFRect& page) {
     int form = 0;
     Check(WritePdfCanvas(doc, &form));
     Check(WritePdfPage(doc, form, page, page));
@@ -50,7 +50,7 @@ class Document {
   void Finalize() { Check(FinalizePdfDoc(doc, nullptr)); }
 
  private:
-  static std::wstring Wide(char const* name) {
+  static std::wstring Wide(const char* name) {
     std::wstring wide(std::string_view(name).size(), L'\0');
     for (wchar_t& c : wide) c = static_cast<unsigned char>(*name++);
     return wide;
@@ -59,11 +59,11 @@ class Document {
   JTPDFDocument* doc;
 };
 
-void DrawRectangle(JTPDFDocument* doc, Shape const& s, double angle) {
+void DrawRectangle(JTPDFDocument* doc, const Shape& s, double angle) {
   FillAndStrokePdfRectangle(doc, Box(s, angle), Color(s.fill), Color(s.stroke), s.lineWidth);
 }
 
-void DrawShapes(Job const& job) {
+void DrawShapes(const Job& job) {
   Document doc(job);
   SetPdfCanvasBoundingBox(doc, kPage);
   ShapeSource source;
@@ -79,7 +79,7 @@ void DrawShapes(Job const& job) {
   doc.Finalize();
 }
 
-void WriteJpegs(Job const& job, Document& doc) {
+void WriteJpegs(const Job& job, Document& doc) {
   InputFiles files(job);
   const JTPDFRect page = {0, 0, double(files.Width()), double(files.Height()), 0};
   SetPdfCanvasBoundingBox(doc, page);
@@ -97,7 +97,7 @@ void WriteJpegs(Job const& job, Document& doc) {
   doc.Finalize();
 }
 
-void WritePages(Job const& job) {
+void WritePages(const Job& job) {
   Document doc(job);
   SetPdfCanvasBoundingBox(doc, kPage);
   ShapeSource source;
@@ -108,7 +108,7 @@ void WritePages(Job const& job) {
   doc.Finalize();
 }
 
-void WriteDocuments(Job const& job) {
+void WriteDocuments(const Job& job) {
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
     Document doc;
@@ -127,7 +127,7 @@ TPdfImageDescriptor GreyPixel() {
   return {kGreyPixel, 1, static_cast<TPdfCompression>(-1), 1, 1, 8, kPdfColorSpaceGray, 0};
 }
 
-void WriteImages(Job const& job) {
+void WriteImages(const Job& job) {
   Document doc(job);
   SetPdfCanvasBoundingBox(doc, kPage);
   ShapeSource source;
@@ -141,7 +141,7 @@ void WriteImages(Job const& job) {
   doc.Finalize();
 }
 
-void WriteKeys(Job const& job) {
+void WriteKeys(const Job& job) {
   // Ten entries to a dictionary: "/PieceInfo/P0000012/K7".
   constexpr std::size_t kKeySize = 64;
   std::vector<char> keys(job.count * kKeySize);
@@ -167,7 +167,7 @@ void WriteKeys(Job const& job) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   switch (job.workload) {
     case Workload::kRectangles:
     case Workload::kRotated:

@@ -38,8 +38,8 @@ std::vector<std::uint8_t> Picture(int width, int height, std::uint32_t seed, uns
   return pixels;
 }
 
-bool WriteJpeg(std::string const& name, int width, int height, int quality,
-               std::vector<std::uint8_t> const& pixels) {
+bool WriteJpeg(const std::string& name, int width, int height, int quality,
+               const std::vector<std::uint8_t>& pixels) {
   const std::string unfinished = name + ".part";
   std::FILE* const file = std::fopen(unfinished.c_str(), "wb");
   if (file == nullptr) return false;
@@ -65,7 +65,7 @@ bool WriteJpeg(std::string const& name, int width, int height, int quality,
   return std::fclose(file) == 0 && std::rename(unfinished.c_str(), name.c_str()) == 0;
 }
 
-bool Exists(std::string const& name) {
+bool Exists(const std::string& name) {
   struct stat status;
   return stat(name.c_str(), &status) == 0;
 }
@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   struct Kind {
-    char const* name;
+    const char* name;
     int width;
     int height;
     int quality;
@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
   };
   const Kind kinds[] = {{"big", bench::kBigWidth, bench::kBigHeight, 95, 56},
                         {"small", bench::kSmallWidth, bench::kSmallHeight, 85, 32}};
-  for (Kind const& kind : kinds) {
+  for (const Kind& kind : kinds) {
     for (std::uint32_t i = 0; i < bench::kInputFiles; ++i) {
       char suffix[32];
       std::snprintf(suffix, sizeof suffix, "/%s-%03u.jpg", kind.name, static_cast<unsigned>(i));

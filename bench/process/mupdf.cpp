@@ -16,7 +16,7 @@ namespace bench {
 namespace {
 
 // MuPDF reports errors by longjmp, which must not cross C++ objects: they end the program here.
-[[noreturn]] void Fail(fz_context* context, char const* what) {
+[[noreturn]] void Fail(fz_context* context, const char* what) {
   std::fprintf(stderr, "MuPDF: %s: %s\n", what, fz_caught_message(context));
   std::exit(1);
 }
@@ -32,8 +32,8 @@ struct Document {
     pages = pdf_dict_getp(context, pdf_trailer(context, doc), "Root/Pages");
     kids = pdf_dict_get(context, pages, PDF_NAME(Kids));
   }
-  Document(Document const&) = delete;
-  Document& operator=(Document const&) = delete;
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
   ~Document() { pdf_drop_document(context, doc); }
 
   void AddPage(fz_rect box, pdf_obj* resources, fz_buffer* contents) {
@@ -43,7 +43,7 @@ struct Document {
     ++pageCount;
   }
 
-  void Save(char const* name) {
+  void Save(const char* name) {
     pdf_dict_put_int(context, pages, PDF_NAME(Count), pageCount);
     const pdf_write_options options = {};
     pdf_save_document(context, doc, name, &options);
@@ -67,7 +67,7 @@ struct Document {
   int pageCount = 0;
 };
 
-void FillAndStroke(fz_context* context, fz_device* device, fz_path* path, Shape const& s,
+void FillAndStroke(fz_context* context, fz_device* device, fz_path* path, const Shape& s,
                    fz_matrix matrix) {
   const float fill[3] = {s.fill.red / 255.0f, s.fill.green / 255.0f, s.fill.blue / 255.0f};
   const float line[3] = {s.stroke.red / 255.0f, s.stroke.green / 255.0f, s.stroke.blue / 255.0f};
@@ -84,7 +84,7 @@ float Real(double value) {
   return static_cast<float>(value);
 }
 
-void AddEllipse(fz_context* context, fz_path* path, Shape const& s) {
+void AddEllipse(fz_context* context, fz_path* path, const Shape& s) {
   const double a = s.width / 2 - s.lineWidth / 2;
   const double b = s.height / 2 - s.lineWidth / 2;
   const double x = s.left + s.width / 2;
@@ -103,7 +103,7 @@ void AddEllipse(fz_context* context, fz_path* path, Shape const& s) {
   fz_closepath(context, path);
 }
 
-void DrawShape(fz_context* context, fz_device* device, Workload workload, Shape const& s) {
+void DrawShape(fz_context* context, fz_device* device, Workload workload, const Shape& s) {
   fz_path* const path = fz_new_path(context);
   fz_matrix matrix = fz_identity;
   if (workload == Workload::kEllipses) {
@@ -140,7 +140,7 @@ void AddJpegPage(Document& doc, InputFiles& files, std::size_t page) {
   fz_context* const context = doc.context;
   const std::string_view jpeg = files.Read(page);
   fz_buffer* const data = fz_new_buffer_from_copied_data(
-      context, reinterpret_cast<unsigned char const*>(jpeg.data()), jpeg.size());
+      context, reinterpret_cast<const unsigned char*>(jpeg.data()), jpeg.size());
   pdf_obj* const dict = pdf_new_dict(context, doc.doc, 8);
   pdf_dict_put(context, dict, PDF_NAME(Type), PDF_NAME(XObject));
   pdf_dict_put(context, dict, PDF_NAME(Subtype), PDF_NAME(Image));
@@ -164,14 +164,14 @@ void AddJpegPage(Document& doc, InputFiles& files, std::size_t page) {
   fz_drop_buffer(context, data);
 }
 
-void KeepBuffer(Job const& job, fz_context* context, fz_buffer* bytes, bool keep) {
+void KeepBuffer(const Job& job, fz_context* context, fz_buffer* bytes, bool keep) {
   unsigned char* data = nullptr;
   const std::size_t size = fz_buffer_storage(context, bytes, &data);
-  if (keep) KeepResult(job, reinterpret_cast<char const*>(data), size);
+  if (keep) KeepResult(job, reinterpret_cast<const char*>(data), size);
   fz_drop_buffer(context, bytes);
 }
 
-bool Work(Job const& job, fz_context* context) {
+bool Work(const Job& job, fz_context* context) {
   ShapeSource source;
   switch (job.workload) {
     case Workload::kRectangles:
@@ -215,7 +215,7 @@ bool Work(Job const& job, fz_context* context) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   fz_context* const context = NewContext();
   bool available = false;
   fz_var(available);

@@ -22,13 +22,13 @@ PdfPage* AddPage(PdfStreamedDocument& doc, double width, double height) {
   return doc.CreatePage(PdfRect(0, 0, width, height));
 }
 
-void SetColors(PdfPainter& painter, Shape const& s) {
+void SetColors(PdfPainter& painter, const Shape& s) {
   painter.SetColor(s.fill.red / 255.0, s.fill.green / 255.0, s.fill.blue / 255.0);
   painter.SetStrokingColor(s.stroke.red / 255.0, s.stroke.green / 255.0, s.stroke.blue / 255.0);
   painter.SetStrokeWidth(s.lineWidth);
 }
 
-void DrawRectangle(PdfPainter& painter, Shape const& s) {
+void DrawRectangle(PdfPainter& painter, const Shape& s) {
   painter.Save();
   SetColors(painter, s);
   painter.Rectangle(s.left, s.bottom, s.width, s.height);
@@ -36,7 +36,7 @@ void DrawRectangle(PdfPainter& painter, Shape const& s) {
   painter.Restore();
 }
 
-void DrawRotated(PdfPainter& painter, Shape const& s) {
+void DrawRotated(PdfPainter& painter, const Shape& s) {
   const double radians = s.angle * 0.017453292519943295;
   const double cosine = std::cos(radians);
   const double sine = std::sin(radians);
@@ -49,14 +49,14 @@ void DrawRotated(PdfPainter& painter, Shape const& s) {
   painter.Restore();
 }
 
-void DrawEllipse(PdfPainter& painter, Shape const& s) {
+void DrawEllipse(PdfPainter& painter, const Shape& s) {
   SetColors(painter, s);
   painter.Ellipse(s.left + s.lineWidth / 2, s.bottom + s.lineWidth / 2, s.width - s.lineWidth,
                   s.height - s.lineWidth);
   painter.FillAndStroke();
 }
 
-void DrawShapes(Job const& job) {
+void DrawShapes(const Job& job) {
   PdfStreamedDocument doc(job.out);
   PdfPainter painter;
   painter.SetPage(AddPage(doc, kPageWidth, kPageHeight));
@@ -75,12 +75,12 @@ void DrawShapes(Job const& job) {
   doc.Close();
 }
 
-void WriteJpegs(Job const& job, PdfStreamedDocument& doc) {
+void WriteJpegs(const Job& job, PdfStreamedDocument& doc) {
   InputFiles files(job);
   for (std::size_t i = 0; i < job.count; ++i) {
     const std::string_view jpeg = files.Read(i);
     PoDoFo::PdfImage image(&doc);
-    image.LoadFromJpegData(reinterpret_cast<unsigned char const*>(jpeg.data()),
+    image.LoadFromJpegData(reinterpret_cast<const unsigned char*>(jpeg.data()),
                            static_cast<PoDoFo::pdf_long>(jpeg.size()));
     PdfPainter painter;
     painter.SetPage(AddPage(doc, files.Width(), files.Height()));
@@ -97,14 +97,14 @@ void DrawPage(PdfStreamedDocument& doc, ShapeSource& source) {
   painter.FinishPage();
 }
 
-void WritePages(Job const& job) {
+void WritePages(const Job& job) {
   PdfStreamedDocument doc(job.out);
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) DrawPage(doc, source);
   doc.Close();
 }
 
-void WriteDocuments(Job const& job) {
+void WriteDocuments(const Job& job) {
   ShapeSource source;
   for (std::size_t i = 0; i < job.count; ++i) {
     PoDoFo::PdfRefCountedBuffer bytes;
@@ -118,7 +118,7 @@ void WriteDocuments(Job const& job) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   switch (job.workload) {
     case Workload::kRectangles:
     case Workload::kRotated:

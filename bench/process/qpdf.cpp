@@ -21,7 +21,7 @@ std::string Real(double value) {
   return QUtil::double_to_string(value, 4, false);
 }
 
-std::string RectangleContent(Shape const& s) {
+std::string RectangleContent(const Shape& s) {
   const auto color = [](Rgb c) {
     return Real(c.red / 255.0) + ' ' + Real(c.green / 255.0) + ' ' + Real(c.blue / 255.0);
   };
@@ -30,7 +30,7 @@ std::string RectangleContent(Shape const& s) {
          " re B Q";
 }
 
-void AddPage(QPDF& pdf, double width, double height, std::string const& content,
+void AddPage(QPDF& pdf, double width, double height, const std::string& content,
              QPDFObjectHandle resources) {
   QPDFObjectHandle page = QPDFObjectHandle::newDictionary();
   page.replaceKey("/Type", QPDFObjectHandle::newName("/Page"));
@@ -48,22 +48,22 @@ void Write(QPDFWriter& writer) {
   writer.write();
 }
 
-void WriteToFile(Job const& job, QPDF& pdf) {
+void WriteToFile(const Job& job, QPDF& pdf) {
   QPDFWriter writer(pdf, job.out);
   Write(writer);
 }
 
-void WriteToMemory(Job const& job, QPDF& pdf, bool keep) {
+void WriteToMemory(const Job& job, QPDF& pdf, bool keep) {
   QPDFWriter writer(pdf);
   writer.setOutputMemory();
   Write(writer);
   const std::shared_ptr<Buffer> bytes = writer.getBufferSharedPointer();
   if (keep) {
-    KeepResult(job, reinterpret_cast<char const*>(bytes->getBuffer()), bytes->getSize());
+    KeepResult(job, reinterpret_cast<const char*>(bytes->getBuffer()), bytes->getSize());
   }
 }
 
-void AddJpegs(Job const& job, InputFiles& files, QPDF& pdf) {
+void AddJpegs(const Job& job, InputFiles& files, QPDF& pdf) {
   for (std::size_t i = 0; i < job.count; ++i) {
     QPDFObjectHandle image = pdf.newStream();
     QPDFObjectHandle dict = image.getDict();
@@ -98,7 +98,7 @@ void AddRectanglePage(QPDF& pdf, ShapeSource& source) {
 
 }  // namespace
 
-bool Run(Job const& job) {
+bool Run(const Job& job) {
   ShapeSource source;
   switch (job.workload) {
     case Workload::kJpegFile:

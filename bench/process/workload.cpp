@@ -39,20 +39,20 @@ constexpr Name kNames[] = {
     {"shuffled-keys", Workload::kShuffledKeys},
 };
 
-[[noreturn]] void Fail(std::string const& what) {
+[[noreturn]] void Fail(const std::string& what) {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
 // An open file and its size.
 class File {
  public:
-  explicit File(std::string const& name) : descriptor(open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
+  explicit File(const std::string& name) : descriptor(open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
     struct stat status;
     if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(name);
     size = static_cast<std::size_t>(status.st_size);
   }
-  File(File const&) = delete;
-  File& operator=(File const&) = delete;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
   ~File() { close(descriptor); }
 
   const int descriptor;
@@ -61,7 +61,7 @@ class File {
 
 }  // namespace
 
-Mapping::Mapping(std::string const& name) {
+Mapping::Mapping(const std::string& name) {
   const File file(name);
   size = file.size;
   void* const address = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.descriptor, 0);
@@ -73,7 +73,7 @@ Mapping::~Mapping() {
   munmap(data, size);
 }
 
-InputFiles::InputFiles(Job const& job)
+InputFiles::InputFiles(const Job& job)
     : folder(job.inputs), big(job.workload != Workload::kSmallJpegs) {}
 
 std::string InputFiles::Name(std::size_t page) const {
@@ -98,7 +98,7 @@ std::string_view InputFiles::Read(std::size_t page) {
   return {buffer.data(), file.size};
 }
 
-void KeepResult(Job const& job, char const* data, std::size_t size) {
+void KeepResult(const Job& job, const char* data, std::size_t size) {
   if (size < 5 || std::memcmp(data, "%PDF-", 5) != 0) throw std::runtime_error("no PDF was made");
   if (std::string_view(job.out) == "-") return;
   std::FILE* const file = std::fopen(job.out, "wb");
@@ -111,7 +111,7 @@ void KeepResult(Job const& job, char const* data, std::size_t size) {
 
 int main(int argc, char** argv) {
   if (argc == 5) {
-    for (bench::Name const& name : bench::kNames) {
+    for (const bench::Name& name : bench::kNames) {
       if (name.text != argv[1]) continue;
       try {
         const bench::Job job = {name.workload, std::strtoull(argv[2], nullptr, 10), argv[3],
@@ -119,14 +119,14 @@ int main(int argc, char** argv) {
         if (bench::Run(job)) return 0;
         std::fprintf(stderr, "%s: n/a with this library\n", argv[1]);
         return bench::kNotAvailable;
-      } catch (std::exception const& failure) {
+      } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s: %s\n", argv[0], argv[1], failure.what());
         return 1;
       }
     }
   }
   std::fprintf(stderr, "usage: %s WORKLOAD COUNT OUT INPUTS\nworkloads:", argv[0]);
-  for (bench::Name const& name : bench::kNames) std::fprintf(stderr, " %s", name.text.data());
+  for (const bench::Name& name : bench::kNames) std::fprintf(stderr, " %s", name.text.data());
   std::fprintf(stderr, "\n");
   return 2;
 }

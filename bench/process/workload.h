@@ -33,13 +33,13 @@ enum class Workload {
 struct Job {
   Workload workload;
   std::size_t count;
-  char const* out;     // file name, or "-"
-  char const* inputs;  // folder of make_inputs
+  const char* out;     // file name, or "-"
+  const char* inputs;  // folder of make_inputs
 };
 
 // Does the job. Returns false where the library has no way to do it. Exceptions are failures.
 // Every program defines this one function; main is in workload.cpp.
-bool Run(Job const& job);
+bool Run(const Job& job);
 
 // A4 in points, the page of everything but JPEGs, whose page is one point per pixel.
 inline constexpr double kPageWidth = 595;
@@ -108,12 +108,12 @@ inline constexpr int kSmallHeight = 72;
 // A file mapped into memory.
 class Mapping {
  public:
-  explicit Mapping(std::string const& name);
-  Mapping(Mapping const&) = delete;
-  Mapping& operator=(Mapping const&) = delete;
+  explicit Mapping(const std::string& name);
+  Mapping(const Mapping&) = delete;
+  Mapping& operator=(const Mapping&) = delete;
   ~Mapping();
 
-  char const* Data() const { return data; }
+  const char* Data() const { return data; }
   std::size_t Size() const { return size; }
 
  private:
@@ -124,9 +124,9 @@ class Mapping {
 // The JPEG of each page of a job in turn, page after page, round and round the files.
 class InputFiles {
  public:
-  explicit InputFiles(Job const& job);
-  InputFiles(InputFiles const&) = delete;
-  InputFiles& operator=(InputFiles const&) = delete;
+  explicit InputFiles(const Job& job);
+  InputFiles(const InputFiles&) = delete;
+  InputFiles& operator=(const InputFiles&) = delete;
 
   int Width() const { return big ? kBigWidth : kSmallWidth; }
   int Height() const { return big ? kBigHeight : kSmallHeight; }
@@ -144,10 +144,10 @@ class InputFiles {
 };
 
 // Ends a memory workload: the bytes go to job.out unless that is "-".
-void KeepResult(Job const& job, char const* data, std::size_t size);
+void KeepResult(const Job& job, const char* data, std::size_t size);
 
 // Whether the job is the last of kDocuments, whose result is kept.
-inline bool IsLast(Job const& job, std::size_t index) {
+inline bool IsLast(const Job& job, std::size_t index) {
   return index + 1 == job.count;
 }
 

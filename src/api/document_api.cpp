@@ -8,12 +8,12 @@ namespace {
 
 // A document whose memory errors are codes, the one of its creation included.
 template <typename Create>
-JTPDFDocument* TryCreate(Create const& create) {
+JTPDFDocument* TryCreate(const Create& create) {
   try {
     JTPDFDocument* const doc = create();
     doc->SetMemoryErrors(true);
     return doc;
-  } catch (std::bad_alloc const&) {
+  } catch (const std::bad_alloc&) {
     errno = ENOMEM;
     return nullptr;
   }

@@ -9,7 +9,7 @@
 #include "objects/platform_text.h"
 #include "objects/value_format.h"
 
-void HandleDiagnostics(char const* functionName, std::ios_base::failure failure, int code) {
+void HandleDiagnostics(const char* functionName, std::ios_base::failure failure, int code) {
   if (!GetDiagnosticMode()) return;
   std::string report = functionName;
   report += ": JTPDF error: ";
@@ -25,7 +25,7 @@ void HandleDiagnostics(char const* functionName, std::ios_base::failure failure,
   PrintDiagnosticNote(std::move(report));
 }
 
-std::int32_t ReportMemoryError(char const* functionName) noexcept {
+std::int32_t ReportMemoryError(const char* functionName) noexcept {
   errno = ENOMEM;
   try {
     HandleDiagnostics(functionName, std::ios_base::failure(""), ENOMEM);

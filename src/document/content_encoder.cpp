@@ -16,7 +16,7 @@ constexpr std::size_t kLeastEncoded = 64;
 
 }  // namespace
 
-void ContentEncoder::Set(char const* name, JTPDFEncodeFunction function, void* hostsContext) {
+void ContentEncoder::Set(const char* name, JTPDFEncodeFunction function, void* hostsContext) {
   if (function != nullptr && (name == nullptr || !IsName(name))) {
     RefuseArgument("The encoder's filter is not a name");
   }
@@ -27,7 +27,7 @@ void ContentEncoder::Set(char const* name, JTPDFEncodeFunction function, void* h
 
 ContentEncoder::Content ContentEncoder::Encode(std::string_view plain) const {
   if (encode == nullptr || plain.size() < kLeastEncoded) return {plain, {}};
-  char const* encoded = nullptr;
+  const char* encoded = nullptr;
   std::size_t size = 0;
   const std::int32_t code = encode(context, plain.data(), plain.size(), &encoded, &size);
   if (code != 0) {

@@ -10,7 +10,7 @@
 class ContentEncoder {
  public:
   // A null encode leaves contents as they are. filter has to be a name; else EINVAL.
-  void Set(char const* filter, JTPDFEncodeFunction encode, void* context);
+  void Set(const char* filter, JTPDFEncodeFunction encode, void* context);
 
   struct Content {
     std::string_view data;

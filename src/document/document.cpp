@@ -18,8 +18,8 @@
 #include "output/memory_sink.h"
 #include "output/trailer.h"
 
-JTPDFDocument::JTPDFDocument(double unitFactor, std::unique_ptr<Sink> sink, wchar_t const* creator,
-                             wchar_t const* author)
+JTPDFDocument::JTPDFDocument(double unitFactor, std::unique_ptr<Sink> sink, const wchar_t* creator,
+                             const wchar_t* author)
     : ObjectWriter(std::move(sink)),
       unitFactor(unitFactor),
       information(creator, author),
@@ -28,8 +28,8 @@ JTPDFDocument::JTPDFDocument(double unitFactor, std::unique_ptr<Sink> sink, wcha
 JTPDFDocument::JTPDFDocument(double unitFactor)
     : JTPDFDocument(unitFactor, std::make_unique<MemorySink>()) {}
 
-JTPDFDocument::JTPDFDocument(double unitFactor, wchar_t const* fileName, wchar_t const* creator,
-                             wchar_t const* author)
+JTPDFDocument::JTPDFDocument(double unitFactor, const wchar_t* fileName, const wchar_t* creator,
+                             const wchar_t* author)
     : JTPDFDocument(unitFactor, std::make_unique<FileSink>(fileName), creator, author) {}
 
 JTPDFDocument::JTPDFDocument(double unitFactor, JTPDFWriteFunction write, void* context)
@@ -64,13 +64,13 @@ void JTPDFDocument::InitializeGraphicsStateDict() {
   graphicsStateObject = WriteGraphicsState(*this);
 }
 
-int JTPDFDocument::WriteImage(TPdfImageDescriptor const& image, bool maskWhite, TPdfImageRole role,
-                              wchar_t const* name, unsigned int itemCount,
-                              JTPDFDictionaryItem const* items, int softMask) {
+int JTPDFDocument::WriteImage(const TPdfImageDescriptor& image, bool maskWhite, TPdfImageRole role,
+                              const wchar_t* name, unsigned int itemCount,
+                              const JTPDFDictionaryItem* items, int softMask) {
   return ::WriteImage(*this, image, maskWhite, role, name, itemCount, items, softMask);
 }
 
-int JTPDFDocument::WriteICCProfile(char const* profile, unsigned int size,
+int JTPDFDocument::WriteICCProfile(const char* profile, unsigned int size,
                                    TPdfCompression compression, int* /*objectOut*/) {
   return ::WriteICCProfile(*this, {profile, size}, compression);
 }
@@ -79,25 +79,25 @@ int JTPDFDocument::WriteCanvas() {
   return WriteForm(*this, canvas, graphicsStateObject, encoder);
 }
 
-void JTPDFDocument::WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox) {
+void JTPDFDocument::WritePage(int form, const JTPDFBox& cropBox, const JTPDFBox& mediaBox) {
   pages.MakeRoom();
   const int contents = WritePageContents(*this, form);
   pages.Add({form, contents, kNoHostEntries, cropBox.AsPoints(unitFactor),
              mediaBox.AsPoints(unitFactor)});
 }
 
-int JTPDFDocument::WriteObject(int object, char const* value) {
+int JTPDFDocument::WriteObject(int object, const char* value) {
   return ::WriteObject(*this, object, value);
 }
 
-int JTPDFDocument::WriteStream(int object, std::span<JTPDFEntry const> entries,
-                               std::span<JTPDFPiece const> pieces) {
+int JTPDFDocument::WriteStream(int object, std::span<const JTPDFEntry> entries,
+                               std::span<const JTPDFPiece> pieces) {
   return ::WriteStream(*this, object, entries, pieces);
 }
 
 namespace {
 
-void SetEntry(EntryTree& entries, char const* key, char const* value) {
+void SetEntry(EntryTree& entries, const char* key, const char* value) {
   if (!entries.Set(key, value)) {
     RefuseArgument("An entry is not a path of names with one object");
   }
@@ -105,24 +105,24 @@ void SetEntry(EntryTree& entries, char const* key, char const* value) {
 
 }  // namespace
 
-void JTPDFDocument::SetCatalogEntry(char const* key, char const* value) {
+void JTPDFDocument::SetCatalogEntry(const char* key, const char* value) {
   SetEntry(catalogEntries, key, value);
 }
 
-void JTPDFDocument::SetPageEntry(char const* key, char const* value) {
+void JTPDFDocument::SetPageEntry(const char* key, const char* value) {
   SetEntry(pages.NextEntries(), key, value);
 }
 
-void JTPDFDocument::SetCanvasEntry(char const* key, char const* value) {
+void JTPDFDocument::SetCanvasEntry(const char* key, const char* value) {
   SetEntry(canvas.HostEntries(), key, value);
 }
 
-void JTPDFDocument::SetContentEncoder(char const* filter, JTPDFEncodeFunction encode,
+void JTPDFDocument::SetContentEncoder(const char* filter, JTPDFEncodeFunction encode,
                                       void* context) {
   encoder.Set(filter, encode, context);
 }
 
-void JTPDFDocument::AddBookmark(int level, wchar_t const* title, int page) {
+void JTPDFDocument::AddBookmark(int level, const wchar_t* title, int page) {
   outline.Add(level, title, page);
 }
 
@@ -154,7 +154,7 @@ void JTPDFDocument::RequireComplete() const {
   if (!outline.LeadsTo(pages.Pages().size())) RefuseArgument("A bookmark leads to no page");
 }
 
-void JTPDFDocument::Finalize(char const* closingText) {
+void JTPDFDocument::Finalize(const char* closingText) {
   if (finalized) {
     PrintDiagnosticNote("Warning: Finalize called multiple times. Ignored.");
     return;

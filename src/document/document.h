@@ -34,13 +34,13 @@
 class JTPDFDocument : public ObjectWriter {
  public:
   // A document that goes to sink. Null creator and author count as empty. Opens nothing.
-  JTPDFDocument(double unitFactor, std::unique_ptr<Sink> sink, wchar_t const* creator = nullptr,
-                wchar_t const* author = nullptr);
+  JTPDFDocument(double unitFactor, std::unique_ptr<Sink> sink, const wchar_t* creator = nullptr,
+                const wchar_t* author = nullptr);
   // A document kept in memory.
   explicit JTPDFDocument(double unitFactor);
   // A document in the file fileName (not null).
-  JTPDFDocument(double unitFactor, wchar_t const* fileName, wchar_t const* creator,
-                wchar_t const* author);
+  JTPDFDocument(double unitFactor, const wchar_t* fileName, const wchar_t* creator,
+                const wchar_t* author);
   // A document handed to write in pieces.
   JTPDFDocument(double unitFactor, JTPDFWriteFunction write, void* context);
   // Closes the file whatever state it is in; never throws.
@@ -51,40 +51,40 @@ class JTPDFDocument : public ObjectWriter {
   void Initialize();
 
   // Writes what is left of the file and closes it, or keeps the bytes. A second call is ignored.
-  void Finalize(char const* closingText);
+  void Finalize(const char* closingText);
 
   // The bytes of a finalised memory document, else null and 0.
-  char const* GetPdfData() const { return Data().data(); }
+  const char* GetPdfData() const { return Data().data(); }
   std::size_t GetPdfDataSize() const { return Data().size(); }
 
   JTPDFCanvas& GetCanvas() { return canvas; }
 
   // Writes an image XObject with the encoded data as it is. name may be null and counts as empty
   // then; softMask is an image's number or kNoSoftMask.
-  int WriteImage(TPdfImageDescriptor const& image, bool maskWhite, TPdfImageRole role,
-                 wchar_t const* name, unsigned int itemCount, JTPDFDictionaryItem const* items,
+  int WriteImage(const TPdfImageDescriptor& image, bool maskWhite, TPdfImageRole role,
+                 const wchar_t* name, unsigned int itemCount, const JTPDFDictionaryItem* items,
                  int softMask);
 
   // Writes the profile's stream and the colour space made of it, whose number is returned.
   // objectOut is neither read nor written.
-  int WriteICCProfile(char const* profile, unsigned int size, TPdfCompression compression,
+  int WriteICCProfile(const char* profile, unsigned int size, TPdfCompression compression,
                       int* objectOut);
 
   // Writes the canvas as a form XObject and clears it.
   int WriteCanvas();
   // Writes the content stream that paints form and queues the page. The crop box comes before the
   // media box.
-  void WritePage(int form, JTPDFBox const& cropBox, JTPDFBox const& mediaBox);
+  void WritePage(int form, const JTPDFBox& cropBox, const JTPDFBox& mediaBox);
 
   // Objects, entries and bookmarks of the host's: see jtpdf/objects.h.
-  int WriteObject(int object, char const* value);
-  int WriteStream(int object, std::span<JTPDFEntry const> entries,
-                  std::span<JTPDFPiece const> pieces);
-  void SetCatalogEntry(char const* key, char const* value);
-  void SetPageEntry(char const* key, char const* value);
-  void SetCanvasEntry(char const* key, char const* value);
-  void SetContentEncoder(char const* filter, JTPDFEncodeFunction encode, void* context);
-  void AddBookmark(int level, wchar_t const* title, int page);
+  int WriteObject(int object, const char* value);
+  int WriteStream(int object, std::span<const JTPDFEntry> entries,
+                  std::span<const JTPDFPiece> pieces);
+  void SetCatalogEntry(const char* key, const char* value);
+  void SetPageEntry(const char* key, const char* value);
+  void SetCanvasEntry(const char* key, const char* value);
+  void SetContentEncoder(const char* filter, JTPDFEncodeFunction encode, void* context);
+  void AddBookmark(int level, const wchar_t* title, int page);
 
   // What Finalize writes: the queued pages and the tree above them, the root last; the
   // cross-reference table and the trailer; and the information dictionary.
@@ -100,7 +100,7 @@ class JTPDFDocument : public ObjectWriter {
   bool TakeMemoryError() { return std::exchange(memoryErrorWaits, false); }
 
   void InitializeGraphicsStateDict();
-  void SetInfoItem(char const* key, wchar_t const* value) { information.SetItem(key, value); }
+  void SetInfoItem(const char* key, const wchar_t* value) { information.SetItem(key, value); }
   bool GetMgMk() const { return information.GetMark(); }
   void SetMgMk(bool mark) { information.SetMark(mark); }
 

@@ -23,9 +23,9 @@
 namespace {
 
 // The canvas's own dictionary holds the images drawn, "/Resources/XObject/Im2" = "2 0 R".
-void WriteImageResources(ObjectWriter& out, JTPDFCanvas const& canvas) {
+void WriteImageResources(ObjectWriter& out, const JTPDFCanvas& canvas) {
   out.Append("/XObject\r\n<<\r\n");
-  for (auto const& [key, reference] : canvas) {
+  for (const auto& [key, reference] : canvas) {
     out.Append(std::string_view(key).substr(key.rfind('/')));
     out.Append(" ");
     out.Append(reference);
@@ -34,7 +34,7 @@ void WriteImageResources(ObjectWriter& out, JTPDFCanvas const& canvas) {
   out.Append(">>\r\n");
 }
 
-void WriteEntries(ObjectWriter& out, JTPDFCanvas const& canvas, JTPDFBox const& extent,
+void WriteEntries(ObjectWriter& out, const JTPDFCanvas& canvas, const JTPDFBox& extent,
                   std::string_view filter, int graphicsState) {
   out.Append("<<\r\n/BBox ");
   extent.WriteArray(out.Compose()) << "\r\n";
@@ -50,14 +50,14 @@ void WriteEntries(ObjectWriter& out, JTPDFCanvas const& canvas, JTPDFBox const& 
 }
 
 // The same entries over those of the host.
-std::string EntriesWithHosts(JTPDFCanvas& canvas, JTPDFBox const& extent, std::string_view filter,
+std::string EntriesWithHosts(JTPDFCanvas& canvas, const JTPDFBox& extent, std::string_view filter,
                              int graphicsState) {
   EntryTree tree = canvas.HostEntries();
   tree.Overrule("/BBox", extent.AsArray());
   if (!filter.empty()) tree.Overrule("/Filter", filter);
   tree.Overrule("/FormType", "1");
   tree.Overrule("/Resources/ExtGState/GS0", AsRefString(graphicsState));
-  for (auto const& [key, reference] : canvas) tree.Overrule(key, reference);
+  for (const auto& [key, reference] : canvas) tree.Overrule(key, reference);
   tree.Overrule("/Subtype", "/Form");
   tree.Overrule("/Type", "/XObject");
   return "<<\r\n" + tree.AsString();
@@ -66,7 +66,7 @@ std::string EntriesWithHosts(JTPDFCanvas& canvas, JTPDFBox const& extent, std::s
 }  // namespace
 
 int WriteForm(ObjectWriter& out, JTPDFCanvas& canvas, int graphicsState,
-              ContentEncoder const& encoder) {
+              const ContentEncoder& encoder) {
   out.RequireWritable();
   const JTPDFBox extent = canvas.GetBoundingBox().AsPoints(canvas.UnitFactor());
   const ContentEncoder::Content content = encoder.Encode(canvas.GetContents().View());

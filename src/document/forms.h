@@ -9,6 +9,6 @@
 // Writes what is on the canvas, clears it and returns the form's number. graphicsState is that of
 // the document.
 int WriteForm(ObjectWriter& out, JTPDFCanvas& canvas, int graphicsState,
-              ContentEncoder const& encoder);
+              const ContentEncoder& encoder);
 
 #endif  // JTPDF_DOCUMENT_FORMS_H

@@ -87,8 +87,8 @@ ColorSpaceEntries EntriesForColorSpace(TPdfColorSpace colorSpace, int colorSpace
 // The entries of an image's dictionary, in the order of their keys.
 class ImageEntries {
  public:
-  ImageEntries(TPdfImageDescriptor const& image, bool maskWhite, TPdfImageRole role,
-               wchar_t const* name, int softMask)
+  ImageEntries(const TPdfImageDescriptor& image, bool maskWhite, TPdfImageRole role,
+               const wchar_t* name, int softMask)
       : name_(PsString(TextOrEmpty(name))),
         filter_(FilterValueFromCompression(image.compression)),
         role_("/" + GetImageRoleName(role)) {
@@ -157,9 +157,9 @@ class ImageEntries {
 
 }  // namespace
 
-int WriteImage(ObjectWriter& out, TPdfImageDescriptor const& image, bool maskWhite,
-               TPdfImageRole role, wchar_t const* name, unsigned int itemCount,
-               JTPDFDictionaryItem const* items, int softMask) {
+int WriteImage(ObjectWriter& out, const TPdfImageDescriptor& image, bool maskWhite,
+               TPdfImageRole role, const wchar_t* name, unsigned int itemCount,
+               const JTPDFDictionaryItem* items, int softMask) {
   if (image.compression == kPdfCompressionJPEG2000 && softMask != kNoSoftMask) {
     Refuse("When using JPEG2000 no separate alpha channel is allowed");
   }

@@ -19,8 +19,8 @@ std::string GetImageRoleName(TPdfImageRole role);
 
 // Writes the image with its data as it is and returns its number. name may be null and counts as
 // empty then; softMask is an image's number or kNoSoftMask.
-int WriteImage(ObjectWriter& out, TPdfImageDescriptor const& image, bool maskWhite,
-               TPdfImageRole role, wchar_t const* name, unsigned int itemCount,
-               JTPDFDictionaryItem const* items, int softMask);
+int WriteImage(ObjectWriter& out, const TPdfImageDescriptor& image, bool maskWhite,
+               TPdfImageRole role, const wchar_t* name, unsigned int itemCount,
+               const JTPDFDictionaryItem* items, int softMask);
 
 #endif  // JTPDF_DOCUMENT_IMAGES_H

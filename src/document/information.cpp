@@ -15,10 +15,10 @@ constexpr wchar_t cPdfProducer[] = L"JTPDF 2.1.6";
 
 }  // namespace
 
-DocumentInformation::DocumentInformation(wchar_t const* creator, wchar_t const* author)
+DocumentInformation::DocumentInformation(const wchar_t* creator, const wchar_t* author)
     : creator(TextOrEmpty(creator)), author(TextOrEmpty(author)) {}
 
-void DocumentInformation::SetItem(char const* key, wchar_t const* value) {
+void DocumentInformation::SetItem(const char* key, const wchar_t* value) {
   std::string literal = PsString(TextOrEmpty(value));
   items[JTPDFDict::ValidKey(key)] = std::move(literal);
 }
@@ -35,7 +35,7 @@ JTPDFDict DocumentInformation::MakeDict() const {
 int DocumentInformation::Write(ObjectWriter& out) const {
   if (!items.empty()) return out.WriteDict(MakeDict().AsString());
   std::string text;
-  const auto add = [&](std::string_view key, std::wstring const& value) {
+  const auto add = [&](std::string_view key, const std::wstring& value) {
     if (!text.empty()) text += "\r\n";
     text.append(key).append(" ").append(PsString(value));
   };

@@ -10,10 +10,10 @@
 class DocumentInformation {
  public:
   // Null texts count as empty.
-  DocumentInformation(wchar_t const* creator, wchar_t const* author);
+  DocumentInformation(const wchar_t* creator, const wchar_t* author);
 
   // value may be null, which counts as empty.
-  void SetItem(char const* key, wchar_t const* value);
+  void SetItem(const char* key, const wchar_t* value);
   bool GetMark() const { return mark; }
   void SetMark(bool value) { mark = value; }
 

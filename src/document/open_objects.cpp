@@ -23,9 +23,9 @@ int Begin(ObjectWriter& out, int object) {
   return object;
 }
 
-std::string StreamDictionary(std::span<JTPDFEntry const> entries) {
+std::string StreamDictionary(std::span<const JTPDFEntry> entries) {
   EntryTree tree;
-  for (JTPDFEntry const& entry : entries) {
+  for (const JTPDFEntry& entry : entries) {
     const std::string_view key = entry.key;
     if (key == "/Length" || key.starts_with("/Length/") || !tree.Set(key, entry.value)) {
       RefuseArgument("A stream's entry is not a path of names with one object");
@@ -36,11 +36,11 @@ std::string StreamDictionary(std::span<JTPDFEntry const> entries) {
 
 }  // namespace
 
-void RequireReserved(ObjectWriter const& out, int object) {
+void RequireReserved(const ObjectWriter& out, int object) {
   if (!out.IsReserved(object)) RefuseArgument("The object number is not reserved");
 }
 
-int WriteObject(ObjectWriter& out, int object, char const* value) {
+int WriteObject(ObjectWriter& out, int object, const char* value) {
   if (!IsDirectObject(value)) RefuseArgument("The text is not exactly one direct object");
   const int number = Begin(out, object);
   out.Append(value);
@@ -49,17 +49,17 @@ int WriteObject(ObjectWriter& out, int object, char const* value) {
   return number;
 }
 
-int WriteStream(ObjectWriter& out, int object, std::span<JTPDFEntry const> entries,
-                std::span<JTPDFPiece const> pieces) {
+int WriteStream(ObjectWriter& out, int object, std::span<const JTPDFEntry> entries,
+                std::span<const JTPDFPiece> pieces) {
   const std::string dictionary = StreamDictionary(entries);
   std::size_t size = 0;
-  for (JTPDFPiece const& piece : pieces) size += piece.size;
+  for (const JTPDFPiece& piece : pieces) size += piece.size;
 
   const int number = Begin(out, object);
   out.Append("<<\r\n");
   out.Append(dictionary);
   out.BeginStream(size);
-  for (JTPDFPiece const& piece : pieces) out.WriteRaw(piece.data, piece.size);
+  for (const JTPDFPiece& piece : pieces) out.WriteRaw(piece.data, piece.size);
   out.Append("\r\nendstream\r\n");
   out.EndObject();
   return number;

@@ -11,13 +11,13 @@
 inline constexpr int kNewObject = 0;
 
 // Refuses a number that is not reserved, or was written already, with EINVAL.
-void RequireReserved(ObjectWriter const& out, int object);
+void RequireReserved(const ObjectWriter& out, int object);
 
 // Write an object under a number that is reserved or, for kNewObject, the next one, and return it.
 // What a host must not write is refused with EINVAL before anything is written: a value that is not
 // one object, an entry that EntryTree does not take, /Length.
-int WriteObject(ObjectWriter& out, int object, char const* value);
-int WriteStream(ObjectWriter& out, int object, std::span<JTPDFEntry const> entries,
-                std::span<JTPDFPiece const> pieces);
+int WriteObject(ObjectWriter& out, int object, const char* value);
+int WriteStream(ObjectWriter& out, int object, std::span<const JTPDFEntry> entries,
+                std::span<const JTPDFPiece> pieces);
 
 #endif  // JTPDF_DOCUMENT_OPEN_OBJECTS_H

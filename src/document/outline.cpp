@@ -16,19 +16,19 @@
 
 namespace {
 
-void WriteReference(ObjectWriter& out, char const* key, int object) {
+void WriteReference(ObjectWriter& out, const char* key, int object) {
   out.Compose() << key << ' ' << object << " 0 R\r\n";
 }
 
 }  // namespace
 
-void Outline::WriteKids(ObjectWriter& out, Links const& links, int root) {
+void Outline::WriteKids(ObjectWriter& out, const Links& links, int root) {
   if (links.count == 0) return;
   WriteReference(out, "/First", root + links.first);
   WriteReference(out, "/Last", root + links.last);
 }
 
-void Outline::Add(int level, wchar_t const* title, int page) {
+void Outline::Add(int level, const wchar_t* title, int page) {
   const int deepest = bookmarks.empty() ? 0 : bookmarks.back().level + 1;
   if (level < 0 || level > deepest) RefuseArgument("A bookmark's level skips one above it");
   if (page < 0) RefuseArgument("A bookmark's page is negative");
@@ -63,7 +63,7 @@ int Outline::Write(ObjectWriter& out, int firstPage) const {
   out.Append("/Type /Outlines\r\n>>\r\n");
   out.EndObject();
   for (std::size_t i = 0; i < bookmarks.size(); ++i) {
-    Links const& own = links[i + 1];
+    const Links& own = links[i + 1];
     out.BeginObject();
     out.Append("<<\r\n");
     if (own.count != 0) out.Compose() << "/Count " << own.count << "\r\n";

@@ -12,7 +12,7 @@ class Outline {
  public:
   // Adds a bookmark behind the others. Its level is 0, or that of the one before it and one more at
   // most; anything else is refused with EINVAL. A null title counts as empty.
-  void Add(int level, wchar_t const* title, int page);
+  void Add(int level, const wchar_t* title, int page);
 
   bool IsEmpty() const { return bookmarks.empty(); }
   // Whether all bookmarks lead to pages that there are.
@@ -41,7 +41,7 @@ class Outline {
   };
 
   std::vector<Links> LinkItems() const;
-  static void WriteKids(ObjectWriter& out, Links const& links, int root);
+  static void WriteKids(ObjectWriter& out, const Links& links, int root);
 
   std::vector<Bookmark> bookmarks;
   std::size_t lastPage = 0;

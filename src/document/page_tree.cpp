@@ -46,11 +46,11 @@ int WriteLevel(ObjectWriter& out, int pageCount, int count, int perNode) {
 
 }  // namespace
 
-int WritePageTree(ObjectWriter& out, PageQueue const& queue) {
+int WritePageTree(ObjectWriter& out, const PageQueue& queue) {
   const int pageCount = static_cast<int>(queue.Pages().size());
   const int firstParent = out.NextObject() + pageCount;
   for (int i = 0; i < pageCount; ++i) {
-    QueuedPage const& page = queue.Pages()[static_cast<std::size_t>(i)];
+    const QueuedPage& page = queue.Pages()[static_cast<std::size_t>(i)];
     WritePage(out, page, queue.EntriesOf(page), firstParent + i / kFanOut);
   }
   int count = pageCount;

@@ -6,6 +6,6 @@
 #include "output/object_writer.h"
 
 // Writes the pages and the tree, the root last; returns the root's number.
-int WritePageTree(ObjectWriter& out, PageQueue const& queue);
+int WritePageTree(ObjectWriter& out, const PageQueue& queue);
 
 #endif  // JTPDF_DOCUMENT_PAGE_TREE_H

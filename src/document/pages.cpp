@@ -27,14 +27,14 @@ void PageQueue::Add(QueuedPage page) {
   pages.push_back(page);
 }
 
-EntryTree const* PageQueue::EntriesOf(QueuedPage const& page) const {
+const EntryTree* PageQueue::EntriesOf(const QueuedPage& page) const {
   if (page.hostEntries == kNoHostEntries) return nullptr;
   return &entries[static_cast<std::size_t>(page.hostEntries)];
 }
 
 namespace {
 
-void WriteEntries(ObjectWriter& out, QueuedPage const& page, int parent) {
+void WriteEntries(ObjectWriter& out, const QueuedPage& page, int parent) {
   TextWriter& text = out.Compose();
   text << "/Contents " << page.contents << " 0 R\r\n/CropBox ";
   page.cropBox.WriteArray(text) << "\r\n/MediaBox ";
@@ -46,7 +46,7 @@ void WriteEntries(ObjectWriter& out, QueuedPage const& page, int parent) {
 }
 
 // The same entries over those of the host.
-std::string EntriesWithHosts(QueuedPage const& page, EntryTree tree, int parent) {
+std::string EntriesWithHosts(const QueuedPage& page, EntryTree tree, int parent) {
   tree.Overrule("/Contents", AsRefString(page.contents));
   tree.Overrule("/CropBox", page.cropBox.AsArray());
   tree.Overrule("/Group/CS", "/DeviceRGB");
@@ -63,7 +63,7 @@ std::string EntriesWithHosts(QueuedPage const& page, EntryTree tree, int parent)
 
 }  // namespace
 
-void WritePage(ObjectWriter& out, QueuedPage const& page, EntryTree const* hostEntries,
+void WritePage(ObjectWriter& out, const QueuedPage& page, const EntryTree* hostEntries,
                int parent) {
   std::string entries;
   if (hostEntries != nullptr) entries = EntriesWithHosts(page, *hostEntries, parent);

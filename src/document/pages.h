@@ -28,9 +28,9 @@ class PageQueue {
   // Adds a page, with the next entries if there are any.
   void Add(QueuedPage page);
 
-  std::vector<QueuedPage> const& Pages() const { return pages; }
+  const std::vector<QueuedPage>& Pages() const { return pages; }
   // Null for none.
-  EntryTree const* EntriesOf(QueuedPage const& page) const;
+  const EntryTree* EntriesOf(const QueuedPage& page) const;
 
  private:
   std::vector<QueuedPage> pages;
@@ -42,6 +42,6 @@ class PageQueue {
 int WritePageContents(ObjectWriter& out, int form);
 
 // Writes the page's dictionary, over entries of the host's unless that is null.
-void WritePage(ObjectWriter& out, QueuedPage const& page, EntryTree const* hostEntries, int parent);
+void WritePage(ObjectWriter& out, const QueuedPage& page, const EntryTree* hostEntries, int parent);
 
 #endif  // JTPDF_DOCUMENT_PAGES_H

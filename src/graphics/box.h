@@ -22,7 +22,7 @@ class JTPDFBox {
       : left(left), bottom(bottom), width(width), height(height) {}
   JTPDFBox(double left, double bottom, double width, double height, double angle)
       : left(left), bottom(bottom), width(width), height(height), angle(angle) {}
-  explicit JTPDFBox(JTPDFRect const& rect)
+  explicit JTPDFBox(const JTPDFRect& rect)
       : JTPDFBox(rect.left, rect.bottom, rect.width, rect.height, rect.angle) {}
 
   double GetLeft() const { return left; }

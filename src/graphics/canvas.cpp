@@ -33,14 +33,14 @@ class RepeatedNumber {
         size(static_cast<std::size_t>(WriteNum(digits, std::fabs(value)) - digits)) {}
 
   struct Term {
-    RepeatedNumber const& number;
+    const RepeatedNumber& number;
     bool isNegative;
   };
   operator Term() const { return {*this, isNegative}; }
   Term operator-() const { return {*this, !isNegative}; }
 
   // Adds the text of Num(value), whose limit counts the sign.
-  friend TextWriter& operator<<(TextWriter& text, Term const& term) {
+  friend TextWriter& operator<<(TextWriter& text, const Term& term) {
     if (term.isNegative) text << '-';
     const std::size_t room = kNumMaxLength - (term.isNegative ? 1 : 0);
     return text << std::string_view(term.number.digits, std::min(term.number.size, room));
@@ -65,7 +65,7 @@ void JTPDFCanvas::Clear() {
   contents.Add("/GS0 gs");
 }
 
-void JTPDFCanvas::Image(int image, JTPDFBox const& box) {
+void JTPDFCanvas::Image(int image, const JTPDFBox& box) {
   const std::string number = IntToStr(image, 0);
   // The entry first: a line must not name an image that memory did not suffice to enter.
   (*this)["/Resources/XObject/Im" + number] = AsRefString(image);
@@ -75,7 +75,7 @@ void JTPDFCanvas::Image(int image, JTPDFBox const& box) {
   });
 }
 
-void JTPDFCanvas::Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
+void JTPDFCanvas::Rectangle(const JTPDFBox& box, const JTPDFColor& fill, const JTPDFColor& stroke,
                             double lineWidth) {
   const JTPDFBox points = box.AsPoints(unitFactor);
   const bool fills = fill != JTPDFColor::clNone;
@@ -94,7 +94,7 @@ void JTPDFCanvas::Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFCo
   });
 }
 
-void JTPDFCanvas::Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
+void JTPDFCanvas::Circle(const JTPDFBox& box, const JTPDFColor& fill, const JTPDFColor& stroke,
                          double lineWidth) {
   const JTPDFBox points = box.AsPoints(unitFactor);
   const double width = SizeAsPoints(lineWidth);

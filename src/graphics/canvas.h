@@ -14,24 +14,24 @@
 class JTPDFCanvas : public JTPDFDict {
  public:
   explicit JTPDFCanvas(double unitFactor);
-  JTPDFCanvas(JTPDFCanvas const&) = delete;
-  JTPDFCanvas& operator=(JTPDFCanvas const&) = delete;
+  JTPDFCanvas(const JTPDFCanvas&) = delete;
+  JTPDFCanvas& operator=(const JTPDFCanvas&) = delete;
 
   // Back to the one line "/GS0 gs" and no entries; the bounding box stays.
   void Clear();
 
   // The image XObject of that number, over box or over the bounding box.
-  void Image(int image, JTPDFBox const& box);
+  void Image(int image, const JTPDFBox& box);
   void Image(int image) { Image(image, boundingBox); }
 
   // A rectangle, turned by its box's angle. A colour clNone is left out; without a fill the
   // rectangle is stroked, be there a stroke colour or not.
-  void Rectangle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
+  void Rectangle(const JTPDFBox& box, const JTPDFColor& fill, const JTPDFColor& stroke,
                  double lineWidth);
-  void Rectangle(JTPDFBox const& box, JTPDFColor const& fill) {
+  void Rectangle(const JTPDFBox& box, const JTPDFColor& fill) {
     Rectangle(box, fill, JTPDFColor::clNone, 0.0);
   }
-  void Rectangle(JTPDFBox const& box, JTPDFColor const& stroke, double lineWidth) {
+  void Rectangle(const JTPDFBox& box, const JTPDFColor& stroke, double lineWidth) {
     Rectangle(box, JTPDFColor::clNone, stroke, lineWidth);
   }
 
@@ -42,12 +42,12 @@ class JTPDFCanvas : public JTPDFDict {
 
   // The ellipse inscribed in box, its stroke inside the box. The angle is ignored and clNone is a
   // colour like any other.
-  void Circle(JTPDFBox const& box, JTPDFColor const& fill, JTPDFColor const& stroke,
+  void Circle(const JTPDFBox& box, const JTPDFColor& fill, const JTPDFColor& stroke,
               double lineWidth);
 
-  void SetBoundingBox(JTPDFBox const& box) { boundingBox = box; }
-  JTPDFBox const& GetBoundingBox() const { return boundingBox; }
-  JTPDFStringList const& GetContents() const { return contents; }
+  void SetBoundingBox(const JTPDFBox& box) { boundingBox = box; }
+  const JTPDFBox& GetBoundingBox() const { return boundingBox; }
+  const JTPDFStringList& GetContents() const { return contents; }
   // Entries of the host's for the next form, which Clear removes too.
   EntryTree& HostEntries() { return hostEntries; }
   double UnitFactor() const { return unitFactor; }

@@ -33,7 +33,7 @@ std::string_view Component(unsigned char channel) {
 
 }  // namespace
 
-TextWriter& operator<<(TextWriter& text, JTPDFColor const& color) {
+TextWriter& operator<<(TextWriter& text, const JTPDFColor& color) {
   return text << Component(color.red) << ' ' << Component(color.green) << ' '
               << Component(color.blue);
 }

@@ -16,12 +16,12 @@ class JTPDFColor {
       : JTPDFColor(color.red, color.green, color.blue, color.alpha) {}
 
   bool IsGray() const { return red == green && green == blue; }
-  bool operator==(JTPDFColor const&) const = default;
+  bool operator==(const JTPDFColor&) const = default;
 
   // One number (the red channel) if gray, else the three components; alpha is never written.
   std::string AsString(bool gray) const;
   // Adds the text of AsString(false).
-  friend TextWriter& operator<<(TextWriter& text, JTPDFColor const& color);
+  friend TextWriter& operator<<(TextWriter& text, const JTPDFColor& color);
 
   // No colour at all: (255, 255, 255, 0). It differs from opaque white only in its alpha (kept).
   static const JTPDFColor clNone;

@@ -13,9 +13,9 @@
 class ByteBuffer {
  public:
   ByteBuffer() = default;
-  ByteBuffer(ByteBuffer const&) = delete;
+  ByteBuffer(const ByteBuffer&) = delete;
   ByteBuffer(ByteBuffer&& other) noexcept { *this = std::move(other); }
-  ByteBuffer& operator=(ByteBuffer const&) = delete;
+  ByteBuffer& operator=(const ByteBuffer&) = delete;
   ByteBuffer& operator=(ByteBuffer&& other) noexcept {
     std::swap(bytes, other.bytes);
     std::swap(size, other.size);
@@ -24,7 +24,7 @@ class ByteBuffer {
   }
   ~ByteBuffer() { Release(); }
 
-  char const* Data() const { return bytes; }  // null as long as there was nothing to keep
+  const char* Data() const { return bytes; }  // null as long as there was nothing to keep
   std::size_t Size() const { return size; }
   operator std::string_view() const { return {bytes, size}; }
 
@@ -35,7 +35,7 @@ class ByteBuffer {
     return bytes + size;
   }
   // Takes what was written to Reserve's room, up to end, into the buffer.
-  void TakeUpTo(char const* end) { size = static_cast<std::size_t>(end - bytes); }
+  void TakeUpTo(const char* end) { size = static_cast<std::size_t>(end - bytes); }
 
   // Adds text whole or, where there is no memory, not at all.
   void Append(std::string_view text) {

@@ -40,7 +40,7 @@ void DropFirst(std::string_view& path, std::string_view name) {
 // Kept: after a mismatch the walk still compares with the same component of the open path, so a
 // parent that diverges and then meets that name again takes it for open already.
 template <typename Open>
-void WalkOpenings(std::string_view parent, std::string_view& openPath, Open const& open) {
+void WalkOpenings(std::string_view parent, std::string_view& openPath, const Open& open) {
   for (std::string_view name = FirstName(parent); !name.empty(); name = FirstName(parent)) {
     DropFirst(parent, name);
     if (name == FirstName(openPath)) {
@@ -114,14 +114,14 @@ bool IsRendered(std::string_view key) {
 
 }  // namespace
 
-JTPDFDict::JTPDFDict(unsigned int count, JTPDFDictionaryItem const* items) {
+JTPDFDict::JTPDFDict(unsigned int count, const JTPDFDictionaryItem* items) {
   for (unsigned int i = 0; i < count; ++i) {
     std::string literal = PsString(TextOrEmpty(items[i].value));
     (*this)[ValidKey(items[i].key)] = std::move(literal);
   }
 }
 
-std::string JTPDFDict::ValidKey(std::string const& key) {
+std::string JTPDFDict::ValidKey(const std::string& key) {
   std::string valid;
   for (const char c : key) {
     // Bytes from 0x80 on are dropped whatever the sign of char: key text is 7-bit name text.
@@ -134,11 +134,11 @@ std::string JTPDFDict::ValidKey(std::string const& key) {
 
 std::string JTPDFDict::AsString() const {
   std::size_t bound = ItemBound("", "");
-  for (auto const& [key, value] : *this) bound += ItemBound(key, value);
+  for (const auto& [key, value] : *this) bound += ItemBound(key, value);
   std::string body(bound, '\0');
   char* out = body.data();
   std::string_view previousParent;
-  for (auto const& [key, value] : *this) {
+  for (const auto& [key, value] : *this) {
     const KeyPath path = Split(key);
     if (IsRendered(key)) out = Put(PutItem(out, path, value, previousParent), "\r\n");
     // The keys that are never rendered move the open path on all the same (kept), and the

@@ -24,17 +24,17 @@ class JTPDFDict : public std::map<std::string, std::string> {
   JTPDFDict() = default;
   // Copies and moves are declared because the destructor would suppress the moves: a vector of
   // dictionaries moves them when it grows.
-  JTPDFDict(JTPDFDict const&) = default;
+  JTPDFDict(const JTPDFDict&) = default;
   JTPDFDict(JTPDFDict&&) noexcept = default;
-  JTPDFDict& operator=(JTPDFDict const&) = default;
+  JTPDFDict& operator=(const JTPDFDict&) = default;
   JTPDFDict& operator=(JTPDFDict&&) noexcept = default;
   // One entry per row: ValidKey(key) = PsString(value). A later row of the same key wins. With a
   // count of 0 the rows are not read.
-  JTPDFDict(unsigned int count, JTPDFDictionaryItem const* items);
+  JTPDFDict(unsigned int count, const JTPDFDictionaryItem* items);
   virtual ~JTPDFDict() = default;
 
   // The key of its bytes 0x21 to 0x7E, with a "/" in front; "/JT_DUMMY_KEY" if there are none.
-  static std::string ValidKey(std::string const& key);
+  static std::string ValidKey(const std::string& key);
 
   // The text between the dictionary's "<<" and ">>", without a line end at its end. The keys "",
   // "/Length" and "/Stream" are left out: the object writer writes the length itself.

@@ -69,7 +69,7 @@ void EntryTree::Overrule(std::string_view key, std::string_view value) {
 std::string EntryTree::AsString() const {
   std::string text;
   std::string_view open;  // the path of the dictionaries that are open
-  for (auto const& [key, value] : entries) {
+  for (const auto& [key, value] : entries) {
     const std::string_view parent = ParentOf(key);
     const std::size_t shared = SharedParents(open, parent);
     Close(text, open.substr(shared));

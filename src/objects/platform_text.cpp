@@ -51,7 +51,7 @@ std::string UTF8(PlatformString text) {
 
 // The file system's form of path; none, with EILSEQ, if it is not valid UTF-32: nothing else would
 // tell the caller why the file was not opened.
-std::optional<std::string> FileSystemPath(wchar_t const* path) {
+std::optional<std::string> FileSystemPath(const wchar_t* path) {
   const std::optional<PlatformString> text = NSString_from_wchar_t(path);
   if (text) return UTF8(*text);
   errno = EILSEQ;
@@ -59,7 +59,7 @@ std::optional<std::string> FileSystemPath(wchar_t const* path) {
 }
 
 template <typename Stream>
-void OpenOnPlatformPath(Stream& stream, wchar_t const* path, unsigned int mode) {
+void OpenOnPlatformPath(Stream& stream, const wchar_t* path, unsigned int mode) {
   if (const std::optional<std::string> name = FileSystemPath(path)) {
     stream.open(*name, static_cast<std::ios_base::openmode>(mode));
   } else {
@@ -78,7 +78,7 @@ int AboveStandardStreams(int descriptor) {
 }
 
 // Drops the first count bytes of parts, and what is left of them at the front when it is empty.
-void DropWritten(iovec*& first, iovec const* end, std::size_t count) {
+void DropWritten(iovec*& first, const iovec* end, std::size_t count) {
   while (first != end && count >= first->iov_len) count -= (first++)->iov_len;
   if (first == end) return;
   first->iov_base = static_cast<char*>(first->iov_base) + count;
@@ -87,9 +87,9 @@ void DropWritten(iovec*& first, iovec const* end, std::size_t count) {
 
 }  // namespace
 
-std::optional<PlatformString> NSString_from_wchar_t(wchar_t const* text) {
+std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text) {
   static_assert(sizeof(wchar_t) == sizeof(char32_t));
-  const PlatformString units(reinterpret_cast<char32_t const*>(text), std::wcslen(text));
+  const PlatformString units(reinterpret_cast<const char32_t*>(text), std::wcslen(text));
   for (const char32_t c : units) {
     if (IsSurrogate(c) || c > kLastCodePoint) return std::nullopt;
   }
@@ -115,15 +115,15 @@ std::size_t WriteUTF16BE(PlatformString text, unsigned char* out, std::size_t ro
   return used;
 }
 
-void OpenWithUnicodePath(std::ofstream& stream, wchar_t const* path, unsigned int mode) {
+void OpenWithUnicodePath(std::ofstream& stream, const wchar_t* path, unsigned int mode) {
   OpenOnPlatformPath(stream, path, mode);
 }
 
-void OpenWithUnicodePath(std::ifstream& stream, wchar_t const* path, unsigned int mode) {
+void OpenWithUnicodePath(std::ifstream& stream, const wchar_t* path, unsigned int mode) {
   OpenOnPlatformPath(stream, path, mode);
 }
 
-bool PlatformFile::Open(wchar_t const* path) {
+bool PlatformFile::Open(const wchar_t* path) {
   const std::optional<std::string> name = FileSystemPath(path);
   if (!name) return false;
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | kLargeFile;

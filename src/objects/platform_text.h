@@ -15,7 +15,7 @@
 using PlatformString = std::u32string_view;
 
 // The text up to its NUL as a platform string, which borrows it; none if it is not valid UTF-32.
-std::optional<PlatformString> NSString_from_wchar_t(wchar_t const* text);
+std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text);
 
 // Writes the UTF-16BE bytes of as many whole leading characters of text as fit into room bytes at
 // out, and returns how many bytes that is. Conversion ends for good at the first character that
@@ -26,22 +26,22 @@ std::size_t WriteUTF16BE(PlatformString text, unsigned char* out, std::size_t ro
 // output form adds std::ios_base::out and the input form std::ios_base::in. A failure shows as the
 // stream's failure bit, with the system's errno; a path that is not valid UTF-32 is never tried and
 // gives EILSEQ.
-void OpenWithUnicodePath(std::ofstream& stream, wchar_t const* path, unsigned int mode);
-void OpenWithUnicodePath(std::ifstream& stream, wchar_t const* path, unsigned int mode);
+void OpenWithUnicodePath(std::ofstream& stream, const wchar_t* path, unsigned int mode);
+void OpenWithUnicodePath(std::ifstream& stream, const wchar_t* path, unsigned int mode);
 
 // A file that is written from its beginning to its end. The calls return false and leave the
 // system's error in errno where they fail.
 class PlatformFile {
  public:
   PlatformFile() = default;
-  PlatformFile(PlatformFile const&) = delete;
-  PlatformFile& operator=(PlatformFile const&) = delete;
+  PlatformFile(const PlatformFile&) = delete;
+  PlatformFile& operator=(const PlatformFile&) = delete;
   ~PlatformFile() { Close(); }
 
   // Creates or truncates the file at path, as OpenWithUnicodePath does. Its descriptor is never one
   // of the standard streams', even where those are closed: what the host's process prints must not
   // get into the file.
-  bool Open(wchar_t const* path);
+  bool Open(const wchar_t* path);
   bool IsOpen() const { return descriptor >= 0; }
   // Writes all bytes of the parts, one behind the other.
   bool Write(std::initializer_list<std::string_view> parts);

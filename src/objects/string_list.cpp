@@ -8,7 +8,7 @@
 namespace {
 
 // Appends text to the line that begins at line and ends at end, behind a blank where one is due.
-char* PutPart(char const* line, char* end, std::string_view text) {
+char* PutPart(const char* line, char* end, std::string_view text) {
   if (end != line && end[-1] != '[' && text != "]") *end++ = ' ';
   return end + text.copy(end, text.size());
 }
@@ -21,7 +21,7 @@ char* JTPDFStringList::BeginLine(std::size_t size) {
   return end + kLineEnd.copy(end, kLineEnd.size());
 }
 
-void JTPDFStringList::EndLine(char const* end) {
+void JTPDFStringList::EndLine(const char* end) {
   text.TakeUpTo(end);
   isEmpty = false;
 }
@@ -34,12 +34,12 @@ void JTPDFStringList::Add(unsigned int count, ...) {
   va_copy(measured, texts);
   std::size_t size = 0;
   // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy is two lines above
-  for (unsigned int i = 0; i < count; ++i) size += std::strlen(va_arg(measured, char const*)) + 1;
+  for (unsigned int i = 0; i < count; ++i) size += std::strlen(va_arg(measured, const char*)) + 1;
   va_end(measured);
   try {
     char* const line = BeginLine(size);
     char* end = line;
-    for (unsigned int i = 0; i < count; ++i) end = PutPart(line, end, va_arg(texts, char const*));
+    for (unsigned int i = 0; i < count; ++i) end = PutPart(line, end, va_arg(texts, const char*));
     EndLine(end);
   } catch (...) {
     va_end(texts);

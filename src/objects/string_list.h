@@ -27,13 +27,13 @@ class JTPDFStringList {
 
   // The same for one to ten texts.
   template <std::convertible_to<std::string_view>... Texts>
-  requires(sizeof...(Texts) >= 1 && sizeof...(Texts) <= 10) void Add(Texts const&... texts) {
+  requires(sizeof...(Texts) >= 1 && sizeof...(Texts) <= 10) void Add(const Texts&... texts) {
     AddJoined({std::string_view(texts)...});
   }
 
   // The same for a line of at most atMost bytes that write(TextWriter&) makes.
   template <typename Write>
-  void Compose(std::size_t atMost, Write const& write) {
+  void Compose(std::size_t atMost, const Write& write) {
     TextWriter line(BeginLine(atMost), atMost);
     write(line);
     EndLine(line.End());
@@ -53,7 +53,7 @@ class JTPDFStringList {
   void AddJoined(std::initializer_list<std::string_view> texts);
   // The place of a new line of at most size bytes, behind the line end that it takes.
   char* BeginLine(std::size_t size);
-  void EndLine(char const* end);
+  void EndLine(const char* end);
 
   ByteBuffer text;
   bool isEmpty = true;  // no line at all: a list of one empty line has no text either

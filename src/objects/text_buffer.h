@@ -18,11 +18,11 @@ inline constexpr std::string_view kLineEnd = "\r\n";
 class TextWriter {
  public:
   TextWriter(char* start, std::size_t room) : start(start), end(start), limit(start + room) {}
-  TextWriter(TextWriter const&) = delete;
-  TextWriter& operator=(TextWriter const&) = delete;
+  TextWriter(const TextWriter&) = delete;
+  TextWriter& operator=(const TextWriter&) = delete;
 
   void Clear() { end = start; }
-  char const* End() const { return end; }
+  const char* End() const { return end; }
   std::size_t Size() const { return static_cast<std::size_t>(end - start); }
   std::size_t Room() const { return static_cast<std::size_t>(limit - end); }
 

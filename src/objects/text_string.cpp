@@ -27,7 +27,7 @@ std::string Hexadecimal(std::uintptr_t value) {
 
 }  // namespace
 
-std::u16string PDFUTF16FromWString(std::wstring const& text) {
+std::u16string PDFUTF16FromWString(const std::wstring& text) {
   std::u16string result;
   const std::optional<PlatformString> valid = NSString_from_wchar_t(text.c_str());
   const std::size_t room = 2 * text.size();
@@ -49,9 +49,9 @@ std::u16string PDFUTF16FromWString(std::wstring const& text) {
   return result;
 }
 
-std::string PsString(std::wstring const& text) {
+std::string PsString(const std::wstring& text) {
   const std::u16string units = PDFUTF16FromWString(text);
-  const auto* const bytes = reinterpret_cast<unsigned char const*>(units.data());
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(units.data());
   const std::size_t size = units.size() * sizeof(char16_t);
 
   std::string literal = "(";
@@ -71,11 +71,11 @@ std::string PsString(std::wstring const& text) {
   return literal;
 }
 
-std::wstring TextOrEmpty(wchar_t const* text) {
+std::wstring TextOrEmpty(const wchar_t* text) {
   return text == nullptr ? L"" : text;
 }
 
-std::string DebugRepOfWideStr(wchar_t const* text) {
+std::string DebugRepOfWideStr(const wchar_t* text) {
   if (text == nullptr) return "(NULL)";
   std::string representation;
   for (; *text != L'\0'; ++text) {
@@ -86,7 +86,7 @@ std::string DebugRepOfWideStr(wchar_t const* text) {
   return representation;
 }
 
-std::string DebugRepOfCharStr(char const* text) {
+std::string DebugRepOfCharStr(const char* text) {
   if (text == nullptr) return "(NULL)";
   return '"' + std::string(text) + '"';
 }

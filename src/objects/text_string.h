@@ -11,18 +11,18 @@
 // U+FFFF loses its end (kept: the lengths of our strings have always been bounded so). Where
 // nothing is converted (no text, text that is not valid UTF-32, a lone character that does not fit)
 // the result is empty and diagnostic mode notes it.
-std::u16string PDFUTF16FromWString(std::wstring const& text);
+std::u16string PDFUTF16FromWString(const std::wstring& text);
 
 // The PDF string literal of text; "()" where PDFUTF16FromWString gives nothing.
-std::string PsString(std::wstring const& text);
+std::string PsString(const std::wstring& text);
 
 // The text as a string; null counts as empty.
-std::wstring TextOrEmpty(wchar_t const* text);
+std::wstring TextOrEmpty(const wchar_t* text);
 
 // For debugging: "0x00000041, 0x00000042", "" for no units, "(NULL)" for null.
-std::string DebugRepOfWideStr(wchar_t const* text);
+std::string DebugRepOfWideStr(const wchar_t* text);
 
 // For debugging: the text between two double quotes, "(NULL)" for null.
-std::string DebugRepOfCharStr(char const* text);
+std::string DebugRepOfCharStr(const char* text);
 
 #endif  // JTPDF_OBJECTS_TEXT_STRING_H

@@ -12,7 +12,7 @@
 class FileSink final : public Sink {
  public:
   // Opens nothing yet.
-  explicit FileSink(wchar_t const* fileName) : fileName(fileName) {}
+  explicit FileSink(const wchar_t* fileName) : fileName(fileName) {}
 
   void Open() override;
   void Write(std::string_view text, std::string_view data) override;

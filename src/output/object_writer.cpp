@@ -11,11 +11,11 @@ constexpr std::streamoff kReserved = -2;
 
 }  // namespace
 
-void Refuse(char const* message) {
+void Refuse(const char* message) {
   throw std::ios_base::failure(message, std::io_errc::stream);
 }
 
-void RefuseArgument(char const* message) {
+void RefuseArgument(const char* message) {
   errno = EINVAL;
   Refuse(message);
 }
@@ -114,7 +114,7 @@ void ObjectWriter::BeginStream(std::size_t size) {
   Compose() << "/Length " << static_cast<long long>(size) << "\r\n>>\r\nstream\r\n";
 }
 
-void ObjectWriter::WriteRaw(char const* data, std::size_t size) {
+void ObjectWriter::WriteRaw(const char* data, std::size_t size) {
   FlushLines({data, size});
 }
 

@@ -25,9 +25,9 @@
 #include "output/sink.h"
 
 // Throws std::ios_base::failure with message, for a call that the state of the document forbids.
-[[noreturn]] void Refuse(char const* message);
+[[noreturn]] void Refuse(const char* message);
 // The same for a host's argument that cannot be written, with EINVAL.
-[[noreturn]] void RefuseArgument(char const* message);
+[[noreturn]] void RefuseArgument(const char* message);
 
 // Every member that writes is refused before the sink is open and fails behind a failure of it.
 // Nothing is rolled back then. Memory that runs out never leaves half an object in the sink:
@@ -35,8 +35,8 @@
 class ObjectWriter {
  public:
   explicit ObjectWriter(std::unique_ptr<Sink> sink);
-  ObjectWriter(ObjectWriter const&) = delete;
-  ObjectWriter& operator=(ObjectWriter const&) = delete;
+  ObjectWriter(const ObjectWriter&) = delete;
+  ObjectWriter& operator=(const ObjectWriter&) = delete;
 
   // Writes line and "\r\n" and returns the position at which the line begins, -1 on a failed sink.
   // An empty line writes nothing at all. Lines reach the sink together at the end of their object.
@@ -70,7 +70,7 @@ class ObjectWriter {
   // Adds the lines from a stream's length to its data.
   void BeginStream(std::size_t size);
   // Adds size bytes of data (may be null for 0) as they are, without a copy where they are many.
-  void WriteRaw(char const* data, std::size_t size);
+  void WriteRaw(const char* data, std::size_t size);
   // Adds the lines from the length of a stream of text to its end; the line end behind the text is
   // no part of it.
   void WriteStream(std::string_view text);
@@ -78,7 +78,7 @@ class ObjectWriter {
   void EndObject();
 
   // Where the objects begin, by their number; entry 0 is the header's.
-  std::vector<std::streamoff> const& Positions() const { return positions; }
+  const std::vector<std::streamoff>& Positions() const { return positions; }
 
   // The bytes that a closed sink keeps; null where there are none.
   std::string_view Data() const { return sink->Data(); }

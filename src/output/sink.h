@@ -10,8 +10,8 @@
 class Sink {
  public:
   Sink() = default;
-  Sink(Sink const&) = delete;
-  Sink& operator=(Sink const&) = delete;
+  Sink(const Sink&) = delete;
+  Sink& operator=(const Sink&) = delete;
   virtual ~Sink() = default;
 
   // Gets ready for the first byte. After a failure it may be called again.

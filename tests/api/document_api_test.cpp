@@ -183,7 +183,7 @@ TEST(GetPdfDataSize, CountsTheBytesWithTheirNuls) {
 TEST(GetPdfData, StaysWhereItIs) {
   Doc doc;
   doc.Init().Finish();
-  char const* const data = GetPdfData(doc);
+  const char* const data = GetPdfData(doc);
   doc.Image(grey).Info("A", L"b").Finish();
   EXPECT_EQ(data, GetPdfData(doc));
 }

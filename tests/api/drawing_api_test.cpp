@@ -18,7 +18,7 @@ constexpr JTPDFRect kBox = {10, 20, 30, 40, 0};
 
 // The content of the form that the drawing makes.
 template <typename Drawing>
-std::string Drawn(Drawing const& draw, double unit = 1) {
+std::string Drawn(const Drawing& draw, double unit = 1) {
   Doc doc(unit);
   doc.Init();
   draw(doc);
@@ -27,7 +27,7 @@ std::string Drawn(Drawing const& draw, double unit = 1) {
   return object.substr(begin, object.find("\r\nendstream", begin) - begin);
 }
 
-std::string Matrix(std::string const& last) {
+std::string Matrix(const std::string& last) {
   return "1 0 0 1 25.0000 40.0000 cm 1.0000 0.0000 -0.0000 1.0000 0 0 cm " + last +
          " -15.0000 -20.0000 cm";
 }
@@ -280,7 +280,7 @@ TEST(WritePdfICCProfile, GivesTheNumberOfTheColourSpace) {
 // ---- What all writers share ----
 
 struct Writer {
-  char const* name;
+  const char* name;
   std::function<int32_t(JTPDFDocument*, int*)> call;
 };
 

@@ -103,7 +103,7 @@ struct OddBytes : std::codecvt<char, char, std::mbstate_t> {
   bool do_always_noconv() const noexcept override { return false; }
   int do_encoding() const noexcept override { return 1; }
   int do_max_length() const noexcept override { return 1; }
-  result do_out(std::mbstate_t&, char const* from, char const* fromEnd, char const*& fromNext,
+  result do_out(std::mbstate_t&, const char* from, const char* fromEnd, const char*& fromNext,
                 char* to, char* toEnd, char*& toNext) const override {
     while (from != fromEnd && to != toEnd) *to++ = static_cast<char>(*from++ ^ 0x55);
     fromNext = from;

@@ -21,7 +21,7 @@ constexpr bool kMeasures = true;
 #endif
 
 // A line of /proc/self/status, in bytes.
-long Status(std::string const& name) {
+long Status(const std::string& name) {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
     if (line.starts_with(name + ":")) return std::stol(line.substr(name.size() + 1)) * 1024;
@@ -30,7 +30,7 @@ long Status(std::string const& name) {
 }
 
 // Writes images until the document has size bytes; returns its size, or 0 if it was refused.
-long WriteInMemory(long size, std::string const& data) {
+long WriteInMemory(long size, const std::string& data) {
   JTPDFDocument* const doc = TryCreateMemoryPdfDoc(1);
   int32_t code = InitPdfDoc(doc);
   const TPdfImageDescriptor image = Picture(data);
@@ -45,7 +45,7 @@ long WriteInMemory(long size, std::string const& data) {
 
 // Runs what in a process of its own, which says whether all went well.
 template <typename What>
-void InAChild(What const& what) {
+void InAChild(const What& what) {
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) _exit(what() ? 0 : 1);

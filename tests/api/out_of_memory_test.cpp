@@ -15,7 +15,7 @@
 #include "support/temp_dir.h"
 
 struct Call {
-  char const* name;
+  const char* name;
   bool initialized;
   std::function<int32_t(JTPDFDocument*)> call;
 };
@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(Call, OutOfMemory, testing::ValuesIn(kCallTable), NameO
 constexpr int kCalls = 30;
 
 // Lets the calls fail at their n-th allocation.
-Outcome FailAt(long n, Call const& call, JTPDFDocument* doc) {
+Outcome FailAt(long n, const Call& call, JTPDFDocument* doc) {
   return WithAllocations(n, [&] {
     for (int i = 0; i < (call.initialized ? kCalls : 1); ++i) {
       if (call.call(doc) != 0) return false;
@@ -160,7 +160,7 @@ TEST(OutOfMemoryTryCreate, GivesNullAndENOMEM) {
       [] { return TryCreateMemoryPdfDoc(1); },
       [&] { return TryCreateCallbackPdfDoc(1, ignore, nullptr); },
   };
-  for (auto const& create : creations) {
+  for (const auto& create : creations) {
     long n = 0;
     for (;; ++n) {
       ASSERT_LT(n, 1000) << "never succeeds";

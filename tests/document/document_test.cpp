@@ -45,7 +45,7 @@ class JTPDFDocumentTest : public testing::TestWithParam<bool> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Sink, JTPDFDocumentTest, testing::Bool(),
-                         [](auto const& sink) { return sink.param ? "File" : "Memory"; });
+                         [](const auto& sink) { return sink.param ? "File" : "Memory"; });
 
 TEST_P(JTPDFDocumentTest, BeginsWithHeaderMarkerAndObject1AtOffset17) {
   const std::string bytes = doc->Init().Finish();
@@ -117,7 +117,7 @@ TEST_P(JTPDFDocumentTest, AddToXRefReturnsTheIndex) {
 // ---- Refusals ----
 
 struct RefusedCall {
-  char const* name;
+  const char* name;
   std::function<void(JTPDFDocument&)> call;
 };
 
@@ -229,7 +229,7 @@ TEST(JTPDFDocumentFile, WritersAfterFinalizeFailOnTheClosedFile) {
   TempDir dir;
   Doc doc(dir.File("out.pdf"));
   const std::string bytes = doc.Init().Form().Page().Finish();
-  for (RefusedCall const& writer : kWriters) {
+  for (const RefusedCall& writer : kWriters) {
     if (writer.name == "Finalize"s) continue;  // ignored instead
     if (writer.name == "WriteLnOfNothing"s) {
       EXPECT_EQ(std::streampos(-1), doc->WriteLn("")) << "nothing to write, nothing to fail";

@@ -30,7 +30,7 @@ struct Image {
   int softMask = -1;
 };
 
-int Write(JTPDFDocument& doc, Image const& image) {
+int Write(JTPDFDocument& doc, const Image& image) {
   const TPdfImageDescriptor descriptor = {image.data.data(),
                                           static_cast<std::uint32_t>(image.data.size()),
                                           static_cast<TPdfCompression>(image.compression),
@@ -45,7 +45,7 @@ int Write(JTPDFDocument& doc, Image const& image) {
 }
 
 // Object 2 of a document that holds the image.
-std::string ObjectOf(Image const& image) {
+std::string ObjectOf(const Image& image) {
   Doc doc;
   doc.Init();
   EXPECT_EQ(2, Write(*doc.operator->(), image));
@@ -55,7 +55,7 @@ std::string ObjectOf(Image const& image) {
 using Entries = std::map<std::string, std::string>;
 
 // The entries of the sample, with changes; an empty value takes one out.
-Entries SampleWith(Entries const& changes) {
+Entries SampleWith(const Entries& changes) {
   Entries entries = {{"/BitsPerComponent", "8"},
                      {"/ColorSpace", "/DeviceGray"},
                      {"/Filter", "/DCTDecode"},
@@ -66,7 +66,7 @@ Entries SampleWith(Entries const& changes) {
                      {"/Subtype", "/Image"},
                      {"/Type", "/XObject"},
                      {"/Width", "640"}};
-  for (auto const& [key, value] : changes) {
+  for (const auto& [key, value] : changes) {
     if (value.empty()) {
       entries.erase(key);
     } else {
@@ -77,9 +77,9 @@ Entries SampleWith(Entries const& changes) {
 }
 
 // The object of an image without nested entries.
-std::string ObjectWith(Entries const& entries, std::string const& data) {
+std::string ObjectWith(const Entries& entries, const std::string& data) {
   std::string object = Lines("2 0 obj", "<<");
-  for (auto const& [key, value] : entries) object += Lines(key + " " + value);
+  for (const auto& [key, value] : entries) object += Lines(key + " " + value);
   return object + Lines("/Length " + std::to_string(data.size()), ">>", "stream",
                         data + "endstream", "endobj");
 }
@@ -94,7 +94,7 @@ TEST(JTPDFDocumentWriteImage, SampleIsExact) {
 }
 
 struct ImageCase {
-  char const* name;
+  const char* name;
   Image image;
   Entries changes;
   std::string notes = {};
@@ -349,7 +349,7 @@ TEST(FilterValueFromCompression, NotesAnUnknownValueInDiagnosticModeOnly) {
 }
 
 TEST(GetImageRoleName, NamesTheNineRoles) {
-  char const* const names[] = {"Background", "Photo", "Mask",  "Border", "ClipArt",
+  const char* const names[] = {"Background", "Photo", "Mask",  "Border", "ClipArt",
                                "Alpha",      "Text",  "Shape", "Other"};
   for (int role = 0; role < 9; ++role) {
     EXPECT_EQ(names[role], GetImageRoleName(static_cast<TPdfImageRole>(role)));

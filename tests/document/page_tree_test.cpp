@@ -26,12 +26,12 @@ struct Node {
   std::vector<int> kids;
 };
 
-int IntBehind(std::string const& text, std::string const& key) {
+int IntBehind(const std::string& text, const std::string& key) {
   const std::size_t at = text.find(key);
   return at == std::string::npos ? -1 : std::stoi(text.substr(at + key.size()));
 }
 
-Node ReadNode(Pdf const& pdf, int object) {
+Node ReadNode(const Pdf& pdf, int object) {
   const std::string text = pdf.Object(object);
   EXPECT_EQ(1, Count(text, "/Type /Pages\r\n")) << text;
   Node node;

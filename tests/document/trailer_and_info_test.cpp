@@ -89,7 +89,7 @@ TEST(JTPDFDocumentInfo, CreatorAndAuthorOfTheDocumentWin) {
 
 TEST(JTPDFDocumentInfo, CreatorAndAuthorItemsSurviveWhereTheDocumentsAreEmpty) {
   TempDir dir;
-  for (wchar_t const* empty : {static_cast<wchar_t const*>(nullptr), L""}) {
+  for (const wchar_t* empty : {static_cast<const wchar_t*>(nullptr), L""}) {
     Doc doc(dir.File("a.pdf"), empty, empty);
     doc.Info("Creator", L"x").Info("Author", L"y");
     EXPECT_BYTES(Lines("<<", "/Author " + AsciiLiteral("y"), "/Creator " + AsciiLiteral("x"),

@@ -97,7 +97,7 @@ Outcome RunWith(SetSink setSink, Plan& plan, After after) {
   return RunReference(options);
 }
 
-void FailOnceAtEveryPlace(SetSink setSink, Row const& row, int leastPlaces) {
+void FailOnceAtEveryPlace(SetSink setSink, const Row& row, int leastPlaces) {
   Plan sound = {row, -1};
   ASSERT_TRUE(RunWith(setSink, sound, After::kStop).finalized);
   ASSERT_GT(sound.writes, leastPlaces);

@@ -12,7 +12,7 @@
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-void ExpectBox(JTPDFRect const& expected, JTPDFBox const& box) {
+void ExpectBox(const JTPDFRect& expected, const JTPDFBox& box) {
   EXPECT_EQ(expected.left, box.GetLeft());
   EXPECT_EQ(expected.bottom, box.GetBottom());
   EXPECT_EQ(expected.width, box.GetWidth());
@@ -104,10 +104,10 @@ TEST(JTPDFBoxAsPoints, ScalesTheLengthsAndNotTheAngle) {
 }
 
 struct MatrixCase {
-  char const* name;
+  const char* name;
   JTPDFRect box;
   bool scale;
-  char const* text;
+  const char* text;
 };
 
 class BoxMatrix : public testing::TestWithParam<MatrixCase> {};

@@ -18,7 +18,7 @@ const JTPDFBox box(10, 20, 30, 40, 0);
 class JTPDFCanvasTest : public testing::Test {
  protected:
   template <typename... Texts>
-  void ExpectLines(Texts const&... lines) {
+  void ExpectLines(const Texts&... lines) {
     EXPECT_BYTES(Joined("/GS0 gs", lines...), canvas.GetContents().Text());
   }
 

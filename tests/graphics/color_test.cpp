@@ -10,7 +10,7 @@ TEST(JTPDFColorEquality, ComparesAllFourBytes) {
   const JTPDFColor color(1, 2, 3, 4);
   EXPECT_TRUE(color == JTPDFColor(1, 2, 3, 4));
   EXPECT_FALSE(color != JTPDFColor(1, 2, 3, 4));
-  for (JTPDFColor const& other : {JTPDFColor(9, 2, 3, 4), JTPDFColor(1, 9, 3, 4),
+  for (const JTPDFColor& other : {JTPDFColor(9, 2, 3, 4), JTPDFColor(1, 9, 3, 4),
                                   JTPDFColor(1, 2, 9, 4), JTPDFColor(1, 2, 3, 9)}) {
     EXPECT_FALSE(color == other);
     EXPECT_TRUE(color != other);

@@ -12,7 +12,7 @@
 using namespace std::string_literals;
 
 struct RenderCase {
-  char const* name;
+  const char* name;
   std::vector<std::pair<std::string, std::string>> entries;
   std::string text;
 };
@@ -21,7 +21,7 @@ class JTPDFDictRender : public testing::TestWithParam<RenderCase> {};
 
 TEST_P(JTPDFDictRender, IsExact) {
   JTPDFDict dict;
-  for (auto const& [key, value] : GetParam().entries) dict[key] = value;
+  for (const auto& [key, value] : GetParam().entries) dict[key] = value;
   EXPECT_BYTES(GetParam().text, dict.AsString());
 }
 
@@ -162,7 +162,7 @@ TEST(JTPDFDictValue, MovesWithoutCopyingWhenAVectorGrows) {
   EXPECT_TRUE(std::has_virtual_destructor_v<JTPDFDict>);
   std::vector<JTPDFDict> pages(1);
   pages[0]["/A"] = "1";
-  std::string const* const value = &pages[0]["/A"];
+  const std::string* const value = &pages[0]["/A"];
   pages.reserve(pages.capacity() + 1);
   EXPECT_EQ(value, &pages[0]["/A"]) << "the entry was copied";
 }
@@ -177,10 +177,10 @@ TEST(CopyPart, IsTheFirstComponentWithItsSolidus) {
 }
 
 struct MoveCase {
-  char const* name;
-  char const* path;
-  char const* part;
-  char const* rest;
+  const char* name;
+  const char* path;
+  const char* part;
+  const char* rest;
 };
 
 class MovePartOf : public testing::TestWithParam<MoveCase> {};
@@ -212,10 +212,10 @@ TEST(TrimDictionary, RemovesBytes0x01To0x20FromBothEnds) {
 }
 
 struct ItemCase {
-  char const* name;
-  char const* key;
-  char const* value;
-  char const* previous;
+  const char* name;
+  const char* key;
+  const char* value;
+  const char* previous;
   std::string text;
 };
 

@@ -11,7 +11,7 @@
 
 constexpr unsigned int kWrite = std::ios_base::binary | std::ios_base::out | std::ios_base::trunc;
 
-std::string Utf16(std::wstring const& text, std::size_t room) {
+std::string Utf16(const std::wstring& text, std::size_t room) {
   std::string bytes(room + 1, '?');
   const std::size_t used = WriteUTF16BE(*NSString_from_wchar_t(text.c_str()),
                                         reinterpret_cast<unsigned char*>(bytes.data()), room);

@@ -110,7 +110,7 @@ TEST(JTPDFStringListAdd, LeavesTheListUnchangedWhenThereIsNoMemory) {
   const std::string text(1000, 'x');  // more than the list has room for
   auto addCounted = [&](JTPDFStringList& list) { list.Add(2u, text.c_str(), text.c_str()); };
   auto addTexts = [&](JTPDFStringList& list) { list.Add(text, text); };
-  for (std::function<void(JTPDFStringList&)> const& add :
+  for (const std::function<void(JTPDFStringList&)>& add :
        {std::function<void(JTPDFStringList&)>(addCounted),
         std::function<void(JTPDFStringList&)>(addTexts)}) {
     long n = 0;

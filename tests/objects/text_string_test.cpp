@@ -21,22 +21,22 @@ extern "C" void* __wrap_malloc(std::size_t size) {
 }
 
 // The bytes of the 16-bit units in memory order.
-std::string BytesInMemory(std::u16string const& units) {
+std::string BytesInMemory(const std::u16string& units) {
   std::string bytes(2 * units.size(), '\0');
   std::memcpy(bytes.data(), units.data(), bytes.size());
   return bytes;
 }
 
-std::string NoteFor(std::wstring const& text) {
+std::string NoteFor(const std::wstring& text) {
   std::ostringstream note;
   note.imbue(std::locale::classic());
-  note << "Error: unable to convert string to UTF-16 BE:" << static_cast<void const*>(text.c_str())
+  note << "Error: unable to convert string to UTF-16 BE:" << static_cast<const void*>(text.c_str())
        << "\n";
   return note.str();
 }
 
 struct TextCase {
-  char const* name;
+  const char* name;
   std::wstring text;
   std::string literal;
   std::string utf16;

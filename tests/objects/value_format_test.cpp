@@ -53,9 +53,9 @@ testing::AssertionResult IsPrintedAround(double value) {
 }
 
 struct NumCase {
-  char const* name;
+  const char* name;
   double value;
-  char const* text;
+  const char* text;
 };
 
 class NumText : public testing::TestWithParam<NumCase> {};
@@ -96,7 +96,7 @@ TEST(Num, IsCutTo29Characters) {
 }
 
 TEST(Num, RandomBitPatternsArePrintedAsByTheCLibrary) {
-  char const* const wanted = std::getenv("JTPDF_NUM_CASES");
+  const char* const wanted = std::getenv("JTPDF_NUM_CASES");
   const long cases = wanted == nullptr ? 1000000 : std::strtol(wanted, nullptr, 10);
   ASSERT_GT(cases, 0) << "JTPDF_NUM_CASES is to be a number of cases";
   std::mt19937_64 random(cases == 1000000 ? 2026 : std::random_device()());
@@ -163,10 +163,10 @@ TEST(Num, AnyNaNIsPrintedWithItsSign) {
 }
 
 struct IntCase {
-  char const* name;
+  const char* name;
   long long value;
   unsigned int width;
-  char const* text;
+  const char* text;
 };
 
 class IntToStrText : public testing::TestWithParam<IntCase> {};

@@ -24,7 +24,7 @@ struct Host {
 
   std::string Bytes() const {
     std::string bytes;
-    for (std::string const& piece : pieces) bytes += piece;
+    for (const std::string& piece : pieces) bytes += piece;
     return bytes;
   }
 };

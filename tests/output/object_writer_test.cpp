@@ -34,7 +34,7 @@ TEST(JTPDFDocumentWriteDict, NumberIsThatOfItsLineAndOfItsOffset) {
 }
 
 struct DictCase {
-  char const* name;
+  const char* name;
   std::string dict;
   std::string stream;
   bool noStreamIfEmpty;

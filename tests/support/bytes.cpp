@@ -33,8 +33,8 @@ std::string Escaped(std::string_view bytes) {
   return text;
 }
 
-testing::AssertionResult SameBytes(char const* expectedExpression, char const* actualExpression,
-                                   std::string const& expected, std::string const& actual) {
+testing::AssertionResult SameBytes(const char* expectedExpression, const char* actualExpression,
+                                   const std::string& expected, const std::string& actual) {
   if (expected == actual) return testing::AssertionSuccess();
   const auto parting =
       std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());

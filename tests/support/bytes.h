@@ -9,7 +9,7 @@
 
 // The lines, each ended by "\r\n".
 template <typename... Texts>
-std::string Lines(Texts const&... lines) {
+std::string Lines(const Texts&... lines) {
   std::string text;
   ((text += lines, text += "\r\n"), ...);
   return text;
@@ -17,7 +17,7 @@ std::string Lines(Texts const&... lines) {
 
 // The lines with "\r\n" between two of them.
 template <typename... Texts>
-std::string Joined(Texts const&... lines) {
+std::string Joined(const Texts&... lines) {
   std::string text = Lines(lines...);
   text.resize(text.size() - 2);
   return text;
@@ -30,8 +30,8 @@ std::string AsciiLiteral(std::string_view text);
 std::string Escaped(std::string_view bytes);
 
 // Compares whole byte strings; a failure shows both escaped and says where they part.
-testing::AssertionResult SameBytes(char const* expectedExpression, char const* actualExpression,
-                                   std::string const& expected, std::string const& actual);
+testing::AssertionResult SameBytes(const char* expectedExpression, const char* actualExpression,
+                                   const std::string& expected, const std::string& actual);
 
 #define EXPECT_BYTES(expected, actual) EXPECT_PRED_FORMAT2(SameBytes, expected, actual)
 

@@ -10,17 +10,17 @@
 
 template <typename T>
 concept NamedRow = requires(T const& row) {
-  { row.name } -> std::convertible_to<char const*>;
+  { row.name } -> std::convertible_to<const char*>;
 };
 
 // Failures name the row instead of dumping its bytes.
 template <NamedRow Row>
-std::ostream& operator<<(std::ostream& out, Row const& row) {
+std::ostream& operator<<(std::ostream& out, const Row& row) {
   return out << row.name;
 }
 
 template <NamedRow Row>
-std::string NameOf(testing::TestParamInfo<Row> const& info) {
+std::string NameOf(const testing::TestParamInfo<Row>& info) {
   return info.param.name;
 }
 

@@ -10,8 +10,8 @@
 class Diagnostics {
  public:
   explicit Diagnostics(bool mode = true);
-  Diagnostics(Diagnostics const&) = delete;
-  Diagnostics& operator=(Diagnostics const&) = delete;
+  Diagnostics(const Diagnostics&) = delete;
+  Diagnostics& operator=(const Diagnostics&) = delete;
   ~Diagnostics();
 
   // What was printed and flushed since the last call; text that was not flushed is missing.
@@ -36,22 +36,22 @@ class Diagnostics {
 
 // The message of the stream failure that body raises with the code std::io_errc::stream, without
 // the standard library's own words behind it; says so if there is none.
-std::string MessageOfFailure(std::ios_base::failure const& failure);
+std::string MessageOfFailure(const std::ios_base::failure& failure);
 
 template <typename Body>
-std::string Refusal(Body const& body) {
+std::string Refusal(const Body& body) {
   try {
     body();
-  } catch (std::ios_base::failure const& failure) {
+  } catch (const std::ios_base::failure& failure) {
     return MessageOfFailure(failure);
   }
   return "(no failure)";
 }
 
 // The line that a refused call prints when errno is 0.
-std::string RefusalLine(std::string const& function, std::string const& message);
+std::string RefusalLine(const std::string& function, const std::string& message);
 
 // The line that a call failing with errno code prints.
-std::string ErrorLine(std::string const& function, int code);
+std::string ErrorLine(const std::string& function, int code);
 
 #endif  // JTPDF_TESTS_SUPPORT_DIAGNOSTICS_H

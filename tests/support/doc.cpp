@@ -14,7 +14,7 @@ namespace {
 // A value of errno that nothing sets by itself.
 constexpr int kErrnoOfCaller = 4242;
 
-std::wstring Wide(std::filesystem::path const& path) {
+std::wstring Wide(const std::filesystem::path& path) {
   return path.wstring();
 }
 
@@ -29,7 +29,7 @@ TPdfImageDescriptor Picture(std::string_view data, TPdfColorSpace colorSpace,
 const TPdfImageDescriptor grey = Picture("grey data");
 
 template <typename Call>
-void Doc::Expect(char const* function, Call const& call) {
+void Doc::Expect(const char* function, const Call& call) {
   errno = kErrnoOfCaller;
   if constexpr (std::is_void_v<decltype(call())>) {
     call();
@@ -41,7 +41,7 @@ void Doc::Expect(char const* function, Call const& call) {
 
 Doc::Doc(double unitFactor) : handle(CreateMemoryPdfDoc(unitFactor)) {}
 
-Doc::Doc(std::filesystem::path file, wchar_t const* creator, wchar_t const* author,
+Doc::Doc(std::filesystem::path file, const wchar_t* creator, const wchar_t* author,
          double unitFactor)
     : handle(CreateFilePdfDoc(unitFactor, Wide(file).c_str(), creator, author)),
       path(std::move(file)) {}
@@ -58,7 +58,7 @@ Doc& Doc::Init() {
   return *this;
 }
 
-Doc& Doc::Info(char const* key, wchar_t const* value) {
+Doc& Doc::Info(const char* key, const wchar_t* value) {
   Expect("SetPdfInfoItem", [&] { SetPdfInfoItem(handle, key, value); });
   return *this;
 }
@@ -110,7 +110,7 @@ Doc& Doc::Circle(JTPDFRect box, JTPDFRGBColor fill, JTPDFRGBColor stroke, double
   return *this;
 }
 
-Doc& Doc::Image(TPdfImageDescriptor const& image, ImageOptions const& options) {
+Doc& Doc::Image(const TPdfImageDescriptor& image, const ImageOptions& options) {
   Expect("WritePdfImage", [&] {
     return WritePdfImage(handle, &image, options.maskWhite, options.role, options.name,
                          static_cast<unsigned>(options.items.size()), options.items.data(), &last);
@@ -118,8 +118,8 @@ Doc& Doc::Image(TPdfImageDescriptor const& image, ImageOptions const& options) {
   return *this;
 }
 
-Doc& Doc::ImageWithAlpha(TPdfImageDescriptor const& image, TPdfImageDescriptor const* alpha,
-                         ImageOptions const& options) {
+Doc& Doc::ImageWithAlpha(const TPdfImageDescriptor& image, const TPdfImageDescriptor* alpha,
+                         const ImageOptions& options) {
   Expect("WritePdfImageWithAlpha", [&] {
     return WritePdfImageWithAlpha(handle, &image, alpha, options.role, options.name,
                                   static_cast<unsigned>(options.items.size()), options.items.data(),
@@ -128,7 +128,7 @@ Doc& Doc::ImageWithAlpha(TPdfImageDescriptor const& image, TPdfImageDescriptor c
   return *this;
 }
 
-Doc& Doc::ImageJPEG2000(TPdfImageDescriptor const& image, ImageOptions const& options) {
+Doc& Doc::ImageJPEG2000(const TPdfImageDescriptor& image, const ImageOptions& options) {
   Expect("WritePdfImageJPEG2000", [&] {
     return WritePdfImageJPEG2000(handle, &image, options.role, options.name,
                                  static_cast<unsigned>(options.items.size()), options.items.data(),
@@ -155,13 +155,13 @@ Doc& Doc::Page(int form, JTPDFRect crop, JTPDFRect media) {
   return *this;
 }
 
-std::string Doc::Finish(char const* closingText) {
+std::string Doc::Finish(const char* closingText) {
   Expect("FinalizePdfDoc", [&] { return FinalizePdfDoc(handle, closingText); });
   return path.empty() ? BytesOf(handle) : ReadFile(path);
 }
 
 std::string BytesOf(JTPDFDocument* doc) {
-  char const* const data = GetPdfData(doc);
+  const char* const data = GetPdfData(doc);
   return data == nullptr ? std::string() : std::string(data, GetPdfDataSize(doc));
 }
 

@@ -27,7 +27,7 @@ extern const TPdfImageDescriptor grey;
 struct ImageOptions {
   bool maskWhite = false;
   TPdfImageRole role = kPdfImageRolePhoto;
-  wchar_t const* name = L"scan";
+  const wchar_t* name = L"scan";
   std::vector<JTPDFDictionaryItem> items = {};
 };
 
@@ -38,13 +38,13 @@ class Doc {
   // In memory.
   explicit Doc(double unitFactor = PDFCoordinateUnitPoint);
   // In a file.
-  explicit Doc(std::filesystem::path path, wchar_t const* creator = nullptr,
-               wchar_t const* author = nullptr, double unitFactor = PDFCoordinateUnitPoint);
+  explicit Doc(std::filesystem::path path, const wchar_t* creator = nullptr,
+               const wchar_t* author = nullptr, double unitFactor = PDFCoordinateUnitPoint);
   Doc(Doc&& other) noexcept;
   ~Doc();
 
   Doc& Init();
-  Doc& Info(char const* key, wchar_t const* value);
+  Doc& Info(const char* key, const wchar_t* value);
   Doc& Mark(bool mark);
 
   Doc& Extent(JTPDFRect box);
@@ -56,10 +56,10 @@ class Doc {
   Doc& FillAndStroke(JTPDFRect box, JTPDFRGBColor fill, JTPDFRGBColor stroke, double lineWidth);
   Doc& Circle(JTPDFRect box, JTPDFRGBColor fill, JTPDFRGBColor stroke, double lineWidth);
 
-  Doc& Image(TPdfImageDescriptor const& image, ImageOptions const& options = {});
-  Doc& ImageWithAlpha(TPdfImageDescriptor const& image, TPdfImageDescriptor const* alpha,
-                      ImageOptions const& options = {});
-  Doc& ImageJPEG2000(TPdfImageDescriptor const& image, ImageOptions const& options = {});
+  Doc& Image(const TPdfImageDescriptor& image, const ImageOptions& options = {});
+  Doc& ImageWithAlpha(const TPdfImageDescriptor& image, const TPdfImageDescriptor* alpha,
+                      const ImageOptions& options = {});
+  Doc& ImageJPEG2000(const TPdfImageDescriptor& image, const ImageOptions& options = {});
   Doc& Profile(std::string_view data, TPdfCompression compression = kPdfCompressionFlate);
   Doc& Form();
   Doc& Page(int form, JTPDFRect crop = kA4, JTPDFRect media = kA4);
@@ -67,7 +67,7 @@ class Doc {
   Doc& Page() { return Page(last); }
 
   // Finalises and gives the bytes of the document, of the file or of the memory.
-  std::string Finish(char const* closingText = nullptr);
+  std::string Finish(const char* closingText = nullptr);
 
   operator JTPDFDocument*() const { return handle; }
   JTPDFDocument* operator->() const { return handle; }
@@ -76,7 +76,7 @@ class Doc {
 
  private:
   template <typename Call>
-  void Expect(char const* function, Call const& call);
+  void Expect(const char* function, const Call& call);
 
   JTPDFDocument* handle;
   std::filesystem::path path;  // empty: in memory

@@ -15,12 +15,12 @@ enum class Outcome { kSuccess, kBadAlloc, kCode };
 
 // Runs the call with n allocations; a call gives whether it succeeded.
 template <typename Call>
-Outcome WithAllocations(long n, Call const& call) {
+Outcome WithAllocations(long n, const Call& call) {
   allocationsLeft = n;
   Outcome outcome = Outcome::kBadAlloc;
   try {
     outcome = call() ? Outcome::kSuccess : Outcome::kCode;
-  } catch (std::bad_alloc const&) {
+  } catch (const std::bad_alloc&) {
   }
   allocationsLeft = -1;
   return outcome;

@@ -7,7 +7,7 @@
 
 namespace {
 
-void Require(bool condition, std::string const& what) {
+void Require(bool condition, const std::string& what) {
   if (!condition) throw std::runtime_error("not a whole document: " + what);
 }
 

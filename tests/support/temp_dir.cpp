@@ -18,7 +18,7 @@ TempDir::~TempDir() {
   std::filesystem::remove_all(path, ignored);
 }
 
-std::string ReadFile(std::filesystem::path const& path) {
+std::string ReadFile(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios_base::binary);
   if (!in) throw std::runtime_error("cannot read " + path.string());
   in.imbue(std::locale::classic());

@@ -8,16 +8,16 @@
 class TempDir {
  public:
   TempDir();
-  TempDir(TempDir const&) = delete;
-  TempDir& operator=(TempDir const&) = delete;
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
   ~TempDir();
 
-  std::filesystem::path File(std::string const& name) const { return path / name; }
+  std::filesystem::path File(const std::string& name) const { return path / name; }
 
  private:
   std::filesystem::path path;
 };
 
-std::string ReadFile(std::filesystem::path const& path);
+std::string ReadFile(const std::filesystem::path& path);
 
 #endif  // JTPDF_TESTS_SUPPORT_TEMP_DIR_H
