@@ -72,7 +72,8 @@ if(modules)
   message(SEND_ERROR "these files include each other in a circle, or wait for one: ${modules}")
 endif()
 
-file(GLOB_RECURSE hosts ${ROOT}/tools/*.h ${ROOT}/tools/*.cpp ${ROOT}/examples/*.c
+file(GLOB_RECURSE hosts ${ROOT}/pictures/*.h ${ROOT}/pictures/*.cpp ${ROOT}/tools/*.h
+  ${ROOT}/tools/*.cpp ${ROOT}/examples/*.c
   ${ROOT}/examples/*.cpp)
 foreach(file ${hosts})
   own_includes(names ${file})

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 TEST(ProgressLine, TellsPagesSpeedAndTimeLeft) {
@@ -41,4 +41,4 @@ TEST(ProgressLine, LeavesTheLastColumnFree) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

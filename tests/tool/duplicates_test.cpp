@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 class DuplicateFinderTest : public testing::Test {
@@ -114,4 +114,4 @@ TEST_F(DuplicateFinderTest, TellsFilesApartWhoseHashesAgree) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

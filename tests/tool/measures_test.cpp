@@ -6,7 +6,7 @@
 
 #include "usage_error.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
@@ -108,4 +108,4 @@ TEST(ParseBorder, IsVerticalThenHorizontal) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

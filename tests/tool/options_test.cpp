@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 Options Parse(std::vector<const char*> arguments) {
@@ -235,4 +235,4 @@ TEST(Manual, NamesTheRealDefaults) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 TEST(RunInOrder, UsesEveryProductOnceInOrderWhateverTheJobs) {
@@ -113,4 +113,4 @@ TEST(ForEachInParallel, VisitsEachOnce) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

@@ -11,7 +11,7 @@
 #include "album_writer.h"
 #include "pdf_document.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 namespace fs = std::filesystem;
@@ -145,4 +145,4 @@ TEST(FindInput, TellsFilesOfDifferentDevicesApart) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

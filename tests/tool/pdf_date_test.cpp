@@ -4,7 +4,7 @@
 
 #include "usage_error.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 TEST(ParseDate, BecomesAPdfDate) {
@@ -52,4 +52,4 @@ TEST(ParseDate, RefusesDaysThatAreNone) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

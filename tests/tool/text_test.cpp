@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 TEST(FromUtf8, DecodesEveryLength) {
@@ -63,4 +63,4 @@ TEST(Printable, HidesControlCharacters) {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool

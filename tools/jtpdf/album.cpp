@@ -7,11 +7,11 @@
 #include <utility>
 
 #include "duplicates.h"
+#include "formats/decoder.h"
 #include "input_problem.h"
 #include "ordered_work.h"
-#include "readers/reader.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 // Small files are kept from their planning to their writing, as many as fit in here, which is less
@@ -29,13 +29,13 @@ struct PlannedInput {
   ImageSource held;  // what can be read only once, or was kept
 };
 
-const Reader& RecogniseOrThrow(Bytes head) {
-  const Reader* reader = Recognise(head);
-  if (reader == nullptr) {
+const Decoder& RecogniseOrThrow(Bytes head) {
+  const Decoder* decoder = Recognise(head);
+  if (decoder == nullptr) {
     throw ImageError(
         "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
   }
-  return *reader;
+  return *decoder;
 }
 
 // A page that does not fit fails alone, but for the only one: then it is the file that fails.
@@ -61,8 +61,8 @@ void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedIn
                                            : ImageSource::Open(input.path, false, rules);
   const Bytes file = source.View();
   UseUnchanged(source, [&] {
-    const Reader& reader = RecogniseOrThrow(file.first(std::min(file.size(), kRecognisedBytes)));
-    planned->images = reader.plan(file, options.limits);
+    const Decoder& decoder = RecogniseOrThrow(file.first(std::min(file.size(), kRecognisedBytes)));
+    planned->images = decoder.plan(file, options.limits);
     LayOutPages(options, planned);
     planned->sampleHash = SampleHash(file);
   });
@@ -198,4 +198,4 @@ const Input* FindInput(const AlbumPlan& plan, uint64_t device, uint64_t inode) {
   return nullptr;
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

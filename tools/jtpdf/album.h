@@ -18,7 +18,7 @@
 #include "layout.h"
 #include "options.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // One page to be.
 struct PagePlan {
@@ -54,6 +54,6 @@ ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch);
 // What messages call the page: its input's name, and where it is one of several, which.
 std::string PageName(const AlbumPlan& plan, const PagePlan& page);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_ALBUM_H

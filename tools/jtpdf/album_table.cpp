@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "readers/reader.h"
+#include "formats/decoder.h"
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 using Row = std::vector<std::string>;
@@ -44,7 +44,7 @@ Row RowOf(const AlbumPlan& plan, size_t number, const LayoutOptions& options) {
   const int orientation = DrawnOrientation(image, options);
   std::string stored = image.PassesThrough() ? "as it is" : "decoded: " + image.decodeReason;
   if (page.sameAs != number) stored = "same as page " + std::to_string(page.sameAs + 1);
-  return {ReaderOf(image.format).name,
+  return {DecoderOf(image.format).name,
           std::to_string(image.width) + "x" + std::to_string(image.height),
           std::to_string(image.depth),
           ColourName(image),
@@ -87,4 +87,4 @@ std::string DescribeAlbum(const AlbumPlan& plan, const Options& options) {
   return Aligned(rows);
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

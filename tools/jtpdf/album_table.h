@@ -7,10 +7,10 @@
 #include "album.h"
 #include "options.h"
 
-namespace tool {
+namespace pictures::tool {
 
 std::string DescribeAlbum(const AlbumPlan& plan, const Options& options);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_ALBUM_TABLE_H

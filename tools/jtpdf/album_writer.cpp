@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "formats/decoder.h"
 #include "input_problem.h"
 #include "ordered_work.h"
 #include "pdf_document.h"
-#include "readers/reader.h"
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 // About the memory an encoded page holds until it is written.
@@ -147,4 +147,4 @@ size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output,
   return failed;
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

@@ -9,7 +9,7 @@
 #include "options.h"
 #include "output.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // An input that failed while it was written; reported already.
 struct BadInput {};
@@ -19,6 +19,6 @@ struct BadInput {};
 // OutputError.
 size_t WriteAlbum(const AlbumPlan& plan, const Options& options, Output& output, Console& console);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_ALBUM_WRITER_H

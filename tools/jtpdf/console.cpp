@@ -9,7 +9,7 @@
 
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 int Columns() {
@@ -90,4 +90,4 @@ void Console::EndProgress() {
   drawn_ = false;
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

@@ -9,7 +9,7 @@
 
 #include "image.h"
 
-namespace tool {
+namespace pictures::tool {
 
 enum class Verbosity { kQuiet, kNormal, kVerbose };
 
@@ -42,6 +42,6 @@ class Console {
 std::string ProgressLine(uint64_t pages, uint64_t allPages, uint64_t bytes, double seconds,
                          int columns);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_CONSOLE_H

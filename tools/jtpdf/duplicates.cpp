@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 constexpr uint64_t kMultiplier = 0x9E3779B97F4A7C15;
@@ -65,4 +65,4 @@ size_t DuplicateFinder::FirstLike(size_t input, uint64_t sampleHash, const FileI
   return input;
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

@@ -11,7 +11,7 @@
 
 #include "image_source.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // A number that equal bytes share and different ones nearly never do. It samples: three pieces of
 // four kilobytes and the size, so that planning a large file stays a matter of its header.
@@ -37,6 +37,6 @@ class DuplicateFinder {
   std::unordered_map<uint64_t, std::vector<Known>> known_;
 };
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_DUPLICATES_H

@@ -9,10 +9,10 @@
 #include <string_view>
 #include <system_error>
 
-#include "readers/reader.h"
+#include "formats/decoder.h"
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 namespace fs = std::filesystem;
@@ -101,4 +101,4 @@ Folder ListFolder(const std::string& folder) {
   return found;
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

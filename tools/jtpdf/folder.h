@@ -7,7 +7,7 @@
 
 #include "input_list.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // What a folder holds that is not meant to become a page.
 struct PassedOver {
@@ -25,6 +25,6 @@ struct Folder {
 // there is none, one input says so.
 Folder ListFolder(const std::string& folder);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_FOLDER_H

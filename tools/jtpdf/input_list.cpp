@@ -6,7 +6,7 @@
 
 #include "image_source.h"
 
-namespace tool {
+namespace pictures::tool {
 std::vector<Input> ListInputs(const std::vector<std::string>& names) {
   std::vector<Input> inputs;
   inputs.reserve(names.size());
@@ -48,4 +48,4 @@ std::vector<std::string> ReadNameList(const std::string& path, uint64_t most) {
   }
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

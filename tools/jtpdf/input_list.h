@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool {
+namespace pictures::tool {
 
 struct Input {
   std::string path;
@@ -27,6 +27,6 @@ std::vector<Input> ListInputs(const std::vector<std::string>& names);
 std::vector<std::string> ReadNameList(const std::string& path, uint64_t most);
 std::vector<std::string> SplitNames(std::string_view list);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_INPUT_LIST_H

@@ -1,6 +1,6 @@
 #include "input_problem.h"
 
-namespace tool {
+namespace pictures::tool {
 
 std::string Reason(const std::exception_ptr& problem) {
   try {
@@ -12,4 +12,4 @@ std::string Reason(const std::exception_ptr& problem) {
   }
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

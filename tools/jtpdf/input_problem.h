@@ -8,7 +8,7 @@
 
 #include "image_source.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // Does the work; what makes the input unusable is given as it was thrown. Workers that ran out of
 // memory have none for a message either: Reason makes it when they are done.
@@ -39,6 +39,6 @@ void UseUnchanged(const ImageSource& source, const Work& work) {
   source.CheckUnchanged();
 }
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_INPUT_PROBLEM_H

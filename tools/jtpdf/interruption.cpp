@@ -8,7 +8,7 @@
 #include <csignal>
 #include <cstring>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 // The path for the signal handler, which can neither lock nor allocate: set before `gHasLitter`,
@@ -48,4 +48,4 @@ void InstallSignalHandlers() {
   }
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

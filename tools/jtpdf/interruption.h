@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace tool {
+namespace pictures::tool {
 
 // The temporary file that a signal removes on its way through; one at a time.
 void SetLitter(const std::string& path);
@@ -14,6 +14,6 @@ void ForgetLitter();
 // first, and a closed pipe and a file grown too large errors like any other.
 void InstallSignalHandlers();
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_INTERRUPTION_H

@@ -22,7 +22,7 @@
 #include "options.h"
 #include "output.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
@@ -125,24 +125,25 @@ bool KeepStandardStreams() {
 }
 
 }  // namespace
-}  // namespace tool
+}  // namespace pictures::tool
 
 int main(int count, char** arguments) {
-  if (!tool::KeepStandardStreams()) return tool::kFailed;
+  if (!pictures::tool::KeepStandardStreams()) return pictures::tool::kFailed;
   try {
-    const tool::Options options = tool::ParseOptions(count, arguments);
+    const pictures::tool::Options options = pictures::tool::ParseOptions(count, arguments);
     if (options.help || options.version) {
-      return tool::Show(options.help ? tool::kHelp : "jtpdf " JTPDF_TOOL_VERSION "\n");
+      return pictures::tool::Show(options.help ? pictures::tool::kHelp
+                                               : "jtpdf " JTPDF_TOOL_VERSION "\n");
     }
-    return tool::Run(options);
-  } catch (const tool::UsageError& error) {
+    return pictures::tool::Run(options);
+  } catch (const pictures::tool::UsageError& error) {
     std::fprintf(stderr, "jtpdf: %s (see jtpdf --help)\n", error.what());
-    return tool::kUsage;
+    return pictures::tool::kUsage;
   } catch (const std::bad_alloc&) {
     std::fputs("jtpdf: there is not enough memory; try with fewer jobs (-j 1)\n", stderr);
-    return tool::kFailed;
+    return pictures::tool::kFailed;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "jtpdf: %s\n", error.what());
-    return tool::kFailed;
+    return pictures::tool::kFailed;
   }
 }

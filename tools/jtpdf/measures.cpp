@@ -10,7 +10,7 @@
 #include "text.h"
 #include "usage_error.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 // A number at the text's begin, with a point whatever the locale; what follows it is the unit.
@@ -163,4 +163,4 @@ Border ParseBorder(std::string_view text) {
   return {vertical, both ? ParseLength(pair.second) : vertical};
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

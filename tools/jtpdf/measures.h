@@ -6,7 +6,7 @@
 
 #include "layout.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // Each throws a UsageError that names the value and says what would be right.
 double ParseLength(std::string_view text);        // "2.5cm" in points
@@ -14,6 +14,6 @@ PageSize ParsePageSize(std::string_view text);    // "A4", "A4^T", "10cmx15cm", 
 ImageSize ParseImageSize(std::string_view text);  // the same, "300dpi", "50%"
 Border ParseBorder(std::string_view text);        // "1cm", "1cm:2cm"
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_MEASURES_H

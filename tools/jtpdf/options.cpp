@@ -12,7 +12,7 @@
 #include "pdf_date.h"
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // Twenty-four lines of eighty columns: the smallest terminal shows them all.
 const std::string_view kHelp =
@@ -242,4 +242,4 @@ Options ParseOptions(int count, const char* const* arguments) {
   return options;
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

@@ -11,12 +11,12 @@
 #include <vector>
 
 #include "console.h"
+#include "formats/decoder.h"
 #include "layout.h"
 #include "pdf_document.h"
-#include "readers/reader.h"
 #include "usage_error.h"
 
-namespace tool {
+namespace pictures::tool {
 
 struct Options {
   std::vector<std::string> inputs;
@@ -44,6 +44,6 @@ Options ParseOptions(int count, const char* const* arguments);
 
 extern const std::string_view kHelp;
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_OPTIONS_H

@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-namespace tool {
+namespace pictures::tool {
 
 // The first exception of several threads, kept for the one that waits for them. Keeping it takes no
 // memory, which may be what has run out.
@@ -220,6 +220,6 @@ void RunInOrder(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& wei
   }
 }
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_ORDERED_WORK_H

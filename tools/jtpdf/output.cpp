@@ -15,7 +15,7 @@
 
 #include "interruption.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 [[noreturn]] void ThrowProblem(int code) {
@@ -229,4 +229,4 @@ std::unique_ptr<Output> OpenStandardOutput() {
   return std::make_unique<OpenFile>(STDOUT_FILENO, kMostBytesOfPdf);
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

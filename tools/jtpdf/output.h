@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace tool {
+namespace pictures::tool {
 
 // Why the output cannot be written; the text is ready to print behind the output's name.
 struct OutputError : std::runtime_error {
@@ -56,6 +56,6 @@ std::unique_ptr<Output> OpenFileOutput(const std::string& file, uint64_t most = 
 // Writes to standard output, whatever it is: a pipe, a file in the middle, a socket.
 std::unique_ptr<Output> OpenStandardOutput();
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_OUTPUT_H

@@ -5,7 +5,7 @@
 
 #include "usage_error.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 constexpr auto kWanted =
@@ -81,4 +81,4 @@ std::wstring ParseDate(std::string_view text) {
   return {date.begin(), date.end()};
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-namespace tool {
+namespace pictures::tool {
 
 // ISO 8601 to ISO 32000-1, 7.9.4. Throws a UsageError.
 std::wstring ParseDate(std::string_view text);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_PDF_DATE_H

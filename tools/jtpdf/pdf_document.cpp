@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "flate.h"
-#include "icc.h"
+#include "formats/icc.h"
 #include "image_source.h"
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 // Of the profiles that are remembered; one that is forgotten and comes again is written again.
@@ -116,4 +116,4 @@ void PdfDocument::Finish() {
   document_.reset();
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

@@ -13,7 +13,7 @@
 #include "layout.h"
 #include "output.h"
 
-namespace tool {
+namespace pictures::tool {
 
 struct Metadata {
   std::wstring title, author, subject, keywords, creator, creationDate, modDate;
@@ -50,6 +50,6 @@ class PdfDocument {
   size_t profileBytes_ = 0;       // of all of them
 };
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_PDF_DOCUMENT_H

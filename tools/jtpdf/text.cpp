@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace tool {
+namespace pictures::tool {
 namespace {
 
 constexpr wchar_t kReplacement = 0xFFFD;
@@ -114,4 +114,4 @@ std::string_view BaseName(std::string_view path) {
   return slash == std::string_view::npos || path.size() == 1 ? path : path.substr(slash + 1);
 }
 
-}  // namespace tool
+}  // namespace pictures::tool

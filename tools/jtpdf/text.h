@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool {
+namespace pictures::tool {
 
 // Decodes UTF-8 strictly, whatever the locale; nothing where it is not valid.
 std::optional<std::wstring> FromUtf8(std::string_view text);
@@ -31,6 +31,6 @@ bool NaturalLess(std::string_view a, std::string_view b);
 // The last part of a path.
 std::string_view BaseName(std::string_view path);
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_TEXT_H

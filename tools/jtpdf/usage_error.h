@@ -8,7 +8,7 @@
 
 #include "text.h"
 
-namespace tool {
+namespace pictures::tool {
 
 // The program ends with status 2.
 struct UsageError : std::runtime_error {
@@ -20,6 +20,6 @@ struct UsageError : std::runtime_error {
   throw UsageError("\"" + Printable(text) + "\" is no " + wanted);
 }
 
-}  // namespace tool
+}  // namespace pictures::tool
 
 #endif  // JTPDF_TOOL_USAGE_ERROR_H

@@ -1,0 +1,62 @@
+// bytes.h - views of bytes, memory without zero-filling, and reads that stay inside their bytes.
+#ifndef JTPDF_PICTURES_BYTES_H
+#define JTPDF_PICTURES_BYTES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace pictures {
+
+using Bytes = std::span<const uint8_t>;
+
+// Memory of a size known in advance. Unlike a vector it is not zeroed first: pictures fill tens of
+// megabytes of it themselves, row by row.
+class Buffer {
+ public:
+  Buffer() = default;
+  explicit Buffer(size_t size)
+      : bytes_(std::make_unique_for_overwrite<uint8_t[]>(size)), size_(size) {}
+  static Buffer CopyOf(Bytes bytes) {
+    Buffer copy(bytes.size());
+    if (!bytes.empty()) std::memcpy(copy.Data(), bytes.data(), bytes.size());
+    return copy;
+  }
+
+  uint8_t* Data() { return bytes_.get(); }
+  const uint8_t* Data() const { return bytes_.get(); }
+  size_t Size() const { return size_; }
+  bool Empty() const { return size_ == 0; }
+  Bytes View() const { return {bytes_.get(), size_}; }
+  // Forgets the bytes behind the first `size`; the memory stays.
+  void Shrink(size_t size) { size_ = size < size_ ? size : size_; }
+
+ private:
+  std::unique_ptr<uint8_t[]> bytes_;
+  size_t size_ = 0;
+};
+
+// Big-endian numbers at a place the caller has checked.
+inline uint32_t Be16(const uint8_t* at) {
+  return uint32_t{at[0]} << 8 | at[1];
+}
+inline uint32_t Be32(const uint8_t* at) {
+  return Be16(at) << 16 | Be16(at + 2);
+}
+
+// The `size` bytes at `offset`, or nothing where they are not all there.
+inline Bytes Slice(Bytes bytes, uint64_t offset, uint64_t size) {
+  if (offset > bytes.size() || size > bytes.size() - offset) return {};
+  return bytes.subspan(static_cast<size_t>(offset), static_cast<size_t>(size));
+}
+
+inline bool StartsWith(Bytes bytes, std::string_view magic) {
+  return bytes.size() >= magic.size() && std::memcmp(bytes.data(), magic.data(), magic.size()) == 0;
+}
+
+}  // namespace pictures
+
+#endif  // JTPDF_PICTURES_BYTES_H

@@ -1,0 +1,78 @@
+// decoder.h - what every picture format offers: recognise, plan (header only), encode.
+//
+// Decoders are given untrusted bytes. They check sizes before they take memory, never read outside
+// their bytes, and report what they cannot do as an ImageError.
+#ifndef JTPDF_PICTURES_READER_H
+#define JTPDF_PICTURES_READER_H
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "bytes.h"
+#include "image.h"
+
+namespace pictures {
+
+struct ReadLimits {
+  uint64_t maxPixels = 500'000'000;
+
+  // What decoding one picture may take: four bytes for each pixel that is allowed.
+  uint64_t MostBytes() const {
+    constexpr uint64_t kLeast = uint64_t{64} << 20, kMost = uint64_t{1} << 60;
+    return std::clamp(maxPixels, kLeast / 4, kMost / 4) * 4;
+  }
+};
+
+struct Decoder {
+  Format format;
+  const char* name;                // "PNG"
+  bool (*recognises)(Bytes head);  // by the first bytes, at most 64 of them
+  // The pages in the file: one, but for TIFF, where a page may have an error of its own. Cheap: no
+  // pixel is decoded.
+  std::vector<ImagePlan> (*plan)(Bytes file, const ReadLimits& limits);
+  // Decodes. Called only for plans with a decodeReason.
+  DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
+  // The embedded ICC profile, empty where there is none.
+  Buffer (*profile)(const ImagePlan& plan, Bytes file);
+};
+
+extern const Decoder kJpegDecoder;
+extern const Decoder kJpeg2000Decoder;
+extern const Decoder kPngDecoder;
+extern const Decoder kTiffDecoder;
+extern const Decoder kWebpDecoder;
+
+// How many of a file's first bytes Recognise needs.
+inline constexpr size_t kRecognisedBytes = 64;
+
+// The decoder for a file that begins so; null for what is not a picture that the tool knows.
+const Decoder* Recognise(Bytes head);
+const Decoder& DecoderOf(Format format);
+
+// Throws an ImageError unless the picture has pixels, and no more than the limit.
+void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits);
+
+// Throws an ImageError where the bytes that pass through are more than one PDF image can hold.
+void CheckStored(const ImagePlan& plan);
+
+// Enters in the plan how much memory decoding takes. Throws an ImageError where it is more than the
+// limit. A double: sizes that lie overflow integers.
+void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
+
+// Turns the picture into what the PDF holds: its own bytes, or decoded and Flate-compressed ones
+// (level 0 to 12). `file` must outlive the result.
+EncodedImage Encode(const ImagePlan& plan, Bytes file, int level);
+
+// The same for pixels at hand: compresses them, and the alpha unless it is opaque throughout.
+EncodedImage EncodeDecoded(DecodedImage decoded, int level);
+
+// Settles in the plan whether the profile can be declared, which holds for RGB alone.
+void JudgeProfile(ImagePlan* plan, Bytes profile);
+// The same for one that is too large, or too damaged, to be had.
+void LeaveProfileOut(ImagePlan* plan, bool tooLarge);
+
+}  // namespace pictures
+
+#endif  // JTPDF_PICTURES_READER_H

@@ -1,0 +1,319 @@
+// jpeg2000_decoder.cpp - JPEG 2000: opaque grey and RGB JP2 files pass through, the rest is
+// decoded.
+//
+// PDF readers differ over alpha, palettes, CMYK and bare codestreams in JPEG 2000, so these are
+// decoded by OpenJPEG. Planning reads the boxes and the codestream's headers by code of our own,
+// which decodes nothing.
+#include <openjpeg.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "formats/decoder.h"
+#include "formats/exif.h"
+#include "formats/jpeg2000_file.h"
+#include "formats/samples.h"
+
+namespace pictures {
+namespace {
+
+using namespace std::string_view_literals;
+
+using Model = Jpeg2000File::Model;
+
+// The second of two components and the fourth of four that are not CMYK are alpha by custom, where
+// the file does not say what they are.
+bool AlphaByCustom(const Jpeg2000File& file) {
+  const int components = file.stream.components;
+  return !file.alpha && !file.palette &&
+         (components == 2 || (components == 4 && file.model != Model::kCmyk));
+}
+
+// Why the file must be decoded; empty where it passes through.
+std::string DecodeReason(const Jpeg2000File& file) {
+  if (!file.damage.empty()) return "damaged JPEG 2000";
+  if (file.bare) return "a JPEG 2000 codestream without a JP2 file";
+  if (file.alpha || AlphaByCustom(file)) return "JPEG 2000 with alpha";
+  if (file.palette) return "JPEG 2000 with a palette";
+  const bool grey = file.model == Model::kGrey && file.stream.components == 1;
+  const bool rgb = file.model == Model::kRgb && file.stream.components == 3;
+  if (!grey && !rgb) return "JPEG 2000 that is neither plain grey nor plain RGB";
+  if (!file.stream.uniform || file.reordered) return "JPEG 2000 with uneven components";
+  if (file.stream.extended) return "JPEG 2000 with extensions, which few readers know";
+  if (file.stream.depth != 8) {
+    return "JPEG 2000 of other than 8 bits, which readers show differently";
+  }
+  return {};
+}
+
+// OpenJPEG has 32 bits for each sample, and some kilobytes for each tile.
+double DecodingMemory(const Jpeg2000File& file, const ImagePlan& plan) {
+  const double pixels = static_cast<double>(plan.width) * plan.height;
+  const int results = Channels(plan.colour) + (plan.alpha ? 1 : 0);
+  return pixels * (4 * file.stream.components + results * (plan.depth > 8 ? 2 : 1)) +
+         8192.0 * file.stream.tiles;
+}
+
+void AddNotes(const Jpeg2000File& file, ImagePlan* plan) {
+  if (!file.damage.empty()) {
+    plan->notes.push_back({true, "is damaged (" + file.damage + "), but could be decoded"});
+  }
+  if (file.streams > 1) {
+    plan->notes.push_back(
+        {true, "only the first of its " + std::to_string(file.streams) + " pictures was used"});
+  }
+}
+
+std::vector<ImagePlan> PlanJpeg2000(Bytes bytes, const ReadLimits& limits) {
+  const Jpeg2000File file = ReadJpeg2000File(bytes);
+  const Jpeg2000Codestream& stream = file.stream;
+  CheckSize(stream.width, stream.height, limits);
+  ImagePlan plan;
+  plan.format = Format::kJpeg2000;
+  plan.width = stream.width;
+  plan.height = stream.height;
+  plan.depth = stream.depth;
+  plan.alpha = file.alpha || AlphaByCustom(file);
+  plan.palette = file.palette;
+  if (stream.components > 5 || stream.depth > 16) {
+    throw ImageError("has " + std::to_string(stream.components) + " components of up to " +
+                     std::to_string(stream.depth) +
+                     " bits; save it as grey, RGB or CMYK with at most 16 bits");
+  }
+  const int colours = stream.components - (plan.alpha ? 1 : 0);
+  plan.colour = file.model == Model::kCmyk                  ? Colour::kCmyk
+                : file.model == Model::kGrey || colours < 3 ? Colour::kGrey
+                                                            : Colour::kRgb;
+  if (file.palette) plan.colour = Colour::kRgb;
+  plan.resolution = file.resolution;
+  ApplyExif(file.exif, &plan);
+  AddNotes(file, &plan);
+  plan.decodeReason = DecodeReason(file);
+  plan.size = bytes.size();
+  if (plan.PassesThrough()) {
+    CheckStored(plan);
+  } else {
+    SetMemory(DecodingMemory(file, plan), limits, &plan);
+  }
+  JudgeProfile(&plan, file.profile);
+  std::vector<ImagePlan> plans;
+  plans.push_back(std::move(plan));
+  return plans;
+}
+
+Buffer Jpeg2000Profile(const ImagePlan&, Bytes bytes) {
+  return Buffer::CopyOf(ReadJpeg2000File(bytes).profile);
+}
+
+// OpenJPEG's view of a file in memory.
+struct Memory {
+  Bytes bytes;
+  size_t at = 0;
+};
+
+OPJ_SIZE_T Read(void* to, OPJ_SIZE_T size, void* data) {
+  auto* memory = static_cast<Memory*>(data);
+  const size_t count = std::min<size_t>(size, memory->bytes.size() - memory->at);
+  if (count == 0) return static_cast<OPJ_SIZE_T>(-1);
+  std::memcpy(to, memory->bytes.data() + memory->at, count);
+  memory->at += count;
+  return count;
+}
+
+OPJ_OFF_T Skip(OPJ_OFF_T count, void* data) {
+  auto* memory = static_cast<Memory*>(data);
+  const auto left = static_cast<OPJ_OFF_T>(memory->bytes.size() - memory->at);
+  if (count < 0) return -1;
+  const OPJ_OFF_T skipped = std::min(count, left);
+  memory->at += static_cast<size_t>(skipped);
+  return skipped;
+}
+
+OPJ_BOOL Seek(OPJ_OFF_T to, void* data) {
+  auto* memory = static_cast<Memory*>(data);
+  if (to < 0 || static_cast<size_t>(to) > memory->bytes.size()) return OPJ_FALSE;
+  memory->at = static_cast<size_t>(to);
+  return OPJ_TRUE;
+}
+
+void KeepText(const char* text, void* to) {
+  auto* kept = static_cast<std::string*>(to);
+  if (!kept->empty()) return;
+  *kept = text;
+  while (!kept->empty() && (kept->back() == '\n' || kept->back() == '.')) kept->pop_back();
+}
+
+void Ignore(const char*, void*) {}
+
+struct FreeImage {
+  void operator()(opj_image_t* image) const { opj_image_destroy(image); }
+};
+using Image = std::unique_ptr<opj_image_t, FreeImage>;
+// OpenJPEG's handles are all of one type, so each names its function.
+using Stream = std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)>;
+using Codec = std::unique_ptr<opj_codec_t, decltype(&opj_destroy_codec)>;
+
+Image Decode(Bytes file, bool bare) {
+  std::string error;
+  Memory memory{file};
+  const Stream stream(opj_stream_create(size_t{64} << 10, OPJ_TRUE), opj_stream_destroy);
+  const Codec codec(opj_create_decompress(bare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2), opj_destroy_codec);
+  if (!stream || !codec) throw std::bad_alloc();
+  opj_stream_set_user_data(stream.get(), &memory, nullptr);
+  opj_stream_set_user_data_length(stream.get(), file.size());
+  opj_stream_set_read_function(stream.get(), Read);
+  opj_stream_set_skip_function(stream.get(), Skip);
+  opj_stream_set_seek_function(stream.get(), Seek);
+  opj_set_error_handler(codec.get(), KeepText, &error);
+  opj_set_warning_handler(codec.get(), Ignore, nullptr);
+  opj_set_info_handler(codec.get(), Ignore, nullptr);
+  opj_dparameters_t parameters;
+  opj_set_default_decoder_parameters(&parameters);
+  opj_image_t* image = nullptr;
+  const bool begun = opj_setup_decoder(codec.get(), &parameters) == OPJ_TRUE &&
+                     opj_read_header(stream.get(), codec.get(), &image) == OPJ_TRUE;
+  Image decoded(image);
+  if (!begun || opj_decode(codec.get(), stream.get(), image) != OPJ_TRUE ||
+      opj_end_decompress(codec.get(), stream.get()) != OPJ_TRUE) {
+    throw ImageError("cannot be decoded (OpenJPEG: " + (error.empty() ? "damaged" : error) +
+                     "); the file is damaged, save the picture again");
+  }
+  return decoded;
+}
+
+// A component's samples from 0 up, whatever its sign and its subsampling.
+class Component {
+ public:
+  Component(const opj_image_comp_t& component, const opj_image_t& image)
+      : component_(component),
+        bits_(static_cast<int>(component.prec)),
+        offset_(component.sgnd != 0 ? 1 << (bits_ - 1) : 0),
+        left_(image.x0),
+        top_(image.y0) {
+    if (component.data == nullptr || component.w == 0 || component.h == 0 || bits_ < 1 ||
+        bits_ > 16) {
+      throw ImageError("cannot be decoded: a component without samples; save the picture again");
+    }
+  }
+  int Bits() const { return bits_; }
+  unsigned At(uint32_t x, uint32_t y) const {
+    const uint32_t cx = Place(x + left_, component_.dx, component_.x0, component_.w);
+    const uint32_t cy = Place(y + top_, component_.dy, component_.y0, component_.h);
+    const int32_t sample = component_.data[size_t{cy} * component_.w + cx] + offset_;
+    return static_cast<unsigned>(
+        std::clamp<int32_t>(sample, 0, static_cast<int32_t>(MaxSample(bits_))));
+  }
+
+ private:
+  // A picture may begin between two samples: the first one then holds for what is before it.
+  static uint32_t Place(uint32_t at, uint32_t step, uint32_t first, uint32_t count) {
+    return std::clamp(at / step, first, first + count - 1) - first;
+  }
+
+  const opj_image_comp_t& component_;
+  int bits_;
+  int32_t offset_;
+  uint32_t left_, top_;
+};
+
+struct YccToRgb {
+  int bits;
+  std::array<unsigned, 3> operator()(unsigned luma, unsigned blue, unsigned red) const {
+    const double most = MaxSample(bits), middle = 1 << (bits - 1);
+    const double y = luma, cb = blue - middle, cr = red - middle;
+    const auto rounded = [&](double v) {
+      return static_cast<unsigned>(std::clamp(v + 0.5, 0.0, most));
+    };
+    return {rounded(y + 1.402 * cr), rounded(y - 0.344136 * cb - 0.714136 * cr),
+            rounded(y + 1.772 * cb)};
+  }
+};
+
+// The bytes to decode with the end marker that OpenJPEG wants and the file lacks.
+Buffer WithEnd(const Jpeg2000File& facts, Bytes file) {
+  const auto before = static_cast<size_t>(facts.data.data() - file.data());
+  const Bytes bytes = facts.bare ? facts.data : file.first(before + facts.data.size());
+  Buffer mended(bytes.size() + 2);
+  std::memcpy(mended.Data(), bytes.data(), bytes.size());
+  mended.Data()[bytes.size()] = 0xFF;
+  mended.Data()[bytes.size() + 1] = 0xD9;
+  return mended;
+}
+
+DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
+  const Jpeg2000File facts = ReadJpeg2000File(file);
+  const Buffer mended = facts.stream.ended ? Buffer() : WithEnd(facts, file);
+  const Bytes whole = facts.bare ? facts.data : file;
+  const Image decoded = Decode(mended.Empty() ? whole : mended.View(), facts.bare);
+  const opj_image_t& image = *decoded;
+  if (image.x1 - image.x0 != plan.width || image.y1 - image.y0 != plan.height) {
+    throw ImageError("is damaged: it has two sizes; save the picture again");
+  }
+  std::vector<Component> colours;
+  std::optional<Component> alpha;
+  bool premultiplied = false;
+  for (uint32_t i = 0; i < image.numcomps; ++i) {
+    if (image.comps[i].alpha != 0 || (AlphaByCustom(facts) && i + 1 == image.numcomps)) {
+      if (!alpha) alpha.emplace(image.comps[i], image);
+      premultiplied = image.comps[i].alpha == 2;
+    } else {
+      colours.emplace_back(image.comps[i], image);
+    }
+  }
+  const bool ycc =
+      (facts.model == Model::kYcc || image.color_space == OPJ_CLRSPC_SYCC) && colours.size() >= 3;
+  const bool cmyk = plan.colour == Colour::kCmyk && colours.size() >= 4;
+  const size_t channels = cmyk ? 4 : colours.size() >= 3 && plan.colour != Colour::kGrey ? 3 : 1;
+  if (colours.empty()) throw ImageError("holds alpha only, no picture; save it again");
+  int depth = 1;
+  for (size_t c = 0; c < channels; ++c) depth = std::max(depth, colours[c].Bits());
+  const int bits = ycc ? (depth <= 8 ? 8 : 16) : PdfBits(depth);
+  DecodedImage result;
+  result.pixels = Raster(plan.width, plan.height, bits, static_cast<int>(channels));
+  if (alpha) result.alpha.emplace(plan.width, plan.height, PdfBits(alpha->Bits()), 1);
+  for (uint32_t y = 0; y < plan.height; ++y) {
+    SampleWriter to(result.pixels.Row(y), bits);
+    SampleWriter toAlpha(alpha ? result.alpha->Row(y) : nullptr, alpha ? result.alpha->bits : 8);
+    for (uint32_t x = 0; x < plan.width; ++x) {
+      std::array<unsigned, 4> sample{};
+      for (size_t c = 0; c < channels; ++c) {
+        sample[c] = Rescale(colours[c].At(x, y), colours[c].Bits(), bits);
+      }
+      if (ycc) {
+        const auto rgb = YccToRgb{bits}(sample[0], sample[1], sample[2]);
+        std::copy(rgb.begin(), rgb.end(), sample.begin());
+      }
+      const unsigned opacity = alpha ? alpha->At(x, y) : 0;
+      if (alpha) toAlpha.Put(Rescale(opacity, alpha->Bits(), result.alpha->bits));
+      for (size_t c = 0; c < channels; ++c) {
+        unsigned value = sample[c];
+        if (premultiplied && opacity != 0) {
+          value = static_cast<unsigned>(std::min<uint64_t>(
+              MaxSample(bits),
+              (uint64_t{value} * MaxSample(alpha->Bits()) + opacity / 2) / opacity));
+        }
+        // The PDF declares its CMYK with the inks inverted.
+        to.Put(cmyk ? MaxSample(bits) - value : value);
+      }
+    }
+    to.Finish();
+    if (alpha) toAlpha.Finish();
+  }
+  return result;
+}
+
+bool IsJpeg2000(Bytes head) {
+  return StartsWith(head, kJp2Magic) || StartsWith(head, kCodestreamMagic);
+}
+
+}  // namespace
+
+const Decoder kJpeg2000Decoder{Format::kJpeg2000, "JPEG 2000",    IsJpeg2000,
+                               PlanJpeg2000,      DecodeJpeg2000, Jpeg2000Profile};
+
+}  // namespace pictures

@@ -1,0 +1,362 @@
+// jpeg_decoder.cpp - JPEG: passes through byte for byte wherever PDF can say what the file means.
+//
+// The header is read by a walk of our own over the marker segments: it touches only the pages of
+// the file that hold headers, which is what makes thousands of photographs a matter of moments.
+// libjpeg-turbo decodes the few files that cannot pass through.
+#include <cstdio>  // jpeglib.h needs it
+
+#include <jpeglib.h>
+#include <csetjmp>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "formats/decoder.h"
+#include "formats/exif.h"
+
+namespace pictures {
+namespace {
+
+using namespace std::string_view_literals;
+
+enum Marker : uint8_t {
+  kSof0 = 0xC0,
+  kSof1 = 0xC1,
+  kSof2 = 0xC2,
+  kSof9 = 0xC9,
+  kSof10 = 0xCA,
+  kDht = 0xC4,
+  kJpg = 0xC8,
+  kDac = 0xCC,
+  kRst0 = 0xD0,
+  kRst7 = 0xD7,
+  kSoi = 0xD8,
+  kEoi = 0xD9,
+  kSos = 0xDA,
+  kApp0 = 0xE0,
+  kApp1 = 0xE1,
+  kApp2 = 0xE2,
+  kApp14 = 0xEE,
+  kApp15 = 0xEF,
+  kCom = 0xFE,
+  kTem = 0x01
+};
+
+// The marker segments of a file up to its first scan, one after the other.
+class SegmentWalk {
+ public:
+  explicit SegmentWalk(Bytes file) : file_(file) {}
+
+  // Steps to the next segment; false behind the first scan's header or the picture's end.
+  bool Next() {
+    if (marker == kSos || marker == kEoi) return false;
+    FindMarker();
+    marker = file_[at_++];
+    if (marker == kTem || (marker >= kRst0 && marker <= kEoi)) {
+      data = {};
+      return true;
+    }
+    const Bytes length = Slice(file_, at_, 2);
+    if (length.empty()) throw CutOff();
+    const uint32_t size = Be16(length.data());
+    if (size < 2 && IsComment()) {  // decoders take it for an empty one
+      stray += 2;
+      at_ += 2;
+      data = {};
+      return true;
+    }
+    if (size < 2) throw ImageError("is damaged: a JPEG segment without its length; save it again");
+    data = Slice(file_, at_ + 2, size - 2);
+    if (data.size() != size - 2) throw CutOff();
+    at_ += size;
+    return true;
+  }
+  size_t Position() const { return at_; }
+
+  uint8_t marker = kSoi;
+  Bytes data;
+  size_t stray = 0;  // bytes that belong to no segment
+
+ private:
+  // Steps to behind the next FF of a marker, as decoders do: over what is none, and over the FFs
+  // that markers may be padded with.
+  void FindMarker() {
+    for (;;) {
+      const size_t begin = at_;
+      while (at_ < file_.size() && file_[at_] != 0xFF) ++at_;
+      stray += at_ - begin;
+      const size_t padding = at_;
+      while (at_ < file_.size() && file_[at_] == 0xFF) ++at_;
+      if (at_ == file_.size()) throw CutOff();
+      if (file_[at_] != 0) return;  // FF 00 is data: an FF of the picture's own
+      stray += at_ - padding;
+    }
+  }
+  bool IsComment() const { return (marker >= kApp0 && marker <= kApp15) || marker == kCom; }
+
+  Bytes file_;
+  size_t at_ = 2;  // behind SOI
+};
+
+// What the segments before the first scan say.
+struct JpegFacts {
+  uint8_t frame = 0;  // the SOFn marker
+  Bytes sof;
+  std::optional<uint8_t> adobeTransform;
+  Resolution jfif;
+  ExifFacts exif;
+  bool profile = false;
+  bool multiPicture = false;
+  size_t stray = 0;
+  size_t firstScan = 0;  // where the entropy-coded data begins
+};
+
+JpegFacts ReadFacts(Bytes file) {
+  JpegFacts facts;
+  SegmentWalk walk(file);
+  while (walk.Next()) {
+    const Bytes data = walk.data;
+    switch (walk.marker) {
+      case kApp0:
+        if (StartsWith(data, "JFIF\0"sv) && data.size() >= 12) {
+          const double inches = data[7] == 1 ? 1 : data[7] == 2 ? 2.54 : 0;
+          facts.jfif = {Be16(&data[8]) * inches, Be16(&data[10]) * inches};
+        }
+        break;
+      case kApp1:
+        if (StartsWith(data, "Exif\0"sv) && data.size() > 6) facts.exif = ReadExif(data.subspan(6));
+        break;
+      case kApp2:
+        facts.profile = facts.profile || StartsWith(data, "ICC_PROFILE\0"sv);
+        facts.multiPicture = facts.multiPicture || StartsWith(data, "MPF\0"sv);
+        break;
+      case kApp14:
+        if (StartsWith(data, "Adobe") && data.size() >= 12) facts.adobeTransform = data[11];
+        break;
+      case kSos:
+        facts.firstScan = walk.Position();
+        break;
+      default:
+        if (walk.marker >= kSof0 && walk.marker <= 0xCF && walk.marker != kDht &&
+            walk.marker != kJpg && walk.marker != kDac) {
+          if (facts.frame != 0)
+            throw ImageError("is damaged: it has two JPEG frames; save it again");
+          facts.frame = walk.marker;
+          facts.sof = data;
+        }
+    }
+  }
+  facts.stray = walk.stray;
+  if (facts.frame == 0 || facts.firstScan == 0) {
+    throw ImageError("is a JPEG file without a picture; save or export it again");
+  }
+  if (facts.sof.size() < 6 || facts.sof.size() < 6 + 3u * facts.sof[5]) throw CutOff();
+  return facts;
+}
+
+// The picture's end: behind the EOI marker that belongs to it. Where the file ends in one, that
+// is it, unless more pictures follow the first; else the scans are searched.
+size_t FindEnd(Bytes file, const JpegFacts& facts) {
+  const size_t size = file.size();
+  if (!facts.multiPicture && file[size - 2] == 0xFF && file[size - 1] == kEoi) return size;
+  size_t at = facts.firstScan;
+  while (at + 1 < size) {
+    const void* found = std::memchr(&file[at], 0xFF, size - 1 - at);
+    if (found == nullptr) break;
+    at = static_cast<const uint8_t*>(found) - file.data() + 1;
+    const uint8_t marker = file[at];
+    if (marker == kEoi) return at + 1;
+    if (marker == 0xFF || marker == 0 || (marker >= kRst0 && marker <= kRst7)) continue;
+    const Bytes length = Slice(file, at + 1, 2);  // tables or the next scan's header
+    if (length.empty()) break;
+    at += 1 + Be16(length.data());
+  }
+  throw CutOff();
+}
+
+bool NamedRgb(const JpegFacts& facts) {
+  return facts.sof[6] == 'R' && facts.sof[9] == 'G' && facts.sof[12] == 'B';
+}
+
+std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
+  const JpegFacts facts = ReadFacts(file);
+  const int depth = facts.sof[0], components = facts.sof[5];
+  ImagePlan plan;
+  plan.format = Format::kJpeg;
+  plan.width = Be16(&facts.sof[3]);
+  plan.height = Be16(&facts.sof[1]);
+  plan.depth = depth;
+  CheckSize(plan.width, plan.height, limits);
+  const bool huffman = facts.frame <= kSof2;
+  const bool arithmetic = facts.frame == kSof9 || facts.frame == kSof10;
+  if ((!huffman && !arithmetic) || depth != 8) {
+    throw ImageError("is a JPEG of a rare kind (lossless, hierarchical or " +
+                     std::to_string(depth) +
+                     "-bit) that PDF readers cannot show; save it as an "
+                     "ordinary 8-bit JPEG or as PNG");
+  }
+  if (components != 1 && components != 3 && components != 4) {
+    throw ImageError("has " + std::to_string(components) +
+                     " colour components; save it as grey, RGB or CMYK");
+  }
+  plan.colour = components == 1 ? Colour::kGrey : components == 3 ? Colour::kRgb : Colour::kCmyk;
+  if (arithmetic) {
+    plan.decodeReason = "arithmetic coding, which PDF does not know";
+  } else if (plan.colour == Colour::kCmyk && !facts.adobeTransform) {
+    plan.decodeReason = "CMYK that is not stored inverted";
+    plan.notes.push_back({true,
+                          "is CMYK without the Adobe marker, so its inks are not stored "
+                          "inverted as PDF declares them here; it was decoded and stored "
+                          "without loss"});
+  } else if (plan.colour == Colour::kRgb && !facts.adobeTransform && NamedRgb(facts)) {
+    plan.decodeReason = "RGB by component names, which PDF readers take for YCbCr";
+  }
+  plan.resolution = facts.jfif;
+  ApplyExif(facts.exif, &plan);
+  if (facts.stray > 0) {
+    plan.notes.push_back({true, "holds " + std::to_string(facts.stray) +
+                                    " stray bytes between its segments, which decoders pass over"});
+  }
+  plan.size = FindEnd(file, facts);
+  if (plan.size != file.size()) {
+    plan.notes.push_back({facts.multiPicture, "only its first picture was used; " +
+                                                  std::to_string(file.size() - plan.size) +
+                                                  " bytes behind it were left out"});
+  }
+  if (plan.PassesThrough()) {
+    CheckStored(plan);
+  } else {  // a progressive file is held as coefficients until its last scan
+    const bool progressive = facts.frame == kSof2 || facts.frame == kSof10;
+    SetMemory(static_cast<double>(plan.width) * plan.height * components * (progressive ? 3 : 1),
+              limits, &plan);
+  }
+  if (facts.profile) JudgeProfile(&plan, kJpegDecoder.profile(plan, file).View());
+  std::vector<ImagePlan> plans;
+  plans.push_back(std::move(plan));
+  return plans;
+}
+
+// Joins the chunks of the APP2 segments in the order of their numbers; empty unless all are there.
+Buffer JpegProfile(const ImagePlan&, Bytes file) {
+  constexpr size_t kHead = 14;  // "ICC_PROFILE\0", chunk number from 1, number of chunks
+  std::array<Bytes, 256> chunks{};
+  unsigned count = 0, found = 0;
+  size_t size = 0;
+  SegmentWalk walk(file);
+  while (walk.Next()) {
+    if (walk.marker != kApp2 || !StartsWith(walk.data, "ICC_PROFILE\0"sv) ||
+        walk.data.size() <= kHead) {
+      continue;
+    }
+    const uint8_t number = walk.data[12];
+    if (number == 0 || !chunks[number].empty()) return {};
+    count = walk.data[13];
+    chunks[number] = walk.data.subspan(kHead);
+    size += chunks[number].size();
+    ++found;
+  }
+  if (found == 0 || found != count) return {};
+  Buffer profile(size);
+  size_t at = 0;
+  for (unsigned number = 1; number <= count; ++number) {
+    if (chunks[number].empty()) return {};
+    std::memcpy(profile.Data() + at, chunks[number].data(), chunks[number].size());
+    at += chunks[number].size();
+  }
+  return profile;
+}
+
+// libjpeg-turbo reports errors by a call that must not return: it jumps back into ReadPixels.
+struct Failure {
+  jpeg_error_mgr manager;  // first, so that libjpeg's pointer to it is a pointer to this
+  std::jmp_buf back;
+  char text[JMSG_LENGTH_MAX];
+};
+
+void FailAndJump(j_common_ptr decoder) {
+  auto* failure = reinterpret_cast<Failure*>(decoder->err);
+  failure->manager.format_message(decoder, failure->text);
+  std::longjmp(failure->back, 1);
+}
+
+void KeepWarning(j_common_ptr decoder, int level) {
+  auto* failure = reinterpret_cast<Failure*>(decoder->err);
+  if (level < 0 && failure->manager.num_warnings++ == 0) {
+    failure->manager.format_message(decoder, failure->text);
+  }
+}
+
+// A progressive file may repeat its scans without end: a small file that takes hours.
+void LimitScans(j_common_ptr decoder) {
+  constexpr int kMostScans = 500;
+  if (reinterpret_cast<j_decompress_ptr>(decoder)->input_scan_number > kMostScans) {
+    auto* failure = reinterpret_cast<Failure*>(decoder->err);
+    std::strcpy(failure->text, "too many scans");
+    std::longjmp(failure->back, 1);
+  }
+}
+
+// Decodes into `raster`; false with failure->text set. Holds nothing with a destructor, for the
+// jump passes through it.
+bool ReadPixels(Bytes file, Raster* raster, Failure* failure) {
+  jpeg_decompress_struct decoder;
+  jpeg_progress_mgr progress = {};
+  progress.progress_monitor = LimitScans;
+  decoder.err = jpeg_std_error(&failure->manager);
+  failure->manager.error_exit = FailAndJump;
+  failure->manager.emit_message = KeepWarning;
+  jpeg_create_decompress(&decoder);
+  if (setjmp(failure->back) != 0) {
+    jpeg_destroy_decompress(&decoder);
+    return false;
+  }
+  decoder.progress = &progress;
+  jpeg_mem_src(&decoder, file.data(), file.size());
+  jpeg_read_header(&decoder, TRUE);
+  decoder.out_color_space = raster->channels == 1   ? JCS_GRAYSCALE
+                            : raster->channels == 3 ? JCS_RGB
+                                                    : JCS_CMYK;
+  jpeg_start_decompress(&decoder);
+  if (decoder.output_width != raster->width || decoder.output_height != raster->height) {
+    std::strcpy(failure->text, "two sizes");
+    std::longjmp(failure->back, 1);
+  }
+  while (decoder.output_scanline < decoder.output_height) {
+    JSAMPROW row = raster->Row(decoder.output_scanline);
+    jpeg_read_scanlines(&decoder, &row, 1);
+  }
+  jpeg_finish_decompress(&decoder);
+  jpeg_destroy_decompress(&decoder);
+  return true;
+}
+
+DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* notes) {
+  DecodedImage image;
+  image.pixels = Raster(plan.width, plan.height, 8, Channels(plan.colour));
+  Failure failure = {};
+  if (!ReadPixels(file.first(plan.size), &image.pixels, &failure)) {
+    throw ImageError(std::string("cannot be decoded (libjpeg: ") + failure.text +
+                     "); the file is damaged, save the picture again");
+  }
+  if (failure.manager.num_warnings > 0) {
+    notes->push_back(
+        {true, std::string("is damaged and may show faults (libjpeg: ") + failure.text + ")"});
+  }
+  // Inks of files with the Adobe marker come out inverted already, as the PDF declares them.
+  if (plan.colour == Colour::kCmyk && !ReadFacts(file).adobeTransform) {
+    uint8_t* bytes = image.pixels.bytes.Data();
+    for (size_t i = 0; i < image.pixels.bytes.Size(); ++i) bytes[i] = ~bytes[i];
+  }
+  return image;
+}
+
+bool IsJpeg(Bytes head) {
+  return StartsWith(head, "\xFF\xD8\xFF");
+}
+
+}  // namespace
+
+const Decoder kJpegDecoder{Format::kJpeg, "JPEG", IsJpeg, PlanJpeg, DecodeJpeg, JpegProfile};
+
+}  // namespace pictures

@@ -1,0 +1,151 @@
+// tiff_decoder.cpp - TIFF: every page of it, decoded by libtiff.
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "formats/decoder.h"
+#include "formats/exif.h"
+#include "formats/tiff_file.h"
+#include "formats/tiff_page.h"
+
+namespace pictures {
+namespace {
+
+using namespace std::string_view_literals;
+
+// What libtiff may take at once: as much as the pixels twice over, for codecs that work on wider
+// samples; what a file holds besides pixels; and some room for tables.
+uint64_t MostAtOnce(Bytes file, uint64_t pixelBytes) {
+  constexpr uint64_t kRoom = uint64_t{16} << 20;
+  return 2 * pixelBytes + file.size() + kRoom;
+}
+
+Resolution ReadResolution(TIFF* tiff) {
+  float x = 0, y = 0;
+  if (TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) != 1) x = 0;
+  if (TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) != 1) y = x;
+  uint16_t unit = RESUNIT_INCH;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
+  const double inches = unit == RESUNIT_INCH ? 1 : unit == RESUNIT_CENTIMETER ? 2.54 : 0;
+  return {x * inches, y * inches};
+}
+
+Bytes ReadProfile(TIFF* tiff) {
+  uint32_t size = 0;
+  void* data = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &size, &data) != 1) return {};
+  return {static_cast<const uint8_t*>(data), size};
+}
+
+void PlanPage(TiffFile& file, const ReadLimits& limits, ImagePlan* plan) {
+  TIFF* tiff = file.Get();
+  const TiffPage page = ReadTiffPage(file, &plan->notes);
+  CheckSize(page.width, page.height, limits);
+  if (TIFFIsTiled(tiff) != 0) {
+    uint32_t width = 0, height = 0;
+    TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &width);
+    TIFFGetField(tiff, TIFFTAG_TILELENGTH, &height);
+    CheckSize(width, height, limits);
+  }
+  if (TIFFIsCODECConfigured(page.compression) == 0) {
+    throw ImageError("has a TIFF compression that is not known here (" +
+                     std::to_string(page.compression) + "); save it with LZW or Deflate");
+  }
+  plan->width = page.width;
+  plan->height = page.height;
+  plan->depth = page.converted ? 8 : page.bits;
+  plan->colour = page.colour;
+  plan->palette = page.IsPalette();
+  plan->alpha = page.alpha != TiffPage::Alpha::kNone;
+  plan->resolution = ReadResolution(tiff);
+  plan->place = TIFFCurrentDirOffset(tiff);
+  plan->decodeReason = "TIFF, which PDF does not know";
+  SetMemory(DecodingMemory(page, tiff), limits, plan);
+  uint16_t orientation = 1;
+  if (TIFFGetField(tiff, TIFFTAG_ORIENTATION, &orientation) == 1) {
+    ApplyExif({int{orientation}, {}}, plan);
+  }
+  JudgeProfile(plan, ReadProfile(tiff));
+}
+
+// The current page, or why it cannot be used: the others may be good.
+ImagePlan TryPlanPage(TiffFile& file, const ReadLimits& limits) {
+  ImagePlan plan;
+  plan.format = Format::kTiff;
+  try {
+    if (file.HasError()) file.ThrowDamaged();
+    PlanPage(file, limits, &plan);
+    if (file.HasError()) file.ThrowDamaged();
+  } catch (const ImageError& error) {
+    plan.error = error.what();
+  }
+  file.TakeError();
+  return plan;
+}
+
+bool IsPreviewOrMask(TIFF* tiff) {
+  uint32_t kind = 0;
+  TIFFGetField(tiff, TIFFTAG_SUBFILETYPE, &kind);
+  return (kind & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0;
+}
+
+std::vector<ImagePlan> PlanTiff(Bytes bytes, const ReadLimits& limits) {
+  constexpr size_t kMostPages = 65535;
+  TiffFile file(bytes, MostAtOnce(bytes, limits.MostBytes()));
+  std::vector<ImagePlan> plans;
+  size_t leftOut = 0;
+  for (bool read = true;;) {
+    if (read && IsPreviewOrMask(file.Get())) {
+      ++leftOut;
+      file.TakeError();
+    } else {
+      plans.push_back(TryPlanPage(file, limits));
+    }
+    if (plans.size() > kMostPages) throw ImageError("has more than 65535 pages; split it");
+    // A directory that cannot be read may still say where the next one is.
+    const uint64_t place = TIFFCurrentDirOffset(file.Get());
+    read = TIFFReadDirectory(file.Get()) == 1;
+    if (!read && (!file.HasError() || TIFFCurrentDirOffset(file.Get()) == place)) break;
+  }
+  if (plans.empty()) throw ImageError("holds previews only, no picture; save or export it again");
+  for (size_t i = 0; i < plans.size(); ++i) {
+    plans[i].page = static_cast<unsigned>(i + 1);
+    plans[i].pages = static_cast<unsigned>(plans.size());
+  }
+  if (leftOut > 0) {
+    plans[0].notes.push_back(
+        {false, "its " + std::to_string(leftOut) + " previews or masks were left out"});
+  }
+  const std::string warning = file.TakeWarning();
+  if (!warning.empty()) plans[0].notes.push_back({false, "libtiff: " + warning});
+  return plans;
+}
+
+DecodedImage DecodeTiff(const ImagePlan& plan, Bytes bytes, std::vector<Note>* notes) {
+  TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
+  std::vector<Note> said;  // by the plan
+  const TiffPage page = ReadTiffPage(file, &said);
+  if (page.width != plan.width || page.height != plan.height) file.ThrowDamaged();
+  DecodedImage image = DecodeTiffPage(file, page);
+  if (file.HasError()) file.ThrowDamaged();
+  const std::string warning = file.TakeWarning();
+  if (!warning.empty()) notes->push_back({false, "libtiff: " + warning});
+  return image;
+}
+
+Buffer TiffProfile(const ImagePlan& plan, Bytes bytes) {
+  const TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
+  return Buffer::CopyOf(ReadProfile(file.Get()));
+}
+
+bool IsTiff(Bytes head) {
+  return StartsWith(head, "II*\0"sv) || StartsWith(head, "MM\0*"sv) ||
+         StartsWith(head, "II+\0"sv) || StartsWith(head, "MM\0+"sv);  // the two with 64 bits
+}
+
+}  // namespace
+
+const Decoder kTiffDecoder{Format::kTiff, "TIFF", IsTiff, PlanTiff, DecodeTiff, TiffProfile};
+
+}  // namespace pictures

@@ -1,0 +1,151 @@
+// webp_decoder.cpp - WebP, the first frame: decoded by libwebp, always 8-bit RGB.
+#include <webp/decode.h>
+#include <webp/demux.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "formats/decoder.h"
+#include "formats/exif.h"
+
+namespace pictures {
+namespace {
+
+struct FreeDemuxer {
+  void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
+};
+using Demuxer = std::unique_ptr<WebPDemuxer, FreeDemuxer>;
+
+struct FreeAnimation {
+  void operator()(WebPAnimDecoder* decoder) const { WebPAnimDecoderDelete(decoder); }
+};
+
+WebPData AsData(Bytes file) {
+  return {file.data(), file.size()};
+}
+
+Demuxer Demux(Bytes file) {
+  const WebPData data = AsData(file);
+  WebPDemuxState state = WEBP_DEMUX_PARSE_ERROR;
+  Demuxer demuxer(WebPDemuxPartial(&data, &state));
+  if (state == WEBP_DEMUX_PARSING_HEADER || state == WEBP_DEMUX_PARSED_HEADER) {
+    throw CutOff();
+  }
+  if (!demuxer || state != WEBP_DEMUX_DONE) {
+    throw ImageError("is a damaged WebP file (libwebp cannot parse it); save the picture again");
+  }
+  return demuxer;
+}
+
+// The chunk named so, a view into the file; empty where there is none.
+Bytes Chunk(WebPDemuxer* demuxer, const char* name) {
+  WebPChunkIterator chunk;
+  Bytes bytes;
+  if (WebPDemuxGetChunk(demuxer, name, 1, &chunk) != 0) {
+    bytes = {chunk.chunk.bytes, chunk.chunk.size};
+  }
+  WebPDemuxReleaseChunkIterator(&chunk);
+  return bytes;
+}
+
+bool HasAlpha(WebPDemuxer* demuxer) {
+  return (WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ALPHA_FLAG) != 0;
+}
+
+bool IsAnimated(WebPDemuxer* demuxer) {
+  return (WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) != 0;
+}
+
+std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
+  const Demuxer demuxer = Demux(file);
+  ImagePlan plan;
+  plan.format = Format::kWebp;
+  plan.width = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_WIDTH);
+  plan.height = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT);
+  CheckSize(plan.width, plan.height, limits);
+  plan.alpha = HasAlpha(demuxer.get());
+  // The rasters, and libwebp's own pixels of four bytes: those of frames, laid over each other.
+  const int each = IsAnimated(demuxer.get()) ? 4 + 3 * 4 : plan.alpha ? 4 + 2 * 4 : 3 + 4;
+  SetMemory(static_cast<double>(plan.width) * plan.height * each, limits, &plan);
+  plan.decodeReason = "WebP, which PDF does not know";
+  Bytes exif = Chunk(demuxer.get(), "EXIF");
+  if (StartsWith(exif, std::string_view("Exif\0\0", 6))) exif = exif.subspan(6);  // some writers'
+  ApplyExif(ReadExif(exif), &plan);
+  JudgeProfile(&plan, Chunk(demuxer.get(), "ICCP"));
+  if (const uint32_t frames = WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT); frames > 1) {
+    plan.notes.push_back(
+        {true, "only the first of its " + std::to_string(frames) + " frames was used"});
+  }
+  std::vector<ImagePlan> plans;
+  plans.push_back(std::move(plan));
+  return plans;
+}
+
+[[noreturn]] void ThrowDamaged() {
+  throw ImageError(
+      "cannot be decoded (libwebp finds it damaged); the file is damaged, save the picture again");
+}
+
+DecodedImage SplitRgba(const uint8_t* from, const ImagePlan& plan) {
+  DecodedImage image;
+  image.pixels = Raster(plan.width, plan.height, 8, 3);
+  image.alpha.emplace(plan.width, plan.height, 8, 1);
+  uint8_t* to = image.pixels.bytes.Data();
+  uint8_t* toAlpha = image.alpha->bytes.Data();
+  for (size_t i = 0; i < size_t{plan.width} * plan.height; ++i, from += 4, to += 3) {
+    std::memcpy(to, from, 3);
+    *toAlpha++ = from[3];
+  }
+  return image;
+}
+
+// The first frame may cover a part of the canvas only.
+DecodedImage DecodeFirstFrame(const ImagePlan& plan, Bytes file) {
+  WebPAnimDecoderOptions options;
+  WebPAnimDecoderOptionsInit(&options);
+  options.color_mode = MODE_RGBA;
+  const WebPData data = AsData(file);
+  const std::unique_ptr<WebPAnimDecoder, FreeAnimation> decoder(
+      WebPAnimDecoderNew(&data, &options));
+  uint8_t* canvas = nullptr;
+  int time = 0;
+  if (!decoder || WebPAnimDecoderGetNext(decoder.get(), &canvas, &time) == 0) ThrowDamaged();
+  return SplitRgba(canvas, plan);
+}
+
+DecodedImage DecodeWebp(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
+  const Demuxer demuxer = Demux(file);
+  if (IsAnimated(demuxer.get())) return DecodeFirstFrame(plan, file);
+  DecodedImage image;
+  if (HasAlpha(demuxer.get())) {
+    Buffer rgba(size_t{plan.width} * plan.height * 4);
+    if (WebPDecodeRGBAInto(file.data(), file.size(), rgba.Data(), rgba.Size(),
+                           static_cast<int>(plan.width) * 4) == nullptr) {
+      ThrowDamaged();
+    }
+    return SplitRgba(rgba.Data(), plan);
+  }
+  image.pixels = Raster(plan.width, plan.height, 8, 3);
+  if (WebPDecodeRGBInto(file.data(), file.size(), image.pixels.bytes.Data(),
+                        image.pixels.bytes.Size(),
+                        static_cast<int>(image.pixels.Stride())) == nullptr) {
+    ThrowDamaged();
+  }
+  return image;
+}
+
+Buffer WebpProfile(const ImagePlan&, Bytes file) {
+  return Buffer::CopyOf(Chunk(Demux(file).get(), "ICCP"));
+}
+
+bool IsWebp(Bytes head) {
+  return StartsWith(head, "RIFF") && head.size() >= 12 && StartsWith(head.subspan(8), "WEBP");
+}
+
+}  // namespace
+
+const Decoder kWebpDecoder{Format::kWebp, "WebP", IsWebp, PlanWebp, DecodeWebp, WebpProfile};
+
+}  // namespace pictures

@@ -1,0 +1,113 @@
+#!/usr/bin/python3
+"""Writes the seeds of the fuzz corpora: one small picture of each kind that a reader tells apart.
+
+    pictures/fuzz/make_corpus.py      (Debian's python3-pil and python3-numpy)
+"""
+import os
+import struct
+import sys
+import zlib
+
+import numpy
+from PIL import Image
+
+FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "corpus")
+
+
+def picture(mode, seed=1, size=(9, 7)):
+    bands = len(Image.new(mode, (1, 1)).getbands())
+    pixels = numpy.random.default_rng(seed).integers(0, 256, (size[1], size[0], bands), numpy.uint8)
+    return Image.fromarray(pixels[..., 0] if bands == 1 else pixels, mode)
+
+
+def path(folder, name):
+    os.makedirs(os.path.join(FOLDER, folder), exist_ok=True)
+    return os.path.join(FOLDER, folder, name)
+
+
+def chunk(name, data):
+    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
+
+
+def png(name, depth, kind, bits, chunks=b""):
+    row = b"\0" + bytes(range(17, 17 + (9 * bits + 7) // 8))
+    head = struct.pack(">IIBBBBB", 9, 3, depth, kind, 0, 0, 0)
+    with open(path("png", name), "wb") as file:
+        file.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunks
+                   + chunk(b"IDAT", zlib.compress(row * 3)) + chunk(b"IEND", b""))
+
+
+EXIF = b"Exif\0\0MM\0*\0\0\0\x08\0\1\1\x12\0\3\0\0\0\1\0\6\0\0\0\0\0\0"
+PROFILE = (b"\0\0\0\x90lcms\4\x30\0\0mntrRGB XYZ " + bytes(12) + b"acsp").ljust(144, b"\0")
+
+
+def write(folder, name, data):
+    with open(path(folder, name), "wb") as file:
+        file.write(data)
+
+
+def read(folder, name):
+    with open(path(folder, name), "rb") as file:
+        return file.read()
+
+
+def odd_ones():
+    """Files that few writers make: each takes a way of its own through its reader."""
+    jpeg = read("jpeg", "L-plain")
+    write("jpeg", "stray", jpeg[:20] + b"stray" + jpeg[20:])
+    png = read("png", "grey-8")
+    write("png", "animation", png[:33] + chunk(b"acTL", struct.pack(">II", 2, 0)) + png[33:])
+    jp2 = read("jpeg2000", "RGB.jp2")
+    uuid = b"JpgTiffExif->JP2" + EXIF
+    write("jpeg2000", "exif.jp2", jp2 + struct.pack(">I4s", len(uuid) + 8, b"uuid") + uuid)
+    write("jpeg2000", "no-end.jp2", jp2[:-2])
+    write("jpeg2000", "no-boxes.jp2", jp2[:12] + jp2[jp2.index(b"jp2c") - 4:])
+    picture("RGB", size=(40, 30)).save(path("jpeg2000", "tiles.jp2"), "JPEG2000",
+                                       tile_size=(16, 16))
+    colours = lambda number: struct.pack("<HHIHH", 262, 3, 1, number, 0)
+    write("tiff", "lab", read("tiff", "RGB-None").replace(colours(2), colours(8)))
+    write("tiff", "bad-page", read("tiff", "pages").replace(colours(1), colours(77)))
+    write("tiff", "undeclared", read("tiff", "RGBA-None").replace(
+        struct.pack("<HHI", 338, 3, 1), struct.pack("<HHI", 700, 3, 1)))
+
+
+def main():
+    for mode in ("L", "RGB", "CMYK"):
+        for name, options in (("plain", {}), ("progressive", {"progressive": True}),
+                              ("exif", {"exif": EXIF, "icc_profile": PROFILE})):
+            picture(mode).save(path("jpeg", f"{mode}-{name}"), "JPEG", quality=50, **options)
+    with open(path("jpeg", "CMYK-plain"), "rb") as file:
+        data = file.read()
+    at = data.index(b"\xff\xee")
+    with open(path("jpeg", "CMYK-no-marker"), "wb") as file:
+        file.write(data[:at] + data[at + 2 + int.from_bytes(data[at + 2:at + 4], "big"):])
+    for depth in (1, 2, 4, 8, 16):
+        png(f"grey-{depth}", depth, 0, depth, chunk(b"tRNS", b"\0\1"))
+    png("rgb-16", 16, 2, 48, chunk(b"pHYs", struct.pack(">IIB", 11811, 11811, 1)))
+    png("grey-alpha-16", 16, 4, 32)
+    png("palette-4", 4, 3, 4, chunk(b"PLTE", bytes(48)) + chunk(b"tRNS", b"\0\x80"))
+    picture("RGBA").save(path("png", "rgba"), "PNG", icc_profile=PROFILE, exif=EXIF)
+    for mode in ("L", "RGB", "RGBA"):
+        picture(mode).save(path("jpeg2000", f"{mode}.jp2"), "JPEG2000", irreversible=False)
+        picture(mode).save(path("jpeg2000", f"{mode}.j2k"), "JPEG2000", irreversible=True)
+    for mode in ("L", "RGB", "CMYK", "RGBA", "P"):
+        for compression in (None, "tiff_lzw", "tiff_adobe_deflate", "packbits"):
+            image = picture("RGB").quantize(8) if mode == "P" else picture(mode)
+            image.save(path("tiff", f"{mode}-{compression}"), "TIFF", compression=compression)
+    for compression in ("group3", "group4"):
+        picture("L").convert("1").save(path("tiff", compression), "TIFF", compression=compression)
+    picture("RGB").save(path("tiff", "jpeg"), "TIFF", compression="jpeg")
+    picture("RGB").save(path("tiff", "pages"), "TIFF", save_all=True,
+                        append_images=[picture("L", 2)])
+    for mode in ("RGB", "RGBA"):
+        picture(mode).save(path("webp", f"{mode}-lossy"), "WEBP", quality=10, exif=EXIF)
+        picture(mode).save(path("webp", f"{mode}-lossless"), "WEBP", lossless=True,
+                           icc_profile=PROFILE)
+    picture("RGB").save(path("webp", "film"), "WEBP", save_all=True, lossless=True,
+                        append_images=[picture("RGB", 2)])
+    odd_ones()
+
+
+if sys.version_info < (3, 9):
+    sys.exit("make_corpus.py: needs Python 3.9 or newer")
+main()

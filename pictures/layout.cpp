@@ -1,0 +1,175 @@
+#include "layout.h"
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+namespace pictures {
+namespace {
+
+struct Extent {
+  double width;
+  double height;
+};
+
+bool SwapsSides(int orientation) {
+  return orientation >= 5;
+}
+
+Extent NaturalExtent(const ImagePlan& plan, int orientation, std::optional<double> dpi) {
+  Resolution resolution = plan.resolution;
+  if (!resolution.Known()) resolution = {kDefaultDpi, kDefaultDpi};
+  if (dpi) resolution = {*dpi, *dpi};
+  Extent extent{72 * plan.width / resolution.x, 72 * plan.height / resolution.y};
+  if (SwapsSides(orientation)) std::swap(extent.width, extent.height);
+  return extent;
+}
+
+// Scales to the box; a side that is not given is the one that keeps the picture's shape.
+Extent FitInto(Extent image, std::optional<double> width, std::optional<double> height, Fit fit) {
+  const double byWidth = width ? *width / image.width : 0;
+  const double byHeight = height ? *height / image.height : 0;
+  const bool larger = (width && image.width > *width) || (height && image.height > *height);
+  switch (fit) {
+    case Fit::kExact:
+      if (width && height) return {*width, *height};
+      break;
+    case Fit::kShrink:
+      if (!larger) return image;
+      break;
+    case Fit::kEnlarge:
+      if (larger) return image;
+      break;
+    case Fit::kInto:
+    case Fit::kFill:
+      break;
+  }
+  double scale = width && height ? std::min(byWidth, byHeight) : byWidth + byHeight;
+  if (fit == Fit::kFill && width && height) scale = std::max(byWidth, byHeight);
+  return {image.width * scale, image.height * scale};
+}
+
+std::optional<double> InPoints(const std::optional<Measure>& measure, double natural) {
+  if (!measure) return std::nullopt;
+  return measure->percent ? natural * measure->value / 100 : measure->value;
+}
+
+std::optional<double> Less(std::optional<double> side, double border) {
+  if (!side) return std::nullopt;
+  const double left = *side - 2 * border;
+  if (left <= 0) {
+    throw ImageError(
+        "has no room left on its page inside the border; choose a smaller -b or a "
+        "larger -S");
+  }
+  return left;
+}
+
+std::string Sides(double width, double height) {
+  char text[96];
+  std::snprintf(text, sizeof text, "%.6g x %.6g pt (%.4g x %.4g mm)", width, height,
+                width * 25.4 / 72, height * 25.4 / 72);
+  return text;
+}
+
+// False of what is no number, too.
+bool Fits(double width, double height) {
+  const auto inside = [](double side) { return side >= kLeastPage && side <= kMostPage; };
+  return inside(width) && inside(height);
+}
+
+// The image sizes that would help, if any does.
+std::string UsefulSizes(const ImagePlan& plan, int orientation) {
+  double width = plan.width, height = plan.height;
+  if (SwapsSides(orientation)) std::swap(width, height);
+  const bool dpi = Fits(width * 72 / 300, height * 72 / 300);
+  constexpr double kTwentyCm = 20 * 72 / 2.54;
+  const bool length = Fits(kTwentyCm, kTwentyCm * height / width);
+  if (!dpi && !length) return "";
+  return std::string(", or an image size with ") + (dpi ? "-s 300dpi" : "") +
+         (dpi && length ? " or " : "") + (length ? "-s 20cmx" : "");
+}
+
+void CheckPage(double width, double height, const ImagePlan& plan, int orientation) {
+  if (Fits(width, height)) return;
+  char resolution[64] = "";
+  if (plan.resolution.Known()) {
+    std::snprintf(resolution, sizeof resolution, " (it says %.4g x %.4g dpi)", plan.resolution.x,
+                  plan.resolution.y);
+  }
+  throw ImageError("would need a page of " + Sides(width, height) + resolution +
+                   "; PDF pages measure 3 to 14400 pt: choose a page with -S A4" +
+                   UsefulSizes(plan, orientation));
+}
+
+JTPDFRect Inset(JTPDFRect box, Border border) {
+  return {box.left + border.horizontal, box.bottom + border.vertical,
+          box.width - 2 * border.horizontal, box.height - 2 * border.vertical, 0};
+}
+
+}  // namespace
+
+int DrawnOrientation(const ImagePlan& plan, const LayoutOptions& options) {
+  if (!options.turn) return plan.orientation;
+  switch (*options.turn) {
+    case 90:
+      return 6;
+    case 180:
+      return 3;
+    case 270:
+      return 8;
+    default:
+      return 1;
+  }
+}
+
+JTPDFRect OrientedBox(double centreX, double centreY, double width, double height,
+                      int orientation) {
+  // What turns and mirrors the stored picture upright: mirrored first, then turned.
+  struct Placement {
+    double angle;  // counter-clockwise
+    int x, y;      // -1 mirrors
+  };
+  constexpr Placement kPlacements[] = {{0, 1, 1},   {0, -1, 1},  {180, 1, 1},  {0, 1, -1},
+                                       {90, -1, 1}, {270, 1, 1}, {270, -1, 1}, {90, 1, 1}};
+  const Placement& placement = kPlacements[orientation - 1];
+  if (SwapsSides(orientation)) std::swap(width, height);
+  width *= placement.x;
+  height *= placement.y;
+  return {centreX - width / 2, centreY - height / 2, width, height, placement.angle};
+}
+
+PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
+  const int orientation = DrawnOrientation(plan, options);
+  Extent image = NaturalExtent(plan, orientation, options.image.dpi);
+  PageSize page = options.page;
+  Border border = options.border;
+  if (options.autoOrient && page.width && page.height &&
+      (image.width - image.height) * (*page.width - *page.height) < 0) {
+    std::swap(page.width, page.height);
+    std::swap(border.vertical, border.horizontal);
+  }
+  if (options.image.width || options.image.height) {
+    image = FitInto(image, InPoints(options.image.width, image.width),
+                    InPoints(options.image.height, image.height), options.fit);
+  } else if (page.Given() && !options.image.dpi) {
+    image = FitInto(image, Less(page.width, border.horizontal), Less(page.height, border.vertical),
+                    options.fit);
+  }
+  PageLayout layout;
+  layout.page.width = page.width.value_or(image.width + 2 * border.horizontal);
+  layout.page.height = page.height.value_or(image.height + 2 * border.vertical);
+  CheckPage(layout.page.width, layout.page.height, plan, orientation);
+  layout.image = OrientedBox(layout.page.width / 2, layout.page.height / 2, image.width,
+                             image.height, orientation);
+  layout.crop = Inset(layout.page, options.cropBorder.value_or(Border{}));
+  if (layout.crop.width < kLeastPage || layout.crop.height < kLeastPage) {
+    throw ImageError("would show nothing of its page of " +
+                     Sides(layout.page.width, layout.page.height) +
+                     " inside the crop border; choose a smaller --crop-border");
+  }
+  return layout;
+}
+
+}  // namespace pictures
