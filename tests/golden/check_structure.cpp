@@ -1,4 +1,4 @@
-// check_structure [--closing-text] [--unchecked-numbers] FILE...
+// check_structure [--closing-text] [--unchecked-numbers] [--open-objects] FILE...
 //
 // Checks files that the library wrote, each in one forward pass ("-" is standard input), and tells
 // for each what it holds or what is wrong first, and where. Fails when a file is not right.
@@ -14,9 +14,10 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: check_structure [--closing-text] [--unchecked-numbers] FILE...\n"
+    "usage: check_structure [--closing-text] [--unchecked-numbers] [--open-objects] FILE...\n"
     "  --closing-text       a closing text may follow the end-of-file marker\n"
     "  --unchecked-numbers  forms and pages may name objects that are not there\n"
+    "  --open-objects       the host wrote objects and entries of its own\n"
     "  FILE                 a file that the library wrote; - is standard input\n";
 
 bool CheckFile(const std::string& name, const golden::StructureOptions& options) {
@@ -52,6 +53,8 @@ int main(int argc, char** argv) {
       options.closing_text = true;
     } else if (argument == "--unchecked-numbers") {
       options.unchecked_numbers = true;
+    } else if (argument == "--open-objects") {
+      options.open_objects = true;
     } else if (argument.starts_with("--")) {
       std::cerr << "check_structure: unknown option " << argument << '\n' << kUsage;
       return 2;

@@ -32,6 +32,10 @@ void UnclosedDictionary(Host& host);
 // pixels_document.cpp: every kind of drawing where a reader's rendering is compared
 void Pixels(Host& host);
 
+// open_documents.cpp
+void OpenObjects(Host& host);
+void Bookmarks(Host& host);
+
 // everything_document.cpp
 void Everything(Host& host);
 

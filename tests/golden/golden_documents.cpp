@@ -65,6 +65,8 @@ const std::vector<Document>& Documents() {
        .draw = UnclosedDictionary,
        .damage = "\"<<\" without \">>\""},
       {.name = "pixels", .draw = Pixels},
+      {.name = "open_objects", .draw = OpenObjects, .open = true},
+      {.name = "bookmarks", .draw = Bookmarks, .open = true},
       {.name = "everything",
        .draw = Everything,
        .unit = PDFCoordinateUnitMillimeter,

@@ -33,6 +33,7 @@ struct Document {
   bool finished = true;
   // What the structure checker has to say of it; null for a sound file.
   const char* damage = nullptr;
+  bool open = false;  // with objects of the host's
 };
 
 // All of them, in the order in which they build on one another.

@@ -90,6 +90,7 @@ TEST_P(Golden, StructureIsRightAndHoldsWhatTheHostWrote) {
   WriteToMemory(GetParam(), &facts);
   StructureOptions options;
   options.closing_text = GetParam().closing != nullptr;
+  options.open_objects = GetParam().open;
   const StructureReport report = CheckStructure(ReadFile(GoldenPath(GetParam())), options);
   if (GetParam().damage != nullptr) {
     EXPECT_NE(report.error.find(GetParam().damage), std::string::npos) << report.error;

@@ -4,7 +4,7 @@
 #ifndef JTPDF_TESTS_GOLDEN_HOST_H
 #define JTPDF_TESTS_GOLDEN_HOST_H
 
-#include <jtpdf/jtpdf.h>
+#include <jtpdf/objects.h>
 
 #include <stdexcept>
 #include <string>
@@ -88,6 +88,40 @@ class Host {
                              &number),
           "WritePdfICCProfile");
     return number;
+  }
+
+  int Stream(const std::vector<JTPDFEntry>& entries, const std::string& data) {
+    int number = 0;
+    Check(WritePdfStream(doc, static_cast<unsigned>(entries.size()), entries.data(), data.data(),
+                         data.size(), &number),
+          "WritePdfStream");
+    for (const JTPDFEntry& entry : entries) {
+      if (entry.value == std::string("/Image")) CountImage();
+    }
+    return number;
+  }
+  void CountImage() { ++facts_.images; }
+
+  int Object(const char* value) {
+    int number = 0;
+    Check(WritePdfObject(doc, value, &number), "WritePdfObject");
+    return number;
+  }
+
+  int Reserve() {
+    int number = 0;
+    Check(ReservePdfObject(doc, &number), "ReservePdfObject");
+    return number;
+  }
+
+  void CatalogEntry(const char* key, const char* value) {
+    Check(SetPdfCatalogEntry(doc, key, value), "SetPdfCatalogEntry");
+  }
+  void PageEntry(const char* key, const char* value) {
+    Check(SetPdfPageEntry(doc, key, value), "SetPdfPageEntry");
+  }
+  void CanvasEntry(const char* key, const char* value) {
+    Check(SetPdfCanvasEntry(doc, key, value), "SetPdfCanvasEntry");
   }
 
   int Form() {

@@ -20,6 +20,10 @@ struct StructureOptions {
   // The host drew images, or made pages of forms, by numbers that no writer gave it: references
   // may then name any object, or none.
   bool unchecked_numbers = false;
+  // The host wrote objects and entries of its own, whose shapes are free: any object may stand
+  // between those of the library, under numbers that were reserved for it, and there may be an
+  // outline. What the library writes, and the frame of the file, is held to the same rules.
+  bool open_objects = false;
 };
 
 struct StructureReport {
@@ -36,6 +40,8 @@ struct StructureReport {
   // level claim all that they could hold. It is no error; some readers take them at their word.
   std::uint64_t generous_nodes = 0;
   std::uint64_t closing_bytes = 0;  // of the closing text, with its line end
+  std::uint64_t open_objects = 0;   // of the host's; those that are images are counted above, too
+  std::uint64_t bookmarks = 0;
 
   bool ok() const { return error.empty(); }
 };

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include <jtpdf/jtpdf.h>
+#include <jtpdf/objects.h>
 
 #include "pdf_structure.h"
 
@@ -172,6 +172,93 @@ const Damage kDamages[] = {
 
 INSTANTIATE_TEST_SUITE_P(Kinds, PdfStructureDamage, testing::ValuesIn(kDamages),
                          [](const auto& row) { return std::string(row.param.name); });
+
+// Objects and entries of a host's, a reserved number and an outline of three.
+std::string OpenFile() {
+  JTPDFDocument* doc = CreateMemoryPdfDoc(PDFCoordinateUnitPoint);
+  EXPECT_EQ(InitPdfDoc(doc), 0);
+  int reserved = 0;
+  int number = 0;
+  EXPECT_EQ(ReservePdfObject(doc, &reserved), 0);
+  const JTPDFEntry entries[] = {{"/Subtype", "/Image"}, {"/A/B", "[2 0 R\n<</C (\\)>)>>]"}};
+  EXPECT_EQ(WritePdfStream(doc, 2, entries, "ab", 2, &number), 0);
+  EXPECT_EQ(WritePdfObject(doc, "[ /ICCBased 3 0 R ]", &number), 0);
+  EXPECT_EQ(WriteReservedPdfObject(doc, reserved, "<< /K null /L [] >>"), 0);
+  EXPECT_EQ(SetPdfCatalogEntry(doc, "/PageMode", "/UseOutlines"), 0);
+  EXPECT_EQ(SetPdfPageEntry(doc, "/Annots", "[ << /F 4 0 R >> ]"), 0);
+  EXPECT_EQ(SetPdfCanvasEntry(doc, "/Resources/Font/F1", "<< /Type /Font >>"), 0);
+  EXPECT_EQ(AddPdfBookmark(doc, 0, L"a", 0), 0);
+  EXPECT_EQ(AddPdfBookmark(doc, 1, L"b", 1), 0);
+  EXPECT_EQ(AddPdfBookmark(doc, 0, L"c", 1), 0);
+  int form = 0;
+  EXPECT_EQ(WritePdfCanvas(doc, &form), 0);
+  for (int page = 0; page < 2; ++page) EXPECT_EQ(WritePdfPage(doc, form, kSheet, kSheet), 0);
+  EXPECT_EQ(FinalizePdfDoc(doc, nullptr), 0);
+  std::string bytes(GetPdfData(doc), GetPdfDataSize(doc));
+  DestroyPdfDoc(doc);
+  return bytes;
+}
+
+constexpr StructureOptions kOpenShapes = {.open_objects = true};
+
+TEST(PdfStructure, TakesObjectsOfTheHostsOnlyWhereTheyAreAllowed) {
+  const StructureReport report = CheckStructure(OpenFile(), kOpenShapes);
+  EXPECT_EQ(report.error, "") << "at " << report.offset;
+  EXPECT_EQ(report.open_objects, 3u);
+  EXPECT_EQ(report.images, 1u);
+  EXPECT_EQ(report.forms, 1u);
+  EXPECT_EQ(report.pages, 2u);
+  EXPECT_EQ(report.bookmarks, 3u);
+  EXPECT_FALSE(CheckStructure(OpenFile()).ok());
+  EXPECT_EQ(CheckStructure(SoundFile(), kOpenShapes).error, "");
+}
+
+class OpenStructureDamage : public testing::TestWithParam<Damage> {};
+
+TEST_P(OpenStructureDamage, IsRefusedByName) {
+  const Damage& damage = GetParam();
+  const StructureReport report =
+      CheckStructure(Replaced(OpenFile(), damage.anchor, damage.from, damage.to), kOpenShapes);
+  EXPECT_FALSE(report.ok());
+  EXPECT_NE(report.error.find(damage.error), std::string::npos) << report.error;
+}
+
+const Damage kOpenDamages[] = {
+    {"NumberTwice", "\n4 0 obj", "\n2 0 obj", "\n3 0 obj", "object 3 stands where"},
+    {"NumberNotUsed", "\n4 0 obj", "\n2 0 obj", "\n9 0 obj", "object 9 stands where"},
+    {"NumberFarAway", "", "\n3 0 obj", "\n9999999 0 obj", "stands where object 2"},
+    {"ValueTwice", "\n2 0 obj", "<< /K null /L [] >>", "1     null /L []   ", "not exactly"},
+    {"OpenBracket", "\n4 0 obj", "3 0 R ]", "3 0 R  ", "inside of an object"},
+    {"ClosingOfNothing", "\n4 0 obj", "[ /ICC", ">>/ICC", ">> without <<"},
+    {"KeyWithoutValue", "\n2 0 obj", "/K null", "/K     ", "a key that has no value"},
+    {"KeyThatIsNoName", "\n2 0 obj", "/K null", "11 null", "a key that is no name"},
+    {"NoValue", "\n2 0 obj", "null", "nuII", "is no value"},
+    {"ReferenceToNothing", "\n4 0 obj", "3 0 R", "/ 0 R", "a reference to no number"},
+    {"ReferenceBeyondTheEnd", "\n4 0 obj", "3 0 R", "99 0 R", "which is not there"},
+    {"LengthOfAStream", "\n3 0 obj", "/Length 2", "/Length 1", "behind /Length bytes"},
+    {"ContentsOfAnotherKind", "\n8 0 obj", "/Contents 6", "/Contents 5", "names a form"},
+    {"PageWithoutBox", "\n8 0 obj", "/MediaBox", "/MediaBix", "/MediaBox"},
+    {"CatalogWithoutOutline", "/PageMode", "/Pages", "/Poges", "page-tree root"},
+    {"OutlineCount", "\n11 0 obj", "/Count 3", "/Count 2", "/Count"},
+    {"OutlineLast", "\n11 0 obj", "/Last 14", "/Last 13", "/Last"},
+    {"BookmarkNext", "\n12 0 obj", "/Next 14", "/Next 13", "/Next"},
+    {"BookmarkPrevious", "\n14 0 obj", "/Prev 12", "/Prev 13", "/Next"},
+    {"BookmarkParent", "\n13 0 obj", "/Parent 12", "/Parent 11", "/Count"},
+    {"BookmarkPage", "\n13 0 obj", "/Dest [9", "/Dest [6", "leads to no page"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, OpenStructureDamage, testing::ValuesIn(kOpenDamages),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(PdfStructure, RefusesAFileOfOpenObjectsWithAnyOneByteMissingOrTwice) {
+  const std::string bytes = OpenFile();
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    EXPECT_FALSE(CheckStructure(bytes.substr(0, i) + bytes.substr(i + 1), kOpenShapes).ok())
+        << "without byte " << i;
+    EXPECT_FALSE(CheckStructure(bytes.substr(0, i + 1) + bytes.substr(i), kOpenShapes).ok())
+        << "with byte " << i << " twice";
+  }
+}
 
 TEST(PdfStructure, RefusesAFileWithAnyOneByteMissing) {
   const std::string bytes = SoundFile(1);

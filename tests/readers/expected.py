@@ -97,6 +97,12 @@ EXPECTED = (
         GENEROUS_REASON,
         refuses=True,
     ),
+    Expected(
+        ["open_objects"],
+        "Ghostscript",
+        r"\s+Fonts used: |\s+Helvetica\s+Type1\s+Not embedded\s+No ToUnicode\s+",
+        "It lists the fonts of a document; this one names Helvetica, which every reader brings along.",
+    ),
 )
 
 

@@ -1,7 +1,7 @@
-"""Points of the golden document "pixels" and the colours that they have to show.
+"""Points of golden documents and the colours that they have to show.
 
-tests/golden/pixels_document.cpp draws it; the two are changed together. Coordinates are points of
-the page, y upwards.
+tests/golden/pixels_document.cpp and open_documents.cpp draw them, and are changed together with
+this. Coordinates are points of the page, y upwards.
 """
 
 TOLERANCE = 12  # of each of red, green and blue, out of 255
@@ -91,14 +91,37 @@ POINTS = [
     Point("shared form, circle's left edge", 3, 35, 170, BLUE),
 ]
 
-# The lower left corner of each page's crop box, and its height.
-CROPS = {1: (20, 20, 360), 2: (0, 0, 100), 3: (30, 140, 60)}
+# Objects that a host wrote itself.
+OPEN_POINTS = [
+    *quadrants("predictor 15", 20, 120, [RED, LIME, BLUE, YELLOW]),
+    # MuPDF 1.21 knows no colour key of a palette.
+    *quadrants("palette and colour key", 110, 120, [RED, LIME, BLUE, GROUND],
+               {"MuPDF": [RED, LIME, BLUE, YELLOW]}),
+    *quadrants("CCITT G4", 200, 120, [WHITE, BLACK, WHITE, BLACK]),
+    *quadrants("stencil mask", 290, 120, [GROUND, RED, GROUND, RED]),
+    Point("operators, middle", 1, 45, 65, GREEN),
+    Point("operators, beside", 1, 75, 65, GROUND),
+    Point("encoded content", 2, 100, 100, BLUE),
+    Point("content that is not encoded", 3, 100, 100, RED),
+]
 
 
-def place(point):
-    """The pixel of the point in a rendering of the crop box, a pixel a point."""
-    left, bottom, height = CROPS[point.page]
-    return int(point.x - left), int(height - (point.y - bottom))
+class Drawing:
+    """What a document shows: its points, and the lower left corner and height of each crop box."""
+
+    def __init__(self, points, crops):
+        self.points, self.crops = points, crops
+
+    def place(self, point):
+        """The pixel of the point in a rendering of the crop box, a pixel a point."""
+        left, bottom, height = self.crops[point.page]
+        return int(point.x - left), int(height - (point.y - bottom))
+
+
+DRAWINGS = {
+    "pixels": Drawing(POINTS, {1: (20, 20, 360), 2: (0, 0, 100), 3: (30, 140, 60)}),
+    "open_objects": Drawing(OPEN_POINTS, {page: (0, 0, 200) for page in (1, 2, 3)}),
+}
 
 
 def off(color, expected):

@@ -121,11 +121,12 @@ class Test:
                     )
 
     def colors(self, name, pictures):
-        for point in pixels.POINTS:
+        drawing = pixels.DRAWINGS[self.document]
+        for point in drawing.points:
             if point.page > len(pictures):
                 self.fail(f"{name} has no page {point.page} for the point: {point.what}")
                 continue
-            color = pictures[point.page - 1].pixel(*pixels.place(point))
+            color = pictures[point.page - 1].pixel(*drawing.place(point))
             wanted = point.expected(name)
             if pixels.off(color, wanted) > pixels.TOLERANCE:
                 self.fail(f"{name} shows {color}, not {wanted}: {point.what}")
@@ -155,7 +156,7 @@ class Test:
                 if reader.renders:
                     renderings[reader.name] = self.render(reader, pdf, folder)
         self.sizes(renderings)
-        if self.document == "pixels":
+        if self.document in pixels.DRAWINGS:
             for name, pictures in renderings.items():
                 self.colors(name, pictures)
         for failure in self.failures:
