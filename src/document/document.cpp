@@ -90,8 +90,8 @@ int JTPDFDocument::WriteObject(int object, const char* value) {
   return ::WriteObject(*this, object, value);
 }
 
-int JTPDFDocument::WriteStream(int object, std::span<const JTPDFEntry> entries,
-                               std::span<const JTPDFPiece> pieces) {
+int JTPDFDocument::WriteStream(int object, ArrayView<JTPDFEntry> entries,
+                               ArrayView<JTPDFPiece> pieces) {
   return ::WriteStream(*this, object, entries, pieces);
 }
 

@@ -15,7 +15,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <span>
 #include <utility>
 
 #include "document/content_encoder.h"
@@ -27,6 +26,7 @@
 #include "jtpdf/types.h"
 #include "objects/dict.h"
 #include "objects/entry_tree.h"
+#include "objects/views.h"
 #include "output/object_writer.h"
 
 // Failures are std::ios_base::failure: those of the sink, and refusals of calls in the wrong
@@ -78,8 +78,7 @@ class JTPDFDocument : public ObjectWriter {
 
   // Objects, entries and bookmarks of the host's: see jtpdf/objects.h.
   int WriteObject(int object, const char* value);
-  int WriteStream(int object, std::span<const JTPDFEntry> entries,
-                  std::span<const JTPDFPiece> pieces);
+  int WriteStream(int object, ArrayView<JTPDFEntry> entries, ArrayView<JTPDFPiece> pieces);
   void SetCatalogEntry(const char* key, const char* value);
   void SetPageEntry(const char* key, const char* value);
   void SetCanvasEntry(const char* key, const char* value);

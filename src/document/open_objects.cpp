@@ -23,11 +23,11 @@ int Begin(ObjectWriter& out, int object) {
   return object;
 }
 
-std::string StreamDictionary(std::span<const JTPDFEntry> entries) {
+std::string StreamDictionary(ArrayView<JTPDFEntry> entries) {
   EntryTree tree;
   for (const JTPDFEntry& entry : entries) {
     const std::string_view key = entry.key;
-    if (key == "/Length" || key.starts_with("/Length/") || !tree.Set(key, entry.value)) {
+    if (key == "/Length" || StartsWith(key, "/Length/") || !tree.Set(key, entry.value)) {
       RefuseArgument("A stream's entry is not a path of names with one object");
     }
   }
@@ -49,8 +49,8 @@ int WriteObject(ObjectWriter& out, int object, const char* value) {
   return number;
 }
 
-int WriteStream(ObjectWriter& out, int object, std::span<const JTPDFEntry> entries,
-                std::span<const JTPDFPiece> pieces) {
+int WriteStream(ObjectWriter& out, int object, ArrayView<JTPDFEntry> entries,
+                ArrayView<JTPDFPiece> pieces) {
   const std::string dictionary = StreamDictionary(entries);
   std::size_t size = 0;
   for (const JTPDFPiece& piece : pieces) size += piece.size;

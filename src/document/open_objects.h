@@ -2,10 +2,8 @@
 #ifndef JTPDF_DOCUMENT_OPEN_OBJECTS_H
 #define JTPDF_DOCUMENT_OPEN_OBJECTS_H
 
-#include <cstddef>
-#include <span>
-
 #include "jtpdf/types.h"
+#include "objects/views.h"
 #include "output/object_writer.h"
 
 inline constexpr int kNewObject = 0;
@@ -17,7 +15,7 @@ void RequireReserved(const ObjectWriter& out, int object);
 // What a host must not write is refused with EINVAL before anything is written: a value that is not
 // one object, an entry that EntryTree does not take, /Length.
 int WriteObject(ObjectWriter& out, int object, const char* value);
-int WriteStream(ObjectWriter& out, int object, std::span<const JTPDFEntry> entries,
-                std::span<const JTPDFPiece> pieces);
+int WriteStream(ObjectWriter& out, int object, ArrayView<JTPDFEntry> entries,
+                ArrayView<JTPDFPiece> pieces);
 
 #endif  // JTPDF_DOCUMENT_OPEN_OBJECTS_H

@@ -16,7 +16,10 @@ class JTPDFColor {
       : JTPDFColor(color.red, color.green, color.blue, color.alpha) {}
 
   bool IsGray() const { return red == green && green == blue; }
-  bool operator==(const JTPDFColor&) const = default;
+  friend bool operator==(const JTPDFColor& a, const JTPDFColor& b) {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue && a.alpha == b.alpha;
+  }
+  friend bool operator!=(const JTPDFColor& a, const JTPDFColor& b) { return !(a == b); }
 
   // One number (the red channel) if gray, else the three components; alpha is never written.
   std::string AsString(bool gray) const;

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "objects/text_string.h"
+#include "objects/views.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ KeyPath Split(std::string_view key) {
 
 // The name of a path's first component, without its solidus; empty if there is none.
 inline std::string_view FirstName(std::string_view path) {
-  if (path.starts_with('/')) path.remove_prefix(1);
+  if (StartsWith(path, "/")) path.remove_prefix(1);
   return path.substr(0, path.find('/'));
 }
 
@@ -143,7 +144,7 @@ std::string JTPDFDict::AsString() const {
     if (IsRendered(key)) out = Put(PutItem(out, path, value, previousParent), "\r\n");
     // The keys that are never rendered move the open path on all the same (kept), and the
     // dictionary that a key without a solidus opens is not closed again (kept).
-    previousParent = path.leaf.starts_with('/') ? path.parent : std::string_view();
+    previousParent = StartsWith(path.leaf, "/") ? path.parent : std::string_view();
   }
   out = PutItem(out, Split(""), "", previousParent);
   assert(out <= body.data() + body.size());

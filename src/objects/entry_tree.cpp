@@ -6,11 +6,12 @@
 
 #include "objects/syntax.h"
 #include "objects/text_buffer.h"
+#include "objects/views.h"
 
 namespace {
 
 bool LeadsThrough(std::string_view path, std::string_view value) {
-  return path.size() > value.size() && path.starts_with(value) && path[value.size()] == '/';
+  return path.size() > value.size() && StartsWith(path, value) && path[value.size()] == '/';
 }
 
 // How many bytes of two paths' parents are the same whole components.

@@ -5,11 +5,11 @@
 #ifndef JTPDF_OBJECTS_STRING_LIST_H
 #define JTPDF_OBJECTS_STRING_LIST_H
 
-#include <concepts>
 #include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "objects/byte_buffer.h"
 #include "objects/text_buffer.h"
@@ -26,8 +26,10 @@ class JTPDFStringList {
   void Add(unsigned int count, ...);
 
   // The same for one to ten texts.
-  template <std::convertible_to<std::string_view>... Texts>
-  requires(sizeof...(Texts) >= 1 && sizeof...(Texts) <= 10) void Add(const Texts&... texts) {
+  template <typename... Texts, typename = std::enable_if_t<
+                                   (std::is_convertible_v<const Texts&, std::string_view> && ...)>>
+  void Add(const Texts&... texts) {
+    static_assert(sizeof...(Texts) >= 1 && sizeof...(Texts) <= 10);
     AddJoined({std::string_view(texts)...});
   }
 

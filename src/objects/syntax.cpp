@@ -6,6 +6,8 @@
 #include <map>
 #include <string>
 
+#include "objects/views.h"
+
 namespace {
 
 constexpr int kMostNested = 100;
@@ -59,7 +61,7 @@ class Scanner {
   }
 
   bool TakeObject(int depth) {
-    if (rest.starts_with("<<")) return TakeDictionary(depth);
+    if (StartsWith(rest, "<<")) return TakeDictionary(depth);
     switch (rest.empty() ? '\0' : rest.front()) {
       case '/':
         return TakeName();
@@ -105,7 +107,7 @@ class Scanner {
 
  private:
   bool Take(std::string_view token) {
-    if (!rest.starts_with(token)) return false;
+    if (!StartsWith(rest, token)) return false;
     rest.remove_prefix(token.size());
     return true;
   }
@@ -171,7 +173,7 @@ class Scanner {
   }
 
   static bool IsNumber(std::string_view word) {
-    if (word.starts_with('+') || word.starts_with('-')) word.remove_prefix(1);
+    if (StartsWith(word, "+") || StartsWith(word, "-")) word.remove_prefix(1);
     const std::size_t point = word.find('.');
     const std::string_view whole = word.substr(0, point);
     const std::string_view decimals =

@@ -3,9 +3,7 @@
 #include "objects/value_format.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -20,7 +18,7 @@ constexpr int kExponentBias = 1023;
 constexpr std::uint64_t kMantissaMask = (std::uint64_t{1} << kMantissaBits) - 1;
 constexpr int kExponentMask = 0x7FF;  // also the exponent of infinities and NaNs
 
-// From 2^48 on, a number takes the exact but slower way of std::to_chars.
+// From 2^48 on, a number takes a slower way that is as exact.
 constexpr int kFastExponent = kExponentBias + 48;
 
 constexpr char kDigitPairs[] =
@@ -54,23 +52,49 @@ std::uint64_t ScaledMagnitude(int exponent, std::uint64_t fraction) {
 }
 
 // Infinities, NaNs and numbers from 2^48 on; the limit of kNumMaxLength counts the sign.
-char* WriteLargeMagnitude(char* out, double magnitude, std::size_t room) {
-  if (std::isnan(magnitude)) return WriteText(out, "nan");
-  if (std::isinf(magnitude)) return WriteText(out, "inf");
-  char text[320];  // 309 digits, the point and four decimals at most
-  char* const end = std::to_chars(text, std::end(text), magnitude, std::chars_format::fixed, 4).ptr;
-  return WriteText(out, {text, std::min(static_cast<std::size_t>(end - text), room)});
+//
+// From there on s-4 is not above 0, so the magnitude x 10^4 is the integer (625 x m) x 2^(4-s). Its
+// digits are made nine at a time, lowest first. Not by std::to_chars, which older libraries lack
+// for doubles and of which newer ones bring tables that are larger than all of this library.
+char* WriteLargeMagnitude(char* out, int exponent, std::uint64_t fraction, std::size_t room) {
+  if (exponent == kExponentMask) return WriteText(out, fraction != 0 ? "nan" : "inf");
+
+  constexpr std::uint64_t kGroup = 1000000000;
+  constexpr int kMostGroups = 35;  // 309 digits and four decimals at most
+  std::uint32_t groups[kMostGroups];
+  int count = 0;
+  std::uint64_t carry = 625 * (fraction | (kMantissaMask + 1));
+  for (int shift = exponent - kExponentBias - kMantissaBits + 4;; shift -= 32) {
+    for (; carry != 0; carry /= kGroup) {
+      groups[count++] = static_cast<std::uint32_t>(carry % kGroup);
+    }
+    if (shift <= 0) break;
+    for (int i = 0; i < count; ++i) {
+      carry += std::uint64_t{groups[i]} << std::min(shift, 32);
+      groups[i] = static_cast<std::uint32_t>(carry % kGroup);
+      carry /= kGroup;
+    }
+  }
+
+  char text[9 * kMostGroups + 1];
+  char* end = WriteInt(text, groups[count - 1], 0);
+  for (int i = count - 2; i >= 0; --i) end = WriteInt(end, groups[i], 9);
+  std::memmove(end - 3, end - 4, 4);
+  end[-4] = '.';
+  return WriteText(out, {text, std::min(static_cast<std::size_t>(end + 1 - text), room)});
 }
 
 }  // namespace
 
 char* WriteNum(char* out, double value) {
-  const auto bits = std::bit_cast<std::uint64_t>(value);
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
   const bool negative = (bits >> 63) != 0;  // also of zero and NaN, which keep their sign
   if (negative) *out++ = '-';
   const int exponent = static_cast<int>(bits >> kMantissaBits) & kExponentMask;
   if (exponent >= kFastExponent) {
-    return WriteLargeMagnitude(out, std::fabs(value), kNumMaxLength - (negative ? 1 : 0));
+    return WriteLargeMagnitude(out, exponent, bits & kMantissaMask,
+                               kNumMaxLength - (negative ? 1 : 0));
   }
 
   const std::uint64_t scaled = ScaledMagnitude(exponent, bits & kMantissaMask);

@@ -1,8 +1,8 @@
 // value_format - numbers and references as they stand in the file: "28.3465", "0000000017",
 // "12 0 R", "[5 0 R 6 0 R]".
 //
-// Every number of the output is made here, by integer arithmetic or std::to_chars, so that no
-// locale can put a comma into a file.
+// Every number of the output is made here, by integer arithmetic, so that no locale can put a comma
+// into a file.
 #ifndef JTPDF_OBJECTS_VALUE_FORMAT_H
 #define JTPDF_OBJECTS_VALUE_FORMAT_H
 

@@ -17,7 +17,7 @@ diff -r "$work/jtpdf" "$work/again"
 warnings=(-Wall -Wextra -Wpedantic -Werror)
 "$cc" -std=c11 "${warnings[@]}" -I "$work" -fsyntax-only "$sources/examples/hello.c"
 "$cxx" -std=c++17 "${warnings[@]}" -I "$work" -fsyntax-only "$sources/examples/cpp/hello.cpp"
-"$cxx" -std=c++20 -O1 -ffp-contract=off "${warnings[@]}" "$work/jtpdf/jtpdf.cpp" "$@" \
+"$cxx" -std=c++17 -O1 -ffp-contract=off "${warnings[@]}" "$work/jtpdf/jtpdf.cpp" "$@" \
   -o "$work/host"
 
 "$work/host" all "$work/single"
