@@ -8,10 +8,10 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bytes.h"
-#include "jtpdf/types.h"
 
 namespace pictures {
 
@@ -96,21 +96,56 @@ struct DecodedImage {
   std::optional<Raster> alpha;  // one channel; the largest value is opaque
 };
 
-// One image stream, ready for the PDF.
+// How the data of a stored image is encoded.
+enum class Filter { kNone, kFlate, kLzw, kDct, kJpx, kCcitt };
+
+// Parameters of fax data (ISO 32000-1, 7.4.6); its columns and rows are those of the image.
+struct CcittParameters {
+  int k = -1;  // -1: group 4; 0: group 3 by rows; positive: group 3 in two dimensions
+  bool blackIs1 = false;
+  bool byteAligned = false;  // each row begins at a byte
+  bool endOfLine = false;
+  bool endOfBlock = true;
+};
+
+// One image stream, ready for the PDF: its data and all that says how to read it. What is not named
+// has PDF's default.
 struct EncodedStream {
-  Bytes data;    // into `owned`, or into the mapped file
+  // The data, written one behind the other: views into `owned`, or into the mapped file. (Moving a
+  // buffer leaves its bytes where they are.)
+  std::vector<Bytes> pieces;
   Buffer owned;  // empty for what passes through
-  TPdfCompression compression = kPdfCompressionFlate;
-  Colour colour = Colour::kRgb;
+  Filter filter = Filter::kFlate;
+  // Of Flate and LZW: 1 for none, 2 as TIFF has it, 15 as PNG. Its columns, colours and bits are
+  // those of the image.
+  int predictor = 1;
+  CcittParameters ccitt;  // of kCcitt alone
+
   uint32_t width = 0;
   uint32_t height = 0;
   int bits = 8;
+  Colour colour = Colour::kRgb;  // of the samples, or of the palette; kJpx names its own
+  Buffer palette;                // where there is one, samples are numbers of its colours
+  std::vector<int> decode;       // a lowest and a highest value for each component
+  std::vector<int> colourKey;    // ranges of samples, likewise, that are transparent throughout
+
+  void Own(Buffer data) {
+    owned = std::move(data);
+    pieces = {owned.View()};
+  }
+  size_t Size() const {
+    size_t size = 0;
+    for (const Bytes piece : pieces) size += piece.size();
+    return size;
+  }
+  // Components of a sample.
+  int Components() const { return palette.Empty() ? Channels(colour) : 1; }
 };
 
 struct EncodedImage {
   EncodedStream pixels;
-  std::optional<EncodedStream> alpha;
-  Buffer profile;  // the ICC profile to declare, not compressed; empty for none
+  std::optional<EncodedStream> alpha;  // the soft mask: grey, of any size
+  Buffer profile;  // the ICC profile of the pixels' colour, not compressed; empty for none
   std::vector<Note> notes;
 };
 

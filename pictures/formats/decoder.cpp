@@ -21,16 +21,21 @@ Colour ColourOf(const Raster& raster) {
   return raster.channels == 1 ? Colour::kGrey : raster.channels == 3 ? Colour::kRgb : Colour::kCmyk;
 }
 
+// Decoded inks are inverted throughout, as JPEG files with an Adobe marker have them.
+void DeclareInks(EncodedStream* stream) {
+  if (stream->colour == Colour::kCmyk) stream->decode = {1, 0, 1, 0, 1, 0, 1, 0};
+}
+
 constexpr uint64_t kMostStored = std::numeric_limits<uint32_t>::max();
 
 EncodedStream Compress(Raster raster, int level) {
   EncodedStream stream;
-  stream.owned = Deflate(raster.bytes.View(), level);
-  if (stream.owned.Size() > kMostStored) {
+  stream.Own(Deflate(raster.bytes.View(), level));
+  if (stream.Size() > kMostStored) {
     throw ImageError("compresses to more than 4 GiB, the most one PDF image can hold; scale it");
   }
-  stream.data = stream.owned.View();
   stream.colour = ColourOf(raster);
+  DeclareInks(&stream);
   stream.width = raster.width;
   stream.height = raster.height;
   stream.bits = raster.bits;
@@ -91,23 +96,30 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {
   EncodedImage image;
   if (plan.PassesThrough()) {
-    image.pixels.data = Slice(file, plan.place, plan.size);
-    image.pixels.compression =
-        plan.format == Format::kJpeg ? kPdfCompressionJPEG : kPdfCompressionJPEG2000;
-    image.pixels.colour = plan.colour;
-    image.pixels.width = plan.width;
-    image.pixels.height = plan.height;
-    image.pixels.bits = plan.depth;
+    image = DecoderOf(plan.format).passThrough(plan, file);
   } else {
     std::vector<Note> notes;
     image = EncodeDecoded(DecoderOf(plan.format).decode(plan, file, &notes), level);
     image.notes = std::move(notes);
   }
   // A JPEG 2000 file that passes through keeps its profile inside.
-  if (plan.profile == ProfileUse::kUsed && image.pixels.compression != kPdfCompressionJPEG2000 &&
+  if (plan.profile == ProfileUse::kUsed && image.pixels.filter != Filter::kJpx &&
       image.pixels.colour == Colour::kRgb) {
     image.profile = DecoderOf(plan.format).profile(plan, file);
   }
+  return image;
+}
+
+EncodedImage PassThrough(const ImagePlan& plan, Bytes file, Filter filter) {
+  EncodedImage image;
+  EncodedStream& pixels = image.pixels;
+  pixels.pieces = {Slice(file, plan.place, plan.size)};
+  pixels.filter = filter;
+  pixels.colour = plan.colour;
+  DeclareInks(&pixels);
+  pixels.width = plan.width;
+  pixels.height = plan.height;
+  pixels.bits = plan.depth;
   return image;
 }
 

@@ -36,6 +36,9 @@ struct Decoder {
   DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
   // The embedded ICC profile, empty where there is none.
   Buffer (*profile)(const ImagePlan& plan, Bytes file);
+  // Describes the file's own bytes as an image of the PDF. Called only for plans without a
+  // decodeReason; null where there are none.
+  EncodedImage (*passThrough)(const ImagePlan& plan, Bytes file);
 };
 
 extern const Decoder kJpegDecoder;
@@ -64,6 +67,9 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
 // Turns the picture into what the PDF holds: its own bytes, or decoded and Flate-compressed ones
 // (level 0 to 12). `file` must outlive the result.
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level);
+
+// The `size` bytes at `place` as one image of that filter.
+EncodedImage PassThrough(const ImagePlan& plan, Bytes file, Filter filter);
 
 // The same for pixels at hand: compresses them, and the alpha unless it is opaque throughout.
 EncodedImage EncodeDecoded(DecodedImage decoded, int level);

@@ -307,13 +307,17 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
   return result;
 }
 
+EncodedImage PassJpeg2000Through(const ImagePlan& plan, Bytes file) {
+  return PassThrough(plan, file, Filter::kJpx);
+}
+
 bool IsJpeg2000(Bytes head) {
   return StartsWith(head, kJp2Magic) || StartsWith(head, kCodestreamMagic);
 }
 
 }  // namespace
 
-const Decoder kJpeg2000Decoder{Format::kJpeg2000, "JPEG 2000",    IsJpeg2000,
-                               PlanJpeg2000,      DecodeJpeg2000, Jpeg2000Profile};
+const Decoder kJpeg2000Decoder{Format::kJpeg2000, "JPEG 2000",     IsJpeg2000,         PlanJpeg2000,
+                               DecodeJpeg2000,    Jpeg2000Profile, PassJpeg2000Through};
 
 }  // namespace pictures

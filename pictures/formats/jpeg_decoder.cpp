@@ -351,12 +351,17 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
   return image;
 }
 
+EncodedImage PassJpegThrough(const ImagePlan& plan, Bytes file) {
+  return PassThrough(plan, file, Filter::kDct);
+}
+
 bool IsJpeg(Bytes head) {
   return StartsWith(head, "\xFF\xD8\xFF");
 }
 
 }  // namespace
 
-const Decoder kJpegDecoder{Format::kJpeg, "JPEG", IsJpeg, PlanJpeg, DecodeJpeg, JpegProfile};
+const Decoder kJpegDecoder{Format::kJpeg, "JPEG",      IsJpeg,         PlanJpeg,
+                           DecodeJpeg,    JpegProfile, PassJpegThrough};
 
 }  // namespace pictures

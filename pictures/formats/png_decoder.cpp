@@ -374,6 +374,6 @@ bool IsPng(Bytes head) {
 
 }  // namespace
 
-const Decoder kPngDecoder{Format::kPng, "PNG", IsPng, PlanPng, DecodePng, PngProfile};
+const Decoder kPngDecoder{Format::kPng, "PNG", IsPng, PlanPng, DecodePng, PngProfile, nullptr};
 
 }  // namespace pictures

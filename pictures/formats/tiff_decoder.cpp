@@ -146,6 +146,7 @@ bool IsTiff(Bytes head) {
 
 }  // namespace
 
-const Decoder kTiffDecoder{Format::kTiff, "TIFF", IsTiff, PlanTiff, DecodeTiff, TiffProfile};
+const Decoder kTiffDecoder{Format::kTiff, "TIFF",      IsTiff, PlanTiff,
+                           DecodeTiff,    TiffProfile, nullptr};
 
 }  // namespace pictures

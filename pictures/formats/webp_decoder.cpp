@@ -146,6 +146,7 @@ bool IsWebp(Bytes head) {
 
 }  // namespace
 
-const Decoder kWebpDecoder{Format::kWebp, "WebP", IsWebp, PlanWebp, DecodeWebp, WebpProfile};
+const Decoder kWebpDecoder{Format::kWebp, "WebP",      IsWebp, PlanWebp,
+                           DecodeWebp,    WebpProfile, nullptr};
 
 }  // namespace pictures

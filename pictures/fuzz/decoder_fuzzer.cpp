@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       if (!plan.error.empty()) continue;
       const EncodedImage image = Encode(plan, file, 1);
       // What would make a PDF that no reader can open.
-      if (image.pixels.data.empty() || image.pixels.width == 0 || image.pixels.height == 0) abort();
+      if (image.pixels.Size() == 0 || image.pixels.width == 0 || image.pixels.height == 0) abort();
       if (uint64_t{image.pixels.width} * image.pixels.height > kLimits.maxPixels) abort();
       if (plan.orientation < 1 || plan.orientation > 8) abort();
     }

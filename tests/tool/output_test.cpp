@@ -33,7 +33,7 @@ class OutputTest : public testing::Test {
 
 EncodedImage ImageOf(const std::string& data) {
   EncodedImage image;
-  image.pixels.data = {reinterpret_cast<const uint8_t*>(data.data()), data.size()};
+  image.pixels.pieces = {{reinterpret_cast<const uint8_t*>(data.data()), data.size()}};
   image.pixels.width = image.pixels.height = 1;
   return image;
 }
@@ -91,7 +91,7 @@ TEST_F(OutputTest, AnImageThatCrossesTheLimitIsRefusedBeforeItsFirstByte) {
   const std::string half(1501, 'c');
   EncodedImage halves = ImageOf(half);
   halves.alpha = EncodedStream{};
-  halves.alpha->data = halves.pixels.data;
+  halves.alpha->pieces = halves.pixels.pieces;
   EXPECT_THROW(document.WriteImage(halves, kPdfImageRolePhoto, L""), OutputError);
 }
 

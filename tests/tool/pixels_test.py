@@ -594,7 +594,7 @@ class Profiles(JtpdfTest):
                  self.save(blocks(seed=6), "6.png")]
         pdf = self.convert(*paths)
         data = self.get("out.pdf")
-        self.assertEqual(data.count(b"[ /ICCBased"), 2)
+        self.assertEqual(data.count(b"/Alternate /DeviceRGB"), 2)
         self.assertEqual(data.count(b"/N 3"), 2)
         self.assertEqual([i["color"] for i in images(pdf)], ["icc"] * 5 + ["rgb"])
         subprocess.run(["qpdf", "--qdf", "--object-streams=disable", pdf, self.path("q.pdf")],

@@ -93,7 +93,7 @@ class AlbumWriter {
       }
     }
     document_.AddPage(numbers_[i], page.layout);
-    bytes_ += product.image.pixels.data.size();
+    bytes_ += product.image.pixels.Size();
     console_.Progress(i + 1, plan_.pages.size(), bytes_);
   }
 

@@ -5,11 +5,11 @@
 #include <jtpdf/jtpdf.h>
 
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string>
 
 #include "image.h"
+#include "image_writer.h"
 #include "layout.h"
 #include "output.h"
 
@@ -33,21 +33,13 @@ class PdfDocument {
   struct Destroy {
     void operator()(JTPDFDocument* document) const { DestroyPdfDoc(document); }
   };
-  struct Profile {
-    Buffer bytes;
-    int colorSpace;
-  };
 
   // Throws what a result code other than 0 stands for.
   void Check(int32_t code);
-  int ColorSpaceOf(Bytes profile);
-  TPdfImageDescriptor Describe(const EncodedStream& stream, int colorSpace) const;
 
   Output& output_;
-  int compression_;
   std::unique_ptr<JTPDFDocument, Destroy> document_;
-  std::deque<Profile> profiles_;  // the last ones, that each distinct one is written once
-  size_t profileBytes_ = 0;       // of all of them
+  ImageWriter images_;
 };
 
 }  // namespace pictures::tool
