@@ -152,6 +152,7 @@ static int32_t MakeFile(JTPDFDocument* doc, const Png* png, char** arguments) {
   if (code == 0) code = AddPdfBookmark(doc, 0, L"The picture", 0);
   if (code == 0) code = SetPdfCatalogEntry(doc, "/PageMode", "/UseOutlines");
   if (code == 0) code = SetPdfCatalogEntry(doc, "/ViewerPreferences/FitWindow", "true");
+  if (code == 0) code = SetPdfOpenPage(doc, 0, "/FitH null");
   return code == 0 ? FinalizePdfDoc(doc, NULL) : code;
 }
 

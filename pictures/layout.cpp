@@ -55,17 +55,6 @@ std::optional<double> InPoints(const std::optional<Measure>& measure, double nat
   return measure->percent ? natural * measure->value / 100 : measure->value;
 }
 
-std::optional<double> Less(std::optional<double> side, double border) {
-  if (!side) return std::nullopt;
-  const double left = *side - 2 * border;
-  if (left <= 0) {
-    throw ImageError(
-        "has no room left on its page inside the border; choose a smaller -b or a "
-        "larger -S");
-  }
-  return left;
-}
-
 std::string Sides(double width, double height) {
   char text[96];
   std::snprintf(text, sizeof text, "%.6g x %.6g pt (%.4g x %.4g mm)", width, height,
@@ -140,11 +129,28 @@ JTPDFRect OrientedBox(double centreX, double centreY, double width, double heigh
   return {centreX - width / 2, centreY - height / 2, width, height, placement.angle};
 }
 
-PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
+namespace {
+
+std::optional<double> CellSide(std::optional<double> page, double border, unsigned cells) {
+  if (!page) return std::nullopt;
+  const double left = (*page - (cells + 1) * border) / cells;
+  if (left > 0) return left;
+  throw ImageError(
+      "has no room left on its page inside the border; choose a smaller -b or a larger -S");
+}
+
+// The picture, with its file's resolution or the usual one, on its page: how large both are.
+struct Sizes {
+  Extent image;
+  PageSize page;
+  Border border;
+  bool Fit() const { return Fits(*page.width, *page.height); }
+};
+
+Sizes MeasurePage(const ImagePlan& plan, const LayoutOptions& options) {
   const int orientation = DrawnOrientation(plan, options);
-  Extent image = NaturalExtent(plan, orientation, options.image.dpi);
-  PageSize page = options.page;
-  Border border = options.border;
+  Sizes sizes{NaturalExtent(plan, orientation, options.image.dpi), options.page, options.border};
+  auto& [image, page, border] = sizes;
   if (options.autoOrient && page.width && page.height &&
       (image.width - image.height) * (*page.width - *page.height) < 0) {
     std::swap(page.width, page.height);
@@ -154,22 +160,77 @@ PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
     image = FitInto(image, InPoints(options.image.width, image.width),
                     InPoints(options.image.height, image.height), options.fit);
   } else if (page.Given() && !options.image.dpi) {
-    image = FitInto(image, Less(page.width, border.horizontal), Less(page.height, border.vertical),
-                    options.fit);
+    image = FitInto(image, CellSide(page.width, border.horizontal, options.grid.columns),
+                    CellSide(page.height, border.vertical, options.grid.rows), options.fit);
   }
+  if (!page.width) page.width = image.width + 2 * border.horizontal;
+  if (!page.height) page.height = image.height + 2 * border.vertical;
+  return sizes;
+}
+
+// The same with the usual resolution, where that of the file is what makes a page too large or
+// small; a note says so.
+Sizes MeasurePageSensibly(const ImagePlan& plan, const LayoutOptions& options, std::string* note) {
+  const Sizes sizes = MeasurePage(plan, options);
+  if (sizes.Fit() || !plan.resolution.Known()) return sizes;
+  ImagePlan usual = plan;
+  usual.resolution = {};
+  const Sizes usualSizes = MeasurePage(usual, options);
+  if (!usualSizes.Fit()) return sizes;
+  char text[160];
+  std::snprintf(text, sizeof text,
+                "its resolution of %.4g x %.4g dpi would make a page of %.6g x %.6g pt; %g dpi "
+                "were taken in its place",
+                plan.resolution.x, plan.resolution.y, *sizes.page.width, *sizes.page.height,
+                kDefaultDpi);
+  *note = text;
+  return usualSizes;
+}
+
+std::optional<JTPDFRect> InsetIfGiven(JTPDFRect page, const std::optional<Border>& border,
+                                      const char* option) {
+  if (!border) return std::nullopt;
+  const JTPDFRect box = Inset(page, *border);
+  if (box.width >= kLeastPage && box.height >= kLeastPage) return box;
+  throw ImageError("would show nothing of its page of " + Sides(page.width, page.height) +
+                   " inside the border; choose a smaller " + option);
+}
+
+}  // namespace
+
+PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
   PageLayout layout;
-  layout.page.width = page.width.value_or(image.width + 2 * border.horizontal);
-  layout.page.height = page.height.value_or(image.height + 2 * border.vertical);
-  CheckPage(layout.page.width, layout.page.height, plan, orientation);
-  layout.image = OrientedBox(layout.page.width / 2, layout.page.height / 2, image.width,
-                             image.height, orientation);
-  layout.crop = Inset(layout.page, options.cropBorder.value_or(Border{}));
-  if (layout.crop.width < kLeastPage || layout.crop.height < kLeastPage) {
-    throw ImageError("would show nothing of its page of " +
-                     Sides(layout.page.width, layout.page.height) +
-                     " inside the crop border; choose a smaller --crop-border");
+  const auto [image, page, border] = MeasurePageSensibly(plan, options, &layout.note);
+  const int orientation = DrawnOrientation(plan, options);
+  CheckPage(*page.width, *page.height, plan, orientation);
+  layout.page.width = *page.width;
+  layout.page.height = *page.height;
+  layout.crop = InsetIfGiven(layout.page, options.cropBorder.value_or(Border{}), "--crop-border")
+                    .value_or(layout.page);
+  layout.bleed = InsetIfGiven(layout.page, options.bleedBorder, "--bleed-border");
+  layout.trim = InsetIfGiven(layout.page, options.trimBorder, "--trim-border");
+  layout.art = InsetIfGiven(layout.page, options.artBorder, "--art-border");
+  layout.cell = layout.page;
+  if (options.grid.Cells() > 1) {
+    const double width = *CellSide(page.width, border.horizontal, options.grid.columns);
+    const double height = *CellSide(page.height, border.vertical, options.grid.rows);
+    layout.cell = {border.horizontal, *page.height - border.vertical - height, width, height, 0};
+    // A thousandth of a point: the picture that fills its cell doesn't.
+    layout.cut = image.width > width + 0.001 || image.height > height + 0.001;
   }
+  layout.image = OrientedBox(layout.cell.left + layout.cell.width / 2,
+                             layout.cell.bottom + layout.cell.height / 2, image.width, image.height,
+                             orientation);
   return layout;
+}
+
+void MoveToCell(size_t cell, const LayoutOptions& options, PageLayout* layout) {
+  const auto column = static_cast<double>(cell % options.grid.columns);
+  const auto row = static_cast<double>(cell / options.grid.columns);
+  for (JTPDFRect* box : {&layout->cell, &layout->image}) {
+    box->left += column * (layout->cell.width + options.border.horizontal);
+    box->bottom -= row * (layout->cell.height + options.border.vertical);
+  }
 }
 
 }  // namespace pictures

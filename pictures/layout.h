@@ -2,7 +2,9 @@
 #ifndef JTPDF_PICTURES_LAYOUT_H
 #define JTPDF_PICTURES_LAYOUT_H
 
+#include <cstddef>
 #include <optional>
+#include <string>
 
 #include "image.h"
 #include "jtpdf/types.h"
@@ -40,11 +42,20 @@ struct Border {
 
 enum class Fit { kInto, kFill, kExact, kShrink, kEnlarge };
 
+// How many pictures stand side by side and one below the other, in rows from the top left.
+struct Grid {
+  unsigned columns = 1;
+  unsigned rows = 1;
+  size_t Cells() const { return size_t{columns} * rows; }
+};
+
 struct LayoutOptions {
-  PageSize page;
+  PageSize page;  // both sides, where the grid has several cells
   ImageSize image;
-  Border border;
-  std::optional<Border> cropBorder;
+  Border border;  // around each cell, too, where there are several
+  Grid grid;
+  // How much smaller than the page its boxes are (ISO 32000-1, 14.11.2).
+  std::optional<Border> cropBorder, bleedBorder, trimBorder, artBorder;
   Fit fit = Fit::kInto;
   bool autoOrient = false;
   std::optional<int> turn;  // degrees clockwise in place of the picture's own orientation
@@ -53,11 +64,20 @@ struct LayoutOptions {
 struct PageLayout {
   JTPDFRect page = {};
   JTPDFRect crop = {};
+  std::optional<JTPDFRect> bleed, trim, art;
   JTPDFRect image = {};  // turned by its angle, mirrored by a negative width or height
+  JTPDFRect cell = {};   // of the grid
+  bool cut = false;      // the image reaches out of its cell, and is to be cut off there
+  std::string note;      // where the file's resolution could not be taken
 };
 
-// Throws an ImageError where the page would be smaller or larger than PDF allows.
+// Throws an ImageError where the page would be smaller or larger than PDF allows. Of several cells
+// the picture is put in the first. A resolution of the file's that alone would make such a page is
+// left aside, and a note says so.
 PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options);
+
+// Moves the picture from the first cell to another.
+void MoveToCell(size_t cell, const LayoutOptions& options, PageLayout* layout);
 
 // The orientation, as EXIF counts, in which the picture will be drawn.
 int DrawnOrientation(const ImagePlan& plan, const LayoutOptions& options);

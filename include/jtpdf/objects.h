@@ -64,7 +64,8 @@ JTPDF_EXPORT int32_t WriteReservedPdfStream(JTPDFDocument* doc, int object, unsi
 /* ---- Entries of the library's objects: in any state ---------------------------------------- */
 
 /* Sets an entry of the catalog: "/PageLayout", "/ViewerPreferences/FitWindow", "/Metadata".
- * The library's own are /Type, /Pages and, with bookmarks, /Outlines. */
+ * The library's own are /Type, /Pages, /Outlines with bookmarks, and /OpenAction with
+ * SetPdfOpenPage. */
 JTPDF_EXPORT int32_t SetPdfCatalogEntry(JTPDFDocument* doc, const char* key, const char* value);
 
 /* Sets an entry of the page that WritePdfPage adds next: "/Rotate", "/Annots", "/TrimBox" (in
@@ -96,6 +97,12 @@ JTPDF_EXPORT int32_t SetPdfContentEncoder(JTPDFDocument* doc, const char* filter
  * again. */
 JTPDF_EXPORT int32_t AddPdfBookmark(JTPDFDocument* doc, int level, const wchar_t* title,
                                     int pageIndex);
+
+/* Says what a reader shows first: the page of that index (0 is the first; it may be added later),
+ * in the way of view, the rest of a destination (ISO 32000-1, 12.3.2.2): "/Fit", "/FitH null",
+ * "/XYZ null null 1.5"; null stands for "/Fit". A second call replaces the first. FinalizePdfDoc
+ * refuses a document that has no such page, and can be called again. */
+JTPDF_EXPORT int32_t SetPdfOpenPage(JTPDFDocument* doc, int pageIndex, const char* view);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -74,4 +74,8 @@ int32_t AddPdfBookmark(JTPDFDocument* doc, int level, const wchar_t* title, int 
   return GuardedCall("AddPdfBookmark", *doc, [&] { doc->AddBookmark(level, title, pageIndex); });
 }
 
+int32_t SetPdfOpenPage(JTPDFDocument* doc, int pageIndex, const char* view) {
+  return GuardedCall("SetPdfOpenPage", *doc, [&] { doc->SetOpenPage(pageIndex, view); });
+}
+
 }  // extern "C"

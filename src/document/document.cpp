@@ -12,6 +12,7 @@
 #include "document/open_objects.h"
 #include "document/page_tree.h"
 #include "objects/diagnostic_note.h"
+#include "objects/syntax.h"
 #include "objects/value_format.h"
 #include "output/callback_sink.h"
 #include "output/file_sink.h"
@@ -126,6 +127,16 @@ void JTPDFDocument::AddBookmark(int level, const wchar_t* title, int page) {
   outline.Add(level, title, page);
 }
 
+void JTPDFDocument::SetOpenPage(int page, const char* view) {
+  std::string text = view != nullptr ? view : "/Fit";
+  if (page < 0) RefuseArgument("The page to show first is negative");
+  if (text.empty() || text[0] != '/' || !IsDirectObject(("[0 " + text + "]").c_str())) {
+    RefuseArgument("The view is not the rest of a destination");
+  }
+  openView = std::move(text);
+  openPage = page;
+}
+
 void JTPDFDocument::FinalizePages() {
   WritePageTree(*this, pages);
 }
@@ -134,8 +145,8 @@ void JTPDFDocument::FinalizeTrailer(int infoObject, int rootObject) {
   WriteTrailer(*this, infoObject, rootObject);
 }
 
-int JTPDFDocument::WriteCatalog(int pagesObject, int outlineObject) {
-  if (catalogEntries.IsEmpty() && outlineObject == 0) {
+int JTPDFDocument::WriteCatalog(int firstPage, int pagesObject, int outlineObject) {
+  if (catalogEntries.IsEmpty() && outlineObject == 0 && openView.empty()) {
     const int number = BeginObject();
     Compose() << "<<\r\n/Pages " << pagesObject << " 0 R\r\n/Type /Catalog\r\n>>\r\n";
     EndObject();
@@ -143,6 +154,9 @@ int JTPDFDocument::WriteCatalog(int pagesObject, int outlineObject) {
   }
   EntryTree entries = catalogEntries;
   if (outlineObject != 0) entries.Overrule("/Outlines", AsRefString(outlineObject));
+  if (!openView.empty()) {
+    entries.Overrule("/OpenAction", "[" + AsRefString(firstPage + openPage) + " " + openView + "]");
+  }
   entries.Overrule("/Pages", AsRefString(pagesObject));
   entries.Overrule("/Type", "/Catalog");
   const std::string text = entries.AsString();
@@ -152,6 +166,9 @@ int JTPDFDocument::WriteCatalog(int pagesObject, int outlineObject) {
 void JTPDFDocument::RequireComplete() const {
   if (HasReserved()) RefuseArgument("An object number that was reserved is not used");
   if (!outline.LeadsTo(pages.Pages().size())) RefuseArgument("A bookmark leads to no page");
+  if (!openView.empty() && static_cast<std::size_t>(openPage) >= pages.Pages().size()) {
+    RefuseArgument("The page to show first is none");
+  }
 }
 
 void JTPDFDocument::Finalize(const char* closingText) {
@@ -169,7 +186,7 @@ void JTPDFDocument::Finalize(const char* closingText) {
   FinalizePages();
   const int pagesObject = NextObject() - 1;
   const int outlineObject = outline.IsEmpty() ? 0 : outline.Write(*this, firstPage);
-  const int rootObject = WriteCatalog(pagesObject, outlineObject);
+  const int rootObject = WriteCatalog(firstPage, pagesObject, outlineObject);
   const int infoObject = information.Write(*this);
   FinalizeTrailer(infoObject, rootObject);
   if (closingText != nullptr) WriteLn(closingText);

@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "document/content_encoder.h"
@@ -84,6 +85,7 @@ class JTPDFDocument : public ObjectWriter {
   void SetCanvasEntry(const char* key, const char* value);
   void SetContentEncoder(const char* filter, JTPDFEncodeFunction encode, void* context);
   void AddBookmark(int level, const wchar_t* title, int page);
+  void SetOpenPage(int page, const char* view);
 
   // What Finalize writes: the queued pages and the tree above them, the root last; the
   // cross-reference table and the trailer; and the information dictionary.
@@ -106,7 +108,7 @@ class JTPDFDocument : public ObjectWriter {
  private:
   void Abandon() noexcept;
   void RequireComplete() const;
-  int WriteCatalog(int pagesObject, int outlineObject);
+  int WriteCatalog(int firstPage, int pagesObject, int outlineObject);
 
   const double unitFactor;
   DocumentInformation information;
@@ -115,6 +117,8 @@ class JTPDFDocument : public ObjectWriter {
   EntryTree catalogEntries;
   ContentEncoder encoder;
   Outline outline;
+  int openPage = 0;
+  std::string openView;  // "/Fit"; empty where the host doesn't say what is shown first
   bool finalizing = false;
   bool finalized = false;
   int graphicsStateObject = 0;

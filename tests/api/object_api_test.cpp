@@ -345,6 +345,39 @@ TEST(AddPdfBookmark, RefusesLevelsThatSkipOneAndPagesThatAreNot) {
   EXPECT_EQ(1, Count(doc.Finish(), "/Type /Outlines"));
 }
 
+// ---- The page to show first ----
+
+TEST(SetPdfOpenPage, NamesThePageInTheCatalog) {
+  Doc doc;
+  EXPECT_EQ(0, SetPdfOpenPage(doc, 7, nullptr));
+  EXPECT_EQ(0, SetPdfOpenPage(doc, 1, "/XYZ null null 1.5"));
+  EXPECT_EQ(0, SetPdfCatalogEntry(doc, "/OpenAction", "[0 /Fit]"));
+  doc.Init().Form().Page(2).Page(2);
+  EXPECT_EQ(1, Count(doc.Finish(), Lines("/OpenAction [6 0 R /XYZ null null 1.5]", "/Pages 7 0 R",
+                                         "/Type /Catalog")));
+}
+
+TEST(SetPdfOpenPage, FitsThePageUnlessToldOtherwise) {
+  Doc doc;
+  doc.Init().Form().Page(2);
+  EXPECT_EQ(0, SetPdfOpenPage(doc, 0, nullptr));
+  EXPECT_EQ(1, Count(doc.Finish(), Lines("/OpenAction [4 0 R /Fit]", "/Pages 5 0 R")));
+}
+
+TEST(SetPdfOpenPage, RefusesPagesThatAreNotAndWhatIsNoView) {
+  Doc doc;
+  doc.Init().Form();
+  EXPECT_EQ(EINVAL, SetPdfOpenPage(doc, -1, "/Fit"));
+  for (const char* view : {"", "Fit", "100", "/Fit]", "/Fit] [0", "/Fit (", "/Fit % all"}) {
+    EXPECT_EQ(EINVAL, SetPdfOpenPage(doc, 0, view)) << view;
+  }
+  doc.Page(2);
+  EXPECT_EQ(0, SetPdfOpenPage(doc, 1, "/Fit"));
+  EXPECT_EQ(EINVAL, FinalizePdfDoc(doc, nullptr));
+  doc.Page(2);
+  EXPECT_EQ(1, Count(doc.Finish(), "/OpenAction [6 0 R /Fit]"));
+}
+
 TEST(ObjectApi, IsRefusedBeforeInitLikeEveryWriter) {
   Doc doc;
   int object = 77;

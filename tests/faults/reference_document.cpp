@@ -107,6 +107,7 @@ std::vector<Step> OpenSteps(int volume) {
       {"AddPdfBookmark",
        [](Session& s) { return AddPdfBookmark(s.doc, 0, L"a bookmark with a long title", 0); }},
       {"AddPdfBookmark", [](Session& s) { return AddPdfBookmark(s.doc, 1, L"another", 2); }},
+      {"SetPdfOpenPage", [](Session& s) { return SetPdfOpenPage(s.doc, 2, "/FitH null"); }},
   };
 }
 

@@ -89,9 +89,40 @@ TEST(LayOut, RefusesPagesOutsideThreeToFourteenThousandFourHundred) {
   EXPECT_NO_THROW(LayOut(Pixels(19200, 4), {}));
   EXPECT_THROW(LayOut(Pixels(3, 4), {}), ImageError);
   EXPECT_THROW(LayOut(Pixels(19201, 4), {}), ImageError);
-  ImagePlan odd = Pixels(10, 10);
+  LayoutOptions tiny;
+  tiny.image.dpi = std::numeric_limits<double>::infinity();
+  EXPECT_THROW(LayOut(Pixels(10, 10), tiny), ImageError);
+}
+
+TEST(LayOut, LeavesAResolutionAsideThatMakesNoPage) {
+  ImagePlan odd = Pixels(96, 96);
   odd.resolution = {std::numeric_limits<double>::infinity(), 1};
+  EXPECT_DOUBLE_EQ(LayOut(odd, {}).page.width, 72);
+  EXPECT_NE(LayOut(odd, {}).note, "");
+  odd.resolution = {100, 100};
+  EXPECT_EQ(LayOut(odd, {}).note, "");
+  // Where the usual one makes none either, the page is what is wrong.
+  odd = Pixels(1, 96);
+  odd.resolution = {100, 100};
   EXPECT_THROW(LayOut(odd, {}), ImageError);
+}
+
+TEST(MoveToCell, GoesRightAndThenDown) {
+  LayoutOptions options;
+  options.page = {230, 340};
+  options.border = {20, 10};
+  options.grid = {2, 3};
+  const PageLayout first = LayOut(Pixels(96, 96), options);
+  EXPECT_EQ(first.cell.left, 10);
+  EXPECT_DOUBLE_EQ(first.cell.width, 100);
+  EXPECT_DOUBLE_EQ(first.cell.height, (340 - 80) / 3.0);
+  EXPECT_DOUBLE_EQ(first.cell.bottom + first.cell.height, 320);
+  PageLayout fourth = first;
+  MoveToCell(3, options, &fourth);
+  EXPECT_DOUBLE_EQ(fourth.cell.left, 120);
+  EXPECT_DOUBLE_EQ(fourth.cell.bottom, first.cell.bottom - first.cell.height - 20);
+  EXPECT_DOUBLE_EQ(fourth.image.left - first.image.left, 110);
+  EXPECT_FALSE(fourth.cut);
 }
 
 std::string AdviceFor(uint32_t width, uint32_t height, int orientation = 1) {

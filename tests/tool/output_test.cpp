@@ -38,7 +38,16 @@ EncodedImage ImageOf(const std::string& data) {
   return image;
 }
 
-const PageLayout kPage{{0, 0, 10, 10, 0}, {0, 0, 10, 10, 0}, {0, 0, 10, 10, 0}};
+PageLayout SmallPage() {
+  PageLayout layout;
+  layout.page = layout.crop = layout.image = layout.cell = {0, 0, 10, 10, 0};
+  return layout;
+}
+
+void AddPage(PdfDocument& document, int image) {
+  document.Draw(image, SmallPage());
+  document.AddPage(SmallPage());
+}
 
 TEST_F(OutputTest, TakesAsManyBytesAsItMayAndNoMore) {
   const auto output = OpenFileOutput(Target(), 100);
@@ -79,7 +88,7 @@ TEST_F(OutputTest, AnImageThatCrossesTheLimitIsRefusedBeforeItsFirstByte) {
   const auto output = OpenFileOutput(Target(), 3000);
   PdfDocument document(*output, {}, 6);
   const std::string small(500, 'a'), large(3001, 'b');
-  document.AddPage(document.WriteImage(ImageOf(small), kPdfImageRolePhoto, L""), kPage);
+  AddPage(document, document.WriteImage(ImageOf(small), kPdfImageRolePhoto, L""));
   try {
     document.WriteImage(ImageOf(large), kPdfImageRolePhoto, L"");
     FAIL() << "3001 bytes";
@@ -99,7 +108,7 @@ TEST_F(OutputTest, AnImageThatCrossesTheLimitIsRefusedBeforeItsFirstByte) {
 void WriteDocument(Output& output) {
   PdfDocument document(output, {}, 6);
   const std::string data(500, 'a');
-  document.AddPage(document.WriteImage(ImageOf(data), kPdfImageRolePhoto, L""), kPage);
+  AddPage(document, document.WriteImage(ImageOf(data), kPdfImageRolePhoto, L""));
   document.Finish();
   output.Commit();
 }
@@ -120,7 +129,7 @@ AlbumPlan PlanOf(uint64_t size) {
     plan.inputs.push_back({"/nowhere/at/all.jpg", false, {}});
     plan.held.emplace_back();
     plan.identities.emplace_back();
-    plan.pages.push_back({i, {}, kPage, i});
+    plan.pages.push_back({i, {}, SmallPage(), i, i});
     plan.pages[i].image.size = size;
   }
   return plan;

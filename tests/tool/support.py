@@ -21,7 +21,8 @@ BLOCK = 8  # test pictures are made of blocks so large that a renderer's edges d
 
 def run(*arguments, input=None, environment=None, folder=None, command=JTPDF):
     """Runs the command; gives its exit status, standard output (bytes) and messages."""
-    done = subprocess.run([command, *map(str, arguments)], input=input, capture_output=True,
+    given = {"stdin": subprocess.DEVNULL} if input is None else {"input": input}
+    done = subprocess.run([command, *map(str, arguments)], **given, capture_output=True,
                           cwd=folder, env={**os.environ, **(environment or {})}, timeout=120)
     return done.returncode, done.stdout, done.stderr.decode("utf-8", "replace")
 

@@ -45,6 +45,8 @@ void LayOutPages(const Options& options, PlannedInput* planned) {
     if (!image.error.empty()) continue;
     try {
       planned->layouts.back() = LayOut(image, options.layout);
+      const std::string& note = planned->layouts.back().note;
+      if (!note.empty()) image.notes.push_back({true, note});
     } catch (const ImageError& error) {
       image.error = error.what();
     }
@@ -63,6 +65,7 @@ void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedIn
   UseUnchanged(source, [&] {
     const Decoder& decoder = RecogniseOrThrow(file.first(std::min(file.size(), kRecognisedBytes)));
     planned->images = decoder.plan(file, options.limits);
+    if (options.firstFrameOnly) planned->images.resize(1);
     LayOutPages(options, planned);
     planned->sampleHash = SampleHash(file);
   });
@@ -109,6 +112,7 @@ std::vector<PlannedInput> PlanInputs(std::vector<Input> inputs, const Options& o
     for (PlannedInput& inside :
          PlanInputs(std::move(folder.inputs), options, heldBytes, passedOver)) {
       inside.folder = false;
+      inside.input.chapter = one.input.title;
       opened.push_back(std::move(inside));
     }
   }
@@ -164,7 +168,10 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
     for (size_t k = 0; k < one.images.size(); ++k) {
       ImagePlan& image = one.images[k];
       if (image.error.empty()) {
-        plan.pages.push_back({i, std::move(image), one.layouts[k], plan.pages.size()});
+        const size_t number = plan.pages.size();
+        const size_t cells = options.layout.grid.Cells();
+        plan.pages.push_back({i, std::move(image), one.layouts[k], number / cells, number});
+        MoveToCell(number % cells, options.layout, &plan.pages.back().layout);
       } else {
         plan.failures.push_back({PageName(one.input, image), image.error});
       }
@@ -176,6 +183,10 @@ AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options) {
   firstPages.push_back(plan.pages.size());
   FindDuplicates(planned, firstPages, &plan);
   return plan;
+}
+
+size_t SheetCount(const AlbumPlan& plan) {
+  return plan.pages.empty() ? 0 : plan.pages.back().sheet + 1;
 }
 
 std::string PageName(const AlbumPlan& plan, const PagePlan& page) {

@@ -20,11 +20,12 @@
 
 namespace pictures::tool {
 
-// One page to be.
+// One picture on a page to be.
 struct PagePlan {
   size_t input = 0;
   ImagePlan image;
   PageLayout layout;
+  size_t sheet = 0;   // which page of the PDF it is on: its own number, or one of several together
   size_t sameAs = 0;  // the first page with the same image: its own number for most
 };
 
@@ -44,6 +45,9 @@ struct AlbumPlan {
 };
 
 AlbumPlan PlanAlbum(std::vector<Input> inputs, const Options& options);
+
+// How many pages the PDF will have.
+size_t SheetCount(const AlbumPlan& plan);
 
 // The input that is this file, or null.
 const Input* FindInput(const AlbumPlan& plan, uint64_t device, uint64_t inode);

@@ -50,7 +50,10 @@ class AlbumWriter {
         options_(options),
         console_(console),
         document_(output, options.metadata, options.compression),
-        numbers_(plan.pages.size(), 0) {}
+        numbers_(plan.pages.size(), 0) {
+    document_.SetViewer(options.viewer);
+    if (options.layout.grid.Cells() > 1) document_.CompressContents();
+  }
 
   // Gives how many pages failed.
   size_t WritePages() {
@@ -76,6 +79,7 @@ class AlbumWriter {
       console_.Error(PageName(plan_, page), Reason(product.problem));
       if (!options_.skipBad) throw BadInput();
       ++failed_;
+      FinishSheet(i);
       return;
     }
     for (const auto* notes : {&page.image.notes, &product.image.notes}) {
@@ -89,12 +93,42 @@ class AlbumWriter {
         console_.Error(PageName(plan_, page), "holds the same damaged picture as " +
                                                   PageName(plan_, plan_.pages[page.sameAs]));
         ++failed_;
+        FinishSheet(i);
         return;
       }
     }
-    document_.AddPage(numbers_[i], page.layout);
+    Bookmark(page);
+    document_.Draw(numbers_[i], page.layout);
+    drawn_ = true;
+    FinishSheet(i);
     bytes_ += product.image.pixels.Size();
     console_.Progress(i + 1, plan_.pages.size(), bytes_);
+  }
+
+  // Behind the last picture of a page: adds it, unless all of them failed.
+  void FinishSheet(size_t i) {
+    const bool last =
+        i + 1 == plan_.pages.size() || plan_.pages[i + 1].sheet != plan_.pages[i].sheet;
+    if (!last || !drawn_) return;
+    document_.AddPage(plan_.pages[i].layout);
+    drawn_ = false;
+  }
+
+  // In front of the first picture of an input that is drawn.
+  void Bookmark(const PagePlan& page) {
+    if (!options_.bookmarks || page.input == marked_) return;
+    const Input& input = plan_.inputs[page.input];
+    if (!input.chapter.empty() && input.chapter != chapter_)
+      document_.AddBookmark(0, input.chapter);
+    chapter_ = input.chapter;
+    std::string title = input.title;
+    if (title.empty()) {
+      title = BaseName(input.standardInput ? "standard input" : input.path);
+      const size_t dot = title.rfind('.');
+      if (dot != 0 && dot != std::string::npos) title.resize(dot);
+    }
+    document_.AddBookmark(chapter_.empty() ? 0 : 1, title);
+    marked_ = page.input;
   }
 
   int WriteImage(const PagePlan& page, const Product& product) {
@@ -120,6 +154,9 @@ class AlbumWriter {
   PdfDocument document_;
   std::vector<int> numbers_;  // the image of each page; 0 for one that failed
   uint64_t bytes_ = 0;
+  bool drawn_ = false;                   // something on the page at hand
+  size_t marked_ = plan_.inputs.size();  // the last input that has its bookmark; at first none
+  std::string chapter_;                  // above it
   size_t failed_ = 0;
 };
 

@@ -7,6 +7,22 @@
 #include "image_source.h"
 
 namespace pictures::tool {
+namespace {
+
+bool SeparatedByLines(std::string_view list) {
+  constexpr size_t kLongestName = 4096;
+  return list.substr(0, kLongestName).find('\0') == std::string_view::npos;
+}
+
+void TakeTitle(Input* input) {
+  const size_t tab = input->path.find('\t');
+  if (tab == std::string::npos) return;
+  input->title = input->path.substr(tab + 1);
+  input->path.resize(tab);
+}
+
+}  // namespace
+
 std::vector<Input> ListInputs(const std::vector<std::string>& names) {
   std::vector<Input> inputs;
   inputs.reserve(names.size());
@@ -15,9 +31,8 @@ std::vector<Input> ListInputs(const std::vector<std::string>& names) {
 }
 
 std::vector<std::string> SplitNames(std::string_view list) {
-  constexpr size_t kLongestName = 4096;
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  const bool lines = list.substr(0, kLongestName).find('\0') == std::string_view::npos;
+  const bool lines = SeparatedByLines(list);
   if (lines && list.find('\0') != std::string_view::npos) {
     throw ImageError(
         "separates some names by lines and some by NUL bytes; write it one way or the other");
@@ -34,12 +49,17 @@ std::vector<std::string> SplitNames(std::string_view list) {
   return names;
 }
 
-std::vector<std::string> ReadNameList(const std::string& path, uint64_t most) {
+std::vector<Input> ReadInputList(const std::string& path, uint64_t most, bool titles) {
   try {
     const PipeRules rules{most};
     const ImageSource list = path == "-" ? ImageSource::Read(STDIN_FILENO, rules)
                                          : ImageSource::Open(path, false, rules);
-    return SplitNames({reinterpret_cast<const char*>(list.View().data()), list.View().size()});
+    const std::string_view text(reinterpret_cast<const char*>(list.View().data()),
+                                list.View().size());
+    std::vector<Input> inputs = ListInputs(SplitNames(text));
+    if (titles && SeparatedByLines(text))
+      std::for_each(inputs.begin(), inputs.end(), [](Input& input) { TakeTitle(&input); });
+    return inputs;
   } catch (const IsEmpty&) {
     return {};
   } catch (const IsFolder&) {

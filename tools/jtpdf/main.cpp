@@ -28,12 +28,20 @@ namespace {
 enum ExitStatus { kDone = 0, kFailed = 1, kUsage = 2 };
 
 std::vector<Input> CollectInputs(const Options& options) {
-  std::vector<std::string> arguments = options.inputs;
+  std::vector<Input> inputs = ListInputs(options.inputs);
   if (!options.fromFile.empty()) {
-    const std::vector<std::string> names = ReadNameList(options.fromFile, options.maxInput);
-    arguments.insert(arguments.end(), names.begin(), names.end());
+    const std::vector<Input> listed =
+        ReadInputList(options.fromFile, options.maxInput, options.bookmarks);
+    inputs.insert(inputs.end(), listed.begin(), listed.end());
+  } else if (inputs.empty()) {
+    // A terminal, or the null device of a program that has no input.
+    struct stat input;
+    if (fstat(STDIN_FILENO, &input) != 0 || S_ISCHR(input.st_mode)) {
+      throw UsageError("no input; name images or folders, or \"-\" for standard input");
+    }
+    inputs = ListInputs({"-"});
   }
-  return ListInputs(arguments);
+  return inputs;
 }
 
 // The file to write must not be one that is read: -o is easily put in front of the wrong name.
@@ -102,6 +110,10 @@ ExitStatus Run(const Options& options) {
     return Show(DescribeAlbum(plan, options)) == kDone && plan.failures.empty() ? kDone : kFailed;
   }
   RefuseToReplaceInput(plan, options);
+  if (options.viewer.firstPage && *options.viewer.firstPage >= SheetCount(plan)) {
+    throw UsageError("--viewer-initial-page: there are only " + std::to_string(SheetCount(plan)) +
+                     " pages");
+  }
   if (plan.pages.empty() || (!plan.failures.empty() && !options.skipBad)) {
     console.Error("", "nothing was written: " + std::to_string(plan.failures.size()) + " of " +
                           std::to_string(plan.pages.size() + plan.failures.size()) +

@@ -46,18 +46,31 @@ struct Paper {
 };
 
 constexpr double kMillimetre = 72 / 25.4;
-constexpr std::array<Paper, 12> kPapers{{{"a0", 841 * kMillimetre, 1189 * kMillimetre},
+constexpr std::array<Paper, 25> kPapers{{{"a0", 841 * kMillimetre, 1189 * kMillimetre},
                                          {"a1", 594 * kMillimetre, 841 * kMillimetre},
                                          {"a2", 420 * kMillimetre, 594 * kMillimetre},
                                          {"a3", 297 * kMillimetre, 420 * kMillimetre},
                                          {"a4", 210 * kMillimetre, 297 * kMillimetre},
                                          {"a5", 148 * kMillimetre, 210 * kMillimetre},
                                          {"a6", 105 * kMillimetre, 148 * kMillimetre},
+                                         {"b0", 1000 * kMillimetre, 1414 * kMillimetre},
+                                         {"b1", 707 * kMillimetre, 1000 * kMillimetre},
+                                         {"b2", 500 * kMillimetre, 707 * kMillimetre},
+                                         {"b3", 353 * kMillimetre, 500 * kMillimetre},
                                          {"b4", 250 * kMillimetre, 353 * kMillimetre},
                                          {"b5", 176 * kMillimetre, 250 * kMillimetre},
+                                         {"b6", 125 * kMillimetre, 176 * kMillimetre},
+                                         {"jb0", 1030 * kMillimetre, 1456 * kMillimetre},
+                                         {"jb1", 728 * kMillimetre, 1030 * kMillimetre},
+                                         {"jb2", 515 * kMillimetre, 728 * kMillimetre},
+                                         {"jb3", 364 * kMillimetre, 515 * kMillimetre},
+                                         {"jb4", 257 * kMillimetre, 364 * kMillimetre},
+                                         {"jb5", 182 * kMillimetre, 257 * kMillimetre},
+                                         {"jb6", 128 * kMillimetre, 182 * kMillimetre},
                                          {"letter", 612, 792},
                                          {"legal", 612, 1008},
-                                         {"tabloid", 792, 1224}}};
+                                         {"tabloid", 792, 1224},
+                                         {"ledger", 1224, 792}}};
 
 // Two measures, as texts that may be empty: "WxH", "W", "Wx" or "xH"; "V:H" or "V".
 struct Pair {
@@ -161,6 +174,26 @@ Border ParseBorder(std::string_view text) {
   const double vertical = ParseLength(pair.first);
   const bool both = text.find(':') != std::string_view::npos;
   return {vertical, both ? ParseLength(pair.second) : vertical};
+}
+
+std::optional<Measure> ParseZoom(std::string_view text) {
+  const auto number = SplitNumber(text);
+  if (!number || (number->second != "" && number->second != "%")) return std::nullopt;
+  return Measure{number->first, number->second == "%"};
+}
+
+Grid ParseGrid(std::string_view text) {
+  constexpr unsigned kMost = 100;
+  const Pair pair = SplitPair(LowerAscii(text), 'x');
+  Grid grid;
+  for (const auto& [digits, to] :
+       {std::pair(&pair.first, &grid.columns), std::pair(&pair.second, &grid.rows)}) {
+    const auto [end, error] = std::from_chars(digits->data(), digits->data() + digits->size(), *to);
+    if (error != std::errc{} || end != digits->data() + digits->size() || *to < 1 || *to > kMost) {
+      Refuse(text, "grid of pictures; write it as 2x3: columns by rows, each at most 100");
+    }
+  }
+  return grid;
 }
 
 }  // namespace pictures::tool

@@ -2,6 +2,7 @@
 #ifndef JTPDF_TOOL_MEASURES_H
 #define JTPDF_TOOL_MEASURES_H
 
+#include <optional>
 #include <string_view>
 
 #include "layout.h"
@@ -13,6 +14,9 @@ double ParseLength(std::string_view text);        // "2.5cm" in points
 PageSize ParsePageSize(std::string_view text);    // "A4", "A4^T", "10cmx15cm", "10cm", "x15cm"
 ImageSize ParseImageSize(std::string_view text);  // the same, "300dpi", "50%"
 Border ParseBorder(std::string_view text);        // "1cm", "1cm:2cm"
+// A factor ("1.5") or a percentage ("150%"); nothing where it is neither.
+std::optional<Measure> ParseZoom(std::string_view text);
+Grid ParseGrid(std::string_view text);  // "2x3"
 
 }  // namespace pictures::tool
 

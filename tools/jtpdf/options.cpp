@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <thread>
 #include <utility>
@@ -11,6 +10,7 @@
 #include "measures.h"
 #include "pdf_date.h"
 #include "text.h"
+#include "words.h"
 
 namespace pictures::tool {
 
@@ -21,19 +21,19 @@ const std::string_view kHelp =
  -S, --pagesize SIZE   A4, A5, A3, Letter, Legal, WxH (mm, cm, in, pt), A4^T
  -s, --imgsize SIZE    WxH, Wx, xH, 300dpi, 50%       -b, --border V[:H]
  -f, --fit HOW         into, fill, exact, shrink, enlarge
- -a, --auto-orient     turn pages as their images     --crop-border V[:H]
+ -a, --auto-orient     turn pages as their images     --nup 2x3  on each page
+     --crop-border, --bleed-border, --trim-border, --art-border V[:H]
  -r, --rotation HOW    auto (EXIF), none, 0, 90, 180, 270 (clockwise)
+     --first-frame-only  of files with several    --bookmarks  one for an input
      --title, --author, --subject, --keywords, --creator TEXT
      --creationdate, --moddate DATE   2026-05-17T12:30:00Z; none unless asked
-     --role ROLE       photo, text, background, mask, border, clipart, alpha,
-                       shape, other: recorded; so are names with --record-names
+     --role ROLE       photo, text, background, ...: recorded; so --record-names
  -j, --jobs N          images at a time (default: the processors)
      --compression N   0 to 12 (6), for images that are not stored as they are
      --max-pixels N    refuse larger images, and more than 4 N bytes (500000000)
      --max-input N     refuse more bytes (4G) from a pipe
-     --skip-bad        leave out inputs that fail; else nothing is written
-     --dry-run         list what would become of each input
- -q, --quiet  -v, --verbose  -h, --help  --version
+     --skip-bad  leave out what fails         --dry-run  list what would be done
+ -q, --quiet  -v, --verbose  -h, --help  --version    --viewer-...: see jtpdf(1)
 Recognised by content: JPEG, JPEG 2000, PNG, TIFF, WebP. Exit: 0 done, 1 failed,
 2 usage. The manual is jtpdf(1). Examples:
   jtpdf scan*.jpg photo.png map.jp2 -o album.pdf
@@ -72,29 +72,6 @@ constexpr std::array<std::pair<std::string_view, Fit>, 5> kFits{{{"into", Fit::k
                                                                  {"shrink", Fit::kShrink},
                                                                  {"enlarge", Fit::kEnlarge}}};
 
-// The value for a word of a table, without regard to case.
-template <class Table>
-auto Choose(const Table& table, const std::string& word, const char* option) {
-  std::string words;
-  for (const auto& [name, value] : table) {
-    if (name == LowerAscii(word)) return value;
-    words += (words.empty() ? "" : ", ") + std::string(name);
-  }
-  throw UsageError(std::string(option) + ": \"" + Printable(word) + "\" is none of " + words);
-}
-
-template <class Number>
-Number ParseNumber(const std::string& text, Number least, Number most, const char* option) {
-  Number value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc{} || end != text.data() + text.size() || value < least || value > most) {
-    throw UsageError(std::string(option) + ": \"" + Printable(text) +
-                     "\" is no whole number from " + std::to_string(least) + " to " +
-                     std::to_string(most));
-  }
-  return value;
-}
-
 // "20M": a number of bytes.
 uint64_t ParseByteCount(const std::string& text, const char* option) {
   constexpr uint64_t kMost = uint64_t{1} << 40;
@@ -107,9 +84,12 @@ uint64_t ParseByteCount(const std::string& text, const char* option) {
 
 // The values as they were given.
 struct Words {
-  std::optional<std::string> output, fromFile, pageSize, imageSize, border, cropBorder, fit, turn,
-      role, jobs, compression, pixels, maxInput, creationDate, modDate;
-  std::string title, author, subject, keywords, creator;
+  std::optional<std::string> output, fromFile, pageSize, imageSize, border, cropBorder, bleedBorder,
+      trimBorder, artBorder, nup, fit, turn, role, jobs, compression, pixels, maxInput,
+      creationDate, modDate;
+  std::string title, author, subject, creator;
+  std::vector<std::string> keywords;
+  ViewerWords viewer;
   bool quiet = false, verbose = false;
 };
 
@@ -118,7 +98,7 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   // CLI11 takes "[a,b]" for a list, but names and titles may be written so: the mark that
   // Read puts behind the bracket hides it and is taken off again here.
   const auto add = [&](const char* names, auto& to) {
-    app->add_option(names, to)->transform([](std::string text) {
+    return app->add_option(names, to)->transform([](std::string text) {
       if (text.ends_with(kBracketMark)) text.pop_back();
       return text;
     });
@@ -132,11 +112,15 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   add("-f,--fit", words->fit);
   add("-r,--rotation", words->turn);
   add("--crop-border", words->cropBorder);
+  add("--bleed-border", words->bleedBorder);
+  add("--trim-border", words->trimBorder);
+  add("--art-border", words->artBorder);
+  add("--nup", words->nup);
   add("--role", words->role);
   add("--title", words->title);
   add("--author", words->author);
   add("--subject", words->subject);
-  add("--keywords", words->keywords);
+  add("--keywords", words->keywords)->allow_extra_args(false);  // again and again
   add("--creator", words->creator);
   add("--creationdate", words->creationDate);
   add("--moddate", words->modDate);
@@ -145,6 +129,8 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   add("--max-pixels", words->pixels);
   add("--max-input", words->maxInput);
   app->add_flag("-a,--auto-orient", options->layout.autoOrient);
+  app->add_flag("--first-frame-only", options->firstFrameOnly);
+  app->add_flag("--bookmarks", options->bookmarks);
   app->add_flag("--record-names", options->recordNames);
   app->add_flag("--skip-bad", options->skipBad);
   app->add_flag("--dry-run", options->dryRun);
@@ -152,6 +138,13 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   app->add_flag("-v,--verbose", words->verbose);
   app->add_flag("-h,--help", options->help);
   app->add_flag("--version", options->version);
+  add("--viewer-panes", words->viewer.panes);
+  add("--viewer-initial-page", words->viewer.initialPage);
+  add("--viewer-magnification", words->viewer.magnification);
+  add("--viewer-page-layout", words->viewer.pageLayout);
+  app->add_flag("--viewer-fit-window", words->viewer.fitWindow);
+  app->add_flag("--viewer-center-window", words->viewer.centerWindow);
+  app->add_flag("--viewer-fullscreen", words->viewer.fullScreen);
 }
 
 void Read(int count, const char* const* arguments, CLI::App* app) {
@@ -171,9 +164,24 @@ void InterpretLayout(const Words& words, LayoutOptions* layout) {
   if (words.pageSize) layout->page = ParsePageSize(*words.pageSize);
   if (words.imageSize) layout->image = ParseImageSize(*words.imageSize);
   if (words.border) layout->border = ParseBorder(*words.border);
-  if (words.cropBorder) layout->cropBorder = ParseBorder(*words.cropBorder);
+  for (const auto& [word, border] : {std::pair(&words.cropBorder, &layout->cropBorder),
+                                     {&words.bleedBorder, &layout->bleedBorder},
+                                     {&words.trimBorder, &layout->trimBorder},
+                                     {&words.artBorder, &layout->artBorder}}) {
+    if (*word) *border = ParseBorder(**word);
+  }
   if (words.fit) layout->fit = Choose(kFits, *words.fit, "-f");
   if (words.turn) layout->turn = Choose(kTurns, *words.turn, "-r");
+  if (!words.nup) return;
+  layout->grid = ParseGrid(*words.nup);
+  if (!layout->page.width || !layout->page.height) {
+    throw UsageError(
+        "--nup: the pages need a size with both sides; choose one with -S, such as A4");
+  }
+  if (layout->autoOrient) {
+    throw UsageError(
+        "--nup and -a contradict each other; lay the pages on their side with -S A4^T");
+  }
 }
 
 void InterpretNumbers(const Words& words, Options* options) {
@@ -190,11 +198,17 @@ void InterpretNumbers(const Words& words, Options* options) {
   if (words.maxInput) options->maxInput = ParseByteCount(*words.maxInput, "--max-input");
 }
 
+std::string Joined(const std::vector<std::string>& words) {
+  std::string joined;
+  for (const std::string& word : words) joined += (joined.empty() ? "" : ", ") + word;
+  return joined;
+}
+
 Metadata InterpretMetadata(const Words& words) {
   return {ParseText(words.title, "--title"),
           ParseText(words.author, "--author"),
           ParseText(words.subject, "--subject"),
-          ParseText(words.keywords, "--keywords"),
+          ParseText(Joined(words.keywords), "--keywords"),
           ParseText(words.creator, "--creator"),
           words.creationDate ? ParseDate(*words.creationDate) : L"",
           words.modDate ? ParseDate(*words.modDate) : L""};
@@ -214,9 +228,6 @@ std::string FileName(const std::string& name, const char* option, const char* da
 }
 
 void CheckInputs(const Options& options) {
-  if (options.inputs.empty() && options.fromFile.empty()) {
-    throw UsageError("no input; name images or folders, or \"-\" for standard input");
-  }
   const auto fromStandardInput =
       std::count(options.inputs.begin(), options.inputs.end(), "-") + (options.fromFile == "-");
   if (fromStandardInput > 1) throw UsageError("standard input can be read only once");
@@ -234,6 +245,7 @@ Options ParseOptions(int count, const char* const* arguments) {
   InterpretLayout(words, &options.layout);
   InterpretNumbers(words, &options);
   options.metadata = InterpretMetadata(words);
+  options.viewer = InterpretViewer(words.viewer);
   options.verbosity = InterpretVerbosity(words);
   if (words.role) options.role = Choose(kRoles, *words.role, "--role");
   if (words.output) options.output = FileName(*words.output, "-o", "standard output");

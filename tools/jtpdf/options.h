@@ -15,6 +15,7 @@
 #include "layout.h"
 #include "pdf_document.h"
 #include "usage_error.h"
+#include "viewer.h"
 
 namespace pictures::tool {
 
@@ -27,6 +28,9 @@ struct Options {
   TPdfImageRole role = kPdfImageRolePhoto;
   ReadLimits limits;
   uint64_t maxInput = uint64_t{4} << 30;  // bytes of what is no file
+  Viewer viewer;
+  bool firstFrameOnly = false;
+  bool bookmarks = false;
   bool recordNames = false;
   unsigned jobs = 1;
   int compression = 6;

@@ -1,8 +1,11 @@
 #include "pdf_document.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <new>
 #include <utility>
 
+#include "flate.h"
 #include "image_source.h"
 #include "text.h"
 
@@ -14,10 +17,22 @@ int32_t WriteToOutput(void* output, const char* data, size_t size) {
   return static_cast<Output*>(output)->Write(data, size);
 }
 
+std::string AsArray(const JTPDFRect& box) {
+  return "[" + Decimal(box.left) + " " + Decimal(box.bottom) + " " + Decimal(box.left + box.width) +
+         " " + Decimal(box.bottom + box.height) + "]";
+}
+
+// Saves the graphics state and draws only inside the box from there on.
+std::string ClipTo(const JTPDFRect& box) {
+  return "q " + Decimal(box.left) + " " + Decimal(box.bottom) + " " + Decimal(box.width) + " " +
+         Decimal(box.height) + " re W n";
+}
+
 }  // namespace
 
 PdfDocument::PdfDocument(Output& output, const Metadata& metadata, int compression)
     : output_(output),
+      compression_(compression),
       document_(CreateCallbackPdfDoc(PDFCoordinateUnitPoint, WriteToOutput, &output)),
       images_(document_.get(), compression) {
   const std::pair<const char*, const std::wstring&> items[] = {
@@ -48,17 +63,60 @@ int PdfDocument::WriteImage(const EncodedImage& image, TPdfImageRole role,
   return number;
 }
 
-void PdfDocument::AddPage(int image, const PageLayout& layout) {
+void PdfDocument::Draw(int image, const PageLayout& layout) {
   SetPdfCanvasBoundingBox(document_.get(), layout.page);
+  if (layout.cut) DrawPdfContent(document_.get(), ClipTo(layout.cell).c_str());
   DrawPdfImageInRect(document_.get(), image, layout.image);
+  if (layout.cut) DrawPdfContent(document_.get(), "Q");
+}
+
+void PdfDocument::AddPage(const PageLayout& layout) {
   int form = 0;
   errno = 0;
   Check(WritePdfCanvas(document_.get(), &form));
+  for (const auto& [key, box] :
+       {std::pair("/BleedBox", layout.bleed), {"/TrimBox", layout.trim}, {"/ArtBox", layout.art}}) {
+    if (box) Check(SetPdfPageEntry(document_.get(), key, AsArray(*box).c_str()));
+  }
   errno = 0;
   Check(WritePdfPage(document_.get(), form, layout.crop, layout.page));
+  ++pages_;
+}
+
+void PdfDocument::AddBookmark(int level, std::string_view title) {
+  const std::wstring text = WithRoomForPairs(FromUtf8Lenient(title));
+  Check(AddPdfBookmark(document_.get(), level, text.c_str(), pages_));
+}
+
+void PdfDocument::SetViewer(const Viewer& viewer) {
+  for (const auto& [key, value] : viewer.catalogEntries) {
+    Check(SetPdfCatalogEntry(document_.get(), key.c_str(), value.c_str()));
+  }
+  viewer_ = viewer;
+}
+
+int32_t PdfDocument::EncodeContent(void* document, const char* data, size_t size,
+                                   const char** encoded, size_t* encodedSize) {
+  auto* own = static_cast<PdfDocument*>(document);
+  try {
+    own->content_ = Deflate({reinterpret_cast<const uint8_t*>(data), size}, own->compression_);
+  } catch (const std::bad_alloc&) {
+    return ENOMEM;
+  }
+  *encoded = reinterpret_cast<const char*>(own->content_.Data());
+  *encodedSize = own->content_.Size();
+  return 0;
+}
+
+void PdfDocument::CompressContents() {
+  Check(SetPdfContentEncoder(document_.get(), "/FlateDecode", EncodeContent, this));
 }
 
 void PdfDocument::Finish() {
+  if (viewer_.firstPage) {
+    const int page = std::min(static_cast<int>(*viewer_.firstPage), pages_ - 1);  // some may fail
+    Check(SetPdfOpenPage(document_.get(), page, viewer_.view.c_str()));
+  }
   errno = 0;
   Check(FinalizePdfDoc(document_.get(), nullptr));
   document_.reset();

@@ -1,8 +1,8 @@
-// pdf_document.h - the PDF being written: images by number, pages of one image each.
+// pdf_document.h - the PDF being written: images by number, pages.
 #ifndef JTPDF_TOOL_PDF_DOCUMENT_H
 #define JTPDF_TOOL_PDF_DOCUMENT_H
 
-#include <jtpdf/jtpdf.h>
+#include <jtpdf/objects.h>
 
 #include <cstdint>
 #include <memory>
@@ -12,6 +12,7 @@
 #include "image_writer.h"
 #include "layout.h"
 #include "output.h"
+#include "viewer.h"
 
 namespace pictures::tool {
 
@@ -26,7 +27,14 @@ class PdfDocument {
 
   // Writes the image, with its soft mask and its colour space, and returns its number.
   int WriteImage(const EncodedImage& image, TPdfImageRole role, const std::wstring& name);
-  void AddPage(int image, const PageLayout& layout);
+  // Draws the image on the page at hand, and adds that page.
+  void Draw(int image, const PageLayout& layout);
+  void AddPage(const PageLayout& layout);
+  // Adds a bookmark that leads to the page at hand.
+  void AddBookmark(int level, std::string_view title);
+  void SetViewer(const Viewer& viewer);
+  // Compresses what pages draw from now on, which pays where that is more than an image.
+  void CompressContents();
   void Finish();
 
  private:
@@ -36,8 +44,14 @@ class PdfDocument {
 
   // Throws what a result code other than 0 stands for.
   void Check(int32_t code);
+  static int32_t EncodeContent(void* document, const char* data, size_t size, const char** encoded,
+                               size_t* encodedSize);
 
   Output& output_;
+  int compression_;
+  int pages_ = 0;
+  Viewer viewer_;
+  Buffer content_;  // of a page, compressed
   std::unique_ptr<JTPDFDocument, Destroy> document_;
   ImageWriter images_;
 };

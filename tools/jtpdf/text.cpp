@@ -1,7 +1,9 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cinttypes>
 #include <cstdint>
+#include <cstdio>
 
 namespace pictures::tool {
 namespace {
@@ -106,6 +108,14 @@ bool NaturalLess(std::string_view a, std::string_view b) {
   }
   if (a.empty() != b.empty()) return a.empty();
   return wholeA < wholeB;  // the same but for case or leading zeros
+}
+
+std::string Decimal(double value) {
+  const auto parts = static_cast<uint64_t>(value * 10000 + 0.5);
+  char text[32];
+  std::snprintf(text, sizeof text, "%" PRIu64 ".%04u", parts / 10000,
+                static_cast<unsigned>(parts % 10000));
+  return text;
 }
 
 std::string_view BaseName(std::string_view path) {

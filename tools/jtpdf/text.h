@@ -28,6 +28,9 @@ std::string LowerAscii(std::string_view text);
 // "scan2" before "scan10": digits compare as numbers, letters without regard to case first.
 bool NaturalLess(std::string_view a, std::string_view b);
 
+// A number from 0 to 10^9 with four decimals, whatever the locale.
+std::string Decimal(double value);
+
 // The last part of a path.
 std::string_view BaseName(std::string_view path);
 

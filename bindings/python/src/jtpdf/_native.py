@@ -114,6 +114,7 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
     "SetPdfContentEncoder": (
         ctypes.c_int32, _Doc, ctypes.c_char_p, EncodeFunction, ctypes.c_void_p),
     "AddPdfBookmark": (ctypes.c_int32, _Doc, ctypes.c_int, _Text, ctypes.c_int),
+    "SetPdfOpenPage": (ctypes.c_int32, _Doc, ctypes.c_int, ctypes.c_char_p),
     "JTPDFGetVersion": (ctypes.c_char_p,),
     "JTPDFGetDiagnosticMode": (ctypes.c_bool,),
     "JTPDFSetDiagnosticMode": (None, ctypes.c_bool),
