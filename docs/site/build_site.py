@@ -25,12 +25,13 @@ ROOT = SITE.parent.parent
 DOCS = ROOT / "docs"
 HEADERS = ROOT / "include/jtpdf"
 C_HEADERS = sorted(HEADERS.glob("*.h"), key=lambda header: (header.name != "jtpdf.h", header.name))
+CPP_HEADERS = sorted(HEADERS.glob("*.hpp"))
 
 LINK = re.compile(r"(?<!!)\[((?:[^\[\]`]|`[^`]*`)*)\]\(([^)\s:#]+)(#[^)\s]*)?\)")
 # Files of the repository that have a page in the site.
 PAGES = {
     **{f"include/jtpdf/{header.name}": "reference/c.rst" for header in C_HEADERS},
-    "include/jtpdf/jtpdf.hpp": "reference/cpp.rst",
+    **{f"include/jtpdf/{header.name}": "reference/cpp.rst" for header in CPP_HEADERS},
     "bindings/python/README.md": "reference/python.rst",
     "tools/jtpdf/jtpdf.1": "reference/command.md",
 }
@@ -74,7 +75,7 @@ def render_album(album: pathlib.Path, folder: pathlib.Path) -> None:
 def write_reference(folder: pathlib.Path) -> None:
     """The pages of the C and the C++ interface."""
     c = {header.name: headers.read(header.read_text("utf-8"), False) for header in C_HEADERS}
-    cpp = headers.read((HEADERS / "jtpdf.hpp").read_text("utf-8"), True)
+    cpp = {header.name: headers.read(header.read_text("utf-8"), True) for header in CPP_HEADERS}
     known: Dict[str, str] = {}
     for items in c.values():
         known.update(reference.links(items, "c"))
@@ -84,9 +85,12 @@ def write_reference(folder: pathlib.Path) -> None:
         page.header(name, items)
     (folder / "c.rst").write_text("\n".join(page.lines), "utf-8")
 
-    page = reference.Page("cpp", {**known, **reference.links(cpp, "cpp")})
+    for items in cpp.values():
+        known.update(reference.links(items, "cpp"))
+    page = reference.Page("cpp", known)
     page.heading("C++ reference", "#")
-    page.header("jtpdf.hpp", cpp)
+    for name, items in cpp.items():
+        page.header(name, items)
     (folder / "cpp.rst").write_text("\n".join(page.lines), "utf-8")
 
 
@@ -107,8 +111,8 @@ def write_manual(folder: pathlib.Path) -> None:
 def public_names() -> Dict[str, List[str]]:
     """What the pages of the reference have to show, found in the simplest way there is."""
     package = (ROOT / "bindings/python/src/jtpdf/__init__.py").read_text("utf-8")
-    cpp = (HEADERS / "jtpdf.hpp").read_text("utf-8")
-    cpp = re.sub(r"^namespace detail .*?^}  // namespace detail| private:.*?^};|^}  // namespace jtpdf.*", "",
+    cpp = "".join(header.read_text("utf-8") for header in CPP_HEADERS)
+    cpp = re.sub(r"^namespace detail .*?^}  // namespace detail| private:.*?^};|^}  // namespace jtpdf$.*?(?=^namespace jtpdf|\Z)", "",
                  cpp, flags=re.DOTALL | re.MULTILINE)
     return {
         "c.html": (ROOT / "src/jtpdf.exports").read_text().split(),

@@ -63,7 +63,7 @@
 #include <utility>
 #include <vector>
 
-#include "jtpdf/jtpdf.h"
+#include "jtpdf/objects.h"
 
 namespace jtpdf {
 
@@ -457,6 +457,7 @@ class ObjectNumber {
 using Image = ObjectNumber<struct ImageKind>;      // from write_image...
 using Form = ObjectNumber<struct FormKind>;        // from write_canvas
 using Profile = ObjectNumber<struct ProfileKind>;  // the colour space from write_icc_profile
+using Object = ObjectNumber<struct ObjectKind>;    // any object of one's own, from write_object...
 
 // How bytes are encoded. The library never encodes or decodes. Every value of the type is legal,
 // one without a name counts as none.
@@ -534,6 +535,13 @@ struct ImageData {
 
 // An extra entry of an image's dictionary; JTPDFDictionaryItem says what becomes of the key.
 struct Entry {
+  std::string_view key;
+  std::string_view value;
+};
+
+// An entry of an object of one's own: a path of names ("/DecodeParms/Columns") and the text of one
+// object of PDF, as objects.h says.
+struct ObjectEntry {
   std::string_view key;
   std::string_view value;
 };
@@ -699,6 +707,80 @@ class Items {
   NarrowBuffer keys_;
   WideBuffer values_;
   Buffer<JTPDFDictionaryItem, 8> items_;
+};
+
+// The entries of an object of one's own as the C interface wants them.
+class ObjectEntries {
+ public:
+  ObjectEntries(const std::vector<ObjectEntry>& entries, const char* function) {
+    texts_.reserve(2 * entries.size());
+    for (const ObjectEntry& entry : entries) {
+      const char* const key = keep(entry.key, {function, "key"});
+      records_.push_back({key, keep(entry.value, {function, "value"})});
+    }
+  }
+  unsigned count() const noexcept { return static_cast<unsigned>(records_.size()); }
+  const JTPDFEntry* data() const noexcept { return records_.data(); }
+
+ private:
+  const char* keep(std::string_view text, Place place) {
+    const std::size_t nul = text.find('\0');
+    if (nul != std::string_view::npos) throw_nul(place, nul);
+    return texts_.emplace_back(text).c_str();
+  }
+
+  std::vector<std::string> texts_;
+  std::vector<JTPDFEntry> records_;
+};
+
+// The encoder of a host's. It stays where it is when the document moves, and keeps what the host
+// throws, which must not cross the C interface.
+class Encoder {
+ public:
+  Encoder() = default;
+  Encoder(const Encoder&) = delete;
+  Encoder& operator=(const Encoder&) = delete;
+  virtual ~Encoder() = default;
+
+  // For SetPdfContentEncoder, with an Encoder for its context.
+  static std::int32_t encode(void* context, const char* data, std::size_t size,
+                             const char** encoded, std::size_t* encoded_size) {
+    Encoder& encoder = *static_cast<Encoder*>(context);
+    try {
+      const Bytes bytes = encoder.make({data, size});
+      *encoded = bytes.data();
+      *encoded_size = bytes.size();
+      return 0;
+    } catch (...) {
+      encoder.exception_ = std::current_exception();
+      return EIO;
+    }
+  }
+  void rethrow() {
+    if (exception_ != nullptr) std::rethrow_exception(std::exchange(exception_, nullptr));
+  }
+
+ protected:
+  // The bytes stay the encoder's until the next call.
+  virtual Bytes make(std::string_view plain) = 0;
+
+ private:
+  std::exception_ptr exception_;
+};
+
+template <typename Encode>
+class FunctionEncoder final : public Encoder {
+ public:
+  explicit FunctionEncoder(Encode encode) : encode_(std::move(encode)) {}
+
+ private:
+  Bytes make(std::string_view plain) override {
+    result_ = encode_(plain);
+    return result_;
+  }
+
+  Encode encode_;
+  std::decay_t<std::invoke_result_t<Encode&, std::string_view>> result_;
 };
 
 inline std::uint32_t size_in_32_bits(Bytes bytes, const char* function) {
@@ -1031,6 +1113,7 @@ class [[nodiscard]] Document {
   // The document assigned to is dropped as by the destructor.
   Document& operator=(Document&& other) noexcept {
     Document moved(std::move(other));  // where both are one, its own contents, which come back
+    std::swap(encoder_, moved.encoder_);
     std::swap(output_, moved.output_);
     std::swap(handle_, moved.handle_);
     std::swap(unit_, moved.unit_);
@@ -1247,6 +1330,107 @@ class [[nodiscard]] Document {
     return Profile(number, identity_);
   }
 
+  // -- Objects of one's own: objects.h says what each call takes, and objects.hpp brings types
+
+  // Writes the text of one object that is no lone reference.
+  Object write_object(std::string_view value) {
+    const detail::NarrowText text(value, {"WritePdfObject", "value"});
+    return Object(
+        write("WritePdfObject",
+              [&](int* object) { return WritePdfObject(handle(), text.c_str(), object); }),
+        identity_);
+  }
+  // Writes a stream; the data of several pieces is written one behind the other.
+  Object write_stream(const std::vector<ObjectEntry>& entries, Bytes data) {
+    return write_stream(entries, std::vector<Bytes>{data});
+  }
+  Object write_stream(const std::vector<ObjectEntry>& entries, const std::vector<Bytes>& pieces) {
+    constexpr const char* kFunction = "WritePdfStreamPieces";
+    const detail::ObjectEntries records(entries, kFunction);
+    const Pieces data(pieces);
+    const int number = write_data(kFunction, data.bytes, [&](int* object) {
+      return WritePdfStreamPieces(handle(), records.count(), records.data(), data.count(),
+                                  data.records.data(), object);
+    });
+    return Object(number, identity_);
+  }
+
+  // Takes the number of an object that is written later, for objects that name each other; finish()
+  // throws where one was not used.
+  Object reserve_object() {
+    return Object(
+        write("ReservePdfObject", [&](int* object) { return ReservePdfObject(handle(), object); }),
+        identity_);
+  }
+  void write_object(Object reserved, std::string_view value) {
+    constexpr const char* kFunction = "WriteReservedPdfObject";
+    const detail::NarrowText text(value, {kFunction, "value"});
+    const int number = number_of(reserved, {kFunction, "object"});
+    check(kFunction, [&] { return WriteReservedPdfObject(handle(), number, text.c_str()); });
+  }
+  void write_stream(Object reserved, const std::vector<ObjectEntry>& entries,
+                    const std::vector<Bytes>& pieces) {
+    constexpr const char* kFunction = "WriteReservedPdfStream";
+    const detail::ObjectEntries records(entries, kFunction);
+    const Pieces data(pieces);
+    const int number = number_of(reserved, {kFunction, "object"});
+    require_room(kFunction, data.bytes);
+    check(kFunction, [&] {
+      return WriteReservedPdfStream(handle(), number, records.count(), records.data(), data.count(),
+                                    data.records.data());
+    });
+    data_ += data.bytes;
+  }
+
+  // "12 0 R", for a value that names the object. One of another document is an Error.
+  template <typename Kind>
+  std::string reference_to(ObjectNumber<Kind> object) const {
+    return std::to_string(number_of(object, {"reference_to", "object"})) + " 0 R";
+  }
+
+  // Set an entry of the catalog, of the page that is added next, and of the next form.
+  void set_catalog_entry(std::string_view key, std::string_view value) {
+    set_entry("SetPdfCatalogEntry", SetPdfCatalogEntry, key, value);
+  }
+  void set_page_entry(std::string_view key, std::string_view value) {
+    set_entry("SetPdfPageEntry", SetPdfPageEntry, key, value);
+  }
+  void set_canvas_entry(std::string_view key, std::string_view value) {
+    set_entry("SetPdfCanvasEntry", SetPdfCanvasEntry, key, value);
+  }
+
+  // Draws lines of a content stream as they are; lengths in them are points.
+  void draw_content(std::string_view operators) {
+    const detail::NarrowText text(operators, {"DrawPdfContent", "operators"});
+    DrawPdfContent(handle(), text.c_str());
+    drawn_ = true;
+  }
+
+  // Encodes the contents of forms from now on: encode takes a std::string_view and returns the
+  // encoded bytes, as a std::string or a vector; what it throws comes out of the call that wrote.
+  //
+  //     doc.compress([](std::string_view plain) { return zlib_stream_of(plain); });
+  template <typename Encode>
+  void compress(Encode encode, std::string_view filter = "/FlateDecode") {
+    constexpr const char* kFunction = "SetPdfContentEncoder";
+    const detail::NarrowText name(filter, {kFunction, "filter"});
+    auto next = std::make_unique<detail::FunctionEncoder<Encode>>(std::move(encode));
+    check(kFunction, [&] {
+      return SetPdfContentEncoder(handle(), name.c_str(), detail::Encoder::encode,
+                                  static_cast<detail::Encoder*>(next.get()));
+    });
+    encoder_ = std::move(next);
+  }
+
+  // Adds a bookmark to a page by its index, which may be added later; level 0 is the outermost.
+  void add_bookmark(std::string_view title, int page, int level = 0) {
+    constexpr const char* kFunction = "AddPdfBookmark";
+    const detail::WideText text(title, {kFunction, "title"});
+    check(kFunction, [&] { return AddPdfBookmark(handle(), level, text.c_str(), page); });
+  }
+  // How many pages were added: the index of the next one.
+  int page_count() const noexcept { return static_cast<int>(pages_); }
+
  private:
   enum Kind : char { kMemory, kFile, kOutput };
 
@@ -1260,6 +1444,21 @@ class [[nodiscard]] Document {
     TPdfImageRole role;
     detail::WideText name;
     detail::Items items;
+  };
+
+  // Pieces of data as the C interface wants them, and how many bytes they have.
+  struct Pieces {
+    explicit Pieces(const std::vector<Bytes>& pieces) {
+      records.reserve(pieces.size());
+      for (const Bytes& piece : pieces) {
+        records.push_back({piece.data(), piece.size()});
+        bytes += piece.size();
+      }
+    }
+    unsigned count() const noexcept { return static_cast<unsigned>(records.size()); }
+
+    std::vector<JTPDFPiece> records;
+    std::uint64_t bytes = 0;
   };
 
   Document(JTPDFDocument* handle, Unit unit, Kind kind) noexcept
@@ -1289,6 +1488,14 @@ class [[nodiscard]] Document {
     return detail::sound({box.left.in(unit_), box.bottom.in(unit_), box.width.in(unit_),
                           box.height.in(unit_), box.angle.degrees},
                          place, extent);
+  }
+
+  void set_entry(const char* function,
+                 std::int32_t (*set)(JTPDFDocument*, const char*, const char*),
+                 std::string_view key, std::string_view value) {
+    const detail::NarrowText name(key, {function, "key"});
+    const detail::NarrowText text(value, {function, "value"});
+    check(function, [&] { return set(handle(), name.c_str(), text.c_str()); });
   }
 
   double width(Length line_width, const char* function) const {
@@ -1332,6 +1539,7 @@ class [[nodiscard]] Document {
     }();
     if (code == 0) return;
     unfinished_ = false;  // whoever gets the error knows that the file is incomplete
+    if (encoder_ != nullptr) encoder_->rethrow();
     if (output_ != nullptr) output_->throw_failure(function, code);
     throw Error(function, code);
   }
@@ -1364,7 +1572,8 @@ class [[nodiscard]] Document {
                 std::errc::file_too_large);
   }
 
-  std::unique_ptr<detail::Output> output_;  // outlives the C document, which knows its address
+  std::unique_ptr<detail::Encoder> encoder_;  // these outlive the C document, which knows them
+  std::unique_ptr<detail::Output> output_;
   std::unique_ptr<JTPDFDocument, detail::Destroy> handle_;
   Unit unit_;
   Kind kind_;

@@ -17,6 +17,7 @@ from __future__ import annotations
 from . import _native
 from ._document import Document
 from ._errors import Error
+from ._objects import Colors, Filter, ImageObject, Object, pdf_string
 from ._pictures import Picture
 from ._values import (CENTIMETER, INCH, MILLIMETER, POINT, Box, BoxLike, Color, ColorLike,
                       ColorSpace, Compression, Form, Image, ImageData, Profile, Role, Unit)
@@ -25,9 +26,9 @@ __version__ = "2.1.6"
 
 __all__ = [
     "CENTIMETER", "INCH", "MILLIMETER", "POINT", "Box", "BoxLike", "Color", "ColorLike",
-    "ColorSpace", "Compression", "Document", "Error", "Form", "Image", "ImageData", "Picture",
-    "Profile", "Role", "Unit",
-    "diagnostic_mode", "library_version", "set_diagnostic_mode",
+    "ColorSpace", "Colors", "Compression", "Document", "Error", "Filter", "Form", "Image",
+    "ImageData", "ImageObject", "Object", "Picture", "Profile", "Role", "Unit",
+    "diagnostic_mode", "library_version", "pdf_string", "set_diagnostic_mode",
 ]
 
 

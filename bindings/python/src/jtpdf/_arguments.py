@@ -5,11 +5,14 @@ from __future__ import annotations
 import ctypes
 import datetime
 import math
-from typing import Mapping
+from typing import TYPE_CHECKING, Mapping
 
 from . import _native
 from ._values import (Box, BoxLike, Color, ColorLike, ColorSpace, Form, Image, ImageData, Profile,
                       Role)
+
+if TYPE_CHECKING:
+    from ._objects import Object
 
 _ICC_BASED = 3  # the kind of colour space that a Profile is
 
@@ -61,7 +64,8 @@ def color(value: ColorLike, what: str) -> _native.RGBColor:
     return _native.RGBColor(value.red, value.green, value.blue, value.alpha)
 
 
-def object_number(value: Image | Form | Profile, kind: type, document: int, what: str) -> int:
+def object_number(value: Image | Form | Profile | Object, kind: type, document: int,
+                  what: str) -> int:
     if not isinstance(value, kind):
         raise TypeError(f"{what}: {value!r} is no {kind.__name__}")
     if value.document not in (document, 0):

@@ -13,10 +13,11 @@ import stat
 import warnings
 import zlib
 from types import TracebackType
-from typing import TYPE_CHECKING, Mapping, Sequence
+from typing import TYPE_CHECKING, Literal, Mapping, Sequence
 
-from . import _arguments, _native
+from . import _arguments, _native, _objects
 from ._errors import Error
+from ._objects import Colors, Encode, Encoder, Filter, ImageObject, Object
 from ._output import Output, Writable
 from ._pictures import Picture
 from ._values import (POINT, Box, BoxLike, ColorLike, Compression, Form, Image, ImageData, Profile,
@@ -47,6 +48,7 @@ class Document:
     it raises comes out of the method that wrote.
 
     A document has at most 10^10 bytes, as readers take no more than ten digits for a position in it.
+    With ``compress`` what is drawn is written by zlib; image data is always the caller's own.
     All lengths are in ``unit``: "pt", "in", "cm", "mm", or the number of PDF points that one is.
     Wherever a Box or a Color is wanted, a tuple or list of its values will do, and for a colour a text
     such as "#ff8000". What no file should have, such as a width that is negative or no number, is a
@@ -65,13 +67,13 @@ class Document:
     """
 
     def __init__(self, path: StrOrBytesPath | Writable | None = None, *, unit: Unit = POINT,
-                 creator: str = "", author: str = "") -> None:
-        self._prepare(path, unit, creator, author)
+                 creator: str = "", author: str = "", compress: bool = False) -> None:
+        self._prepare(path, unit, creator, author, compress)
         self.open()
 
     @classmethod
     def unopened(cls, path: StrOrBytesPath | Writable | None = None, *, unit: Unit = POINT,
-                 creator: str = "", author: str = "") -> Document:
+                 creator: str = "", author: str = "", compress: bool = False) -> Document:
         """A document still to be opened; all that is not written can be set before.
 
         >>> doc = Document.unopened()
@@ -79,17 +81,18 @@ class Document:
         >>> doc.open()
         """
         document = cls.__new__(cls)
-        document._prepare(path, unit, creator, author)
+        document._prepare(path, unit, creator, author, compress)
         return document
 
     def _prepare(self, path: StrOrBytesPath | Writable | None, unit: Unit, creator: str,
-                 author: str) -> None:
+                 author: str, compress: bool) -> None:
         self._unfinished = False  # an open file that nothing has settled
         self._handle: _native.Handle | None = None
         self._path: str | None = None
         self._output: Output | None = None
         self._number = next(_numbers)  # what its objects know it by
         self._drawn = False  # since the last form
+        self._encoder: Encoder | None = None
         self._profiles: dict[bytes, Profile] = {}  # of pictures
         self._pages = 0  # how many are queued
         self._written = 0  # how many bytes of data
@@ -103,17 +106,18 @@ class Document:
             self._handle = _native.Handle(
                 "TryCreateFilePdfDoc", self._unit, _native.text(self._path, "path"), wide_creator,
                 wide_author)
-            return
         elif hasattr(path, "write"):
             self._output = Output(path)
             self._handle = _native.Handle("TryCreateCallbackPdfDoc", self._unit,
                                           self._output.function, None, output=self._output)
         else:
             raise TypeError(f"path is {path!r}, neither a path nor an object with write")
-        if creator:
+        if self._path is None and creator:
             self.set_info("Creator", creator)
-        if author:
+        if self._path is None and author:
             self.set_info("Author", author)
+        if compress:
+            self.set_content_encoder(zlib.compress)
 
     def __repr__(self) -> str:
         if self._output is not None:
@@ -385,6 +389,160 @@ class Document:
         self.draw_image(image, sheet)
         return self.add_page(sheet)
 
+    # -- Objects of one's own
+
+    def write_object(self, value: str, *, reserved: Object | None = None) -> Object:
+        """Writes the text of one object of PDF, under a number of reserve_object() if one is given.
+
+        >>> with Document() as doc:
+        ...     link = doc.write_object("<< /Type /Annot /Subtype /Link /Rect [0 0 9 9] >>")
+        ...     doc.set_page_entry("/Annots", f"[{link}]")
+        ...     page = doc.add_page((0, 0, 100, 100))
+        """
+        text = _objects.syntax(value, "value")
+        if reserved is None:
+            return Object(self._write("WritePdfObject", text), self._number)
+        number = _arguments.object_number(reserved, Object, self._number, "reserved")
+        self._call("WriteReservedPdfObject", number, text)
+        return reserved
+
+    def write_stream(self, entries: Mapping[str, str], *pieces: Buffer,
+                     reserved: Object | None = None) -> Object:
+        """Writes a stream of the pieces of data, one behind the other.
+
+        Keys of entries are paths of names ("/DecodeParms/Columns"), values the text of one object.
+        """
+        records = _objects.entry_records(entries)
+        with contextlib.ExitStack() as stack:
+            memories = [stack.enter_context(self._borrowed(piece)) for piece in pieces]
+            data = (_native.Piece * len(memories))(*(
+                _native.Piece(memory.address, memory.size) for memory in memories))
+            size = sum(memory.size for memory in memories)
+            self._require_room("WritePdfStreamPieces", size)
+            if reserved is None:
+                number = self._write("WritePdfStreamPieces", *records, len(memories), data)
+            else:
+                number = _arguments.object_number(reserved, Object, self._number, "reserved")
+                self._call("WriteReservedPdfStream", number, *records, len(memories), data)
+            self._written += size
+        return Object(number, self._number)
+
+    def reserve_object(self) -> Object:
+        """Takes the number of an object that is written later, for objects that name each other.
+
+        >>> with Document() as doc:
+        ...     later = doc.reserve_object()
+        ...     first = doc.write_object(f"[{later}]")
+        ...     second = doc.write_object(f"[{first}]", reserved=later)
+        """
+        return Object(self._write("ReservePdfObject"), self._number)
+
+    def set_catalog_entry(self, key: str, value: str) -> None:
+        """Sets an entry of the catalog, such as /PageLayout.
+
+        >>> with Document() as doc:
+        ...     doc.set_catalog_entry("/ViewerPreferences/FitWindow", "true")
+        """
+        self._set_entry("SetPdfCatalogEntry", key, value)
+
+    def set_page_entry(self, key: str, value: str) -> None:
+        """Sets an entry of the page that is added next, such as /Annots."""
+        self._set_entry("SetPdfPageEntry", key, value)
+
+    def set_canvas_entry(self, key: str, value: str) -> None:
+        """Sets an entry of the next form, as a rule a resource of what is drawn."""
+        self._set_entry("SetPdfCanvasEntry", key, value)
+
+    def _set_entry(self, function: str, key: str, value: str) -> None:
+        self._call(function, _objects.syntax(key, "key"), _objects.syntax(value, "value"))
+
+    def draw_content(self, operators: str) -> None:
+        """Draws lines of a content stream as they are; lengths in them are points."""
+        self._draw("DrawPdfContent", _objects.syntax(operators, "operators"))
+
+    def draw_text(self, text: str, left: float, base_line: float, size: float, *,
+                  color: ColorLike = "#000000", font: str = "Helvetica") -> None:
+        """Draws a line of text from its left end on its base line; size is in points.
+
+        The font is one that every reader brings along: Helvetica, Times-Roman, Courier and their
+        kinds (Helvetica-Bold), which have the characters of Windows' western code page.
+
+        >>> with Document(unit="mm") as doc:
+        ...     doc.draw_text("Café (at noon)", 20, 280, 12)
+        ...     page = doc.add_page((0, 0, 210, 297))
+        """
+        ink = _arguments.color(color, "color")
+        rgb = " ".join(_objects.number(part / 255) for part in (ink.red, ink.green, ink.blue))
+        place = " ".join(_objects.number(_arguments.number(value, what) * self._unit)
+                         for value, what in ((left, "left"), (base_line, "base_line")))
+        operators = (f"q BT {rgb} rg /{font} {_objects.number(_arguments.size(size, 'size'))} Tf "
+                     f"{place} Td {_objects.literal(text)} Tj ET Q")
+        self.set_canvas_entry(f"/Resources/Font/{font}",
+                              f"<< /Type /Font /Subtype /Type1 /BaseFont /{font} "
+                              "/Encoding /WinAnsiEncoding >>")
+        self.draw_content(operators)
+
+    def write_image_object(self, image: ImageObject) -> Image:
+        """Writes an image in any filter and colour space of PDF."""
+        def reference(named: Image | Object) -> str:
+            number = _arguments.object_number(named, type(named), self._number, "mask")
+            return f"{number} 0 R"
+
+        written = self.write_stream(image.entries(reference), *image.pieces)
+        return Image(written.number, written.document)
+
+    def write_icc_colors(self, profile: Buffer, components: Literal[1, 3, 4],
+                         filter: Filter = Filter.NONE) -> Colors:
+        """Writes an ICC profile for colours of 1, 3 or 4 components, for ImageObject."""
+        device = {1: "/DeviceGray", 3: "/DeviceRGB", 4: "/DeviceCMYK"}.get(components)
+        if device is None:
+            raise ValueError(f"components is {components}, none of 1, 3 and 4")
+        entries = {"/N": str(components), "/Alternate": device}
+        if filter != Filter.NONE:
+            entries["/Filter"] = filter.value
+        return Colors(f"[/ICCBased {self.write_stream(entries, profile)}]", components)
+
+    def set_page_box(self, kind: Literal["bleed", "trim", "art"], box: BoxLike) -> None:
+        """Sets one more box of the page that is added next (ISO 32000-1, 14.11.2)."""
+        keys = {"bleed": "/BleedBox", "trim": "/TrimBox", "art": "/ArtBox"}
+        if kind not in keys:
+            raise ValueError(f"kind is {kind!r}, none of {', '.join(keys)}")
+        rect = _arguments.rect(box, "box")
+        corners = (rect.left, rect.bottom, rect.left + rect.width, rect.bottom + rect.height)
+        self.set_page_entry(keys[kind], _objects.array([c * self._unit for c in corners]))
+
+    def turn_page(self, quarters: int) -> None:
+        """Turns the page that is added next clockwise by so many quarters, as readers show it."""
+        self.set_page_entry("/Rotate", str(quarters % 4 * 90))
+
+    def add_bookmark(self, title: str, page: int | None = None, *, level: int = 0) -> None:
+        """Adds a bookmark to a page by its index, or to the page that is added next.
+
+        >>> with Document() as doc:
+        ...     doc.add_bookmark("Beginning")
+        ...     page = doc.add_page((0, 0, 100, 100))
+        """
+        index = self._pages if page is None else page
+        self._call("AddPdfBookmark", level, _native.wide_text(title, "title"), index)
+
+    @property
+    def page_count(self) -> int:
+        """How many pages were added: the index of the next one."""
+        return self._pages
+
+    def set_content_encoder(self, encode: Encode, filter: str = "/FlateDecode") -> None:
+        """Encodes what is drawn from now on; ``compress=True`` takes zlib.compress.
+
+        >>> import zlib
+        >>> with Document() as doc:
+        ...     doc.set_content_encoder(lambda plain: zlib.compress(plain, 9))
+        """
+        encoder = Encoder(encode)
+        self._call("SetPdfContentEncoder", _objects.syntax(filter, "filter"), encoder.function, None)
+        self._encoder = encoder
+        if self._handle is not None:
+            self._handle.encoder = encoder
+
     # -- Calls that can fail
 
     def _call(self, function: str, *arguments: object) -> None:
@@ -392,6 +550,8 @@ class Document:
             _native.call(function, self._pointer, *arguments, path=self._path, output=self._output)
         except Error:
             self._unfinished = False  # whoever gets the error knows that the file is incomplete
+            if self._encoder is not None:
+                self._encoder.raise_problem()
             raise
         finally:
             if self._output is not None and self._output.failed:

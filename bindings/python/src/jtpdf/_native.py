@@ -162,6 +162,7 @@ class Handle:
     """Owns a document of the C interface, which lives as long as anybody holds the handle."""
 
     pointer: int | None = None
+    encoder: object = None  # whose function the document calls
 
     def __init__(self, function: str, *arguments: Any, output: Output | None = None) -> None:
         # Kept: while the interpreter shuts down, module globals may be gone before this object.
