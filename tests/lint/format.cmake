@@ -4,7 +4,7 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(files)
-foreach(room include src pictures tools examples tests fuzz bench)
+foreach(room include src pictures tools bindings examples tests fuzz bench)
   file(GLOB_RECURSE found ${ROOT}/${room}/*.h ${ROOT}/${room}/*.hpp ${ROOT}/${room}/*.c
     ${ROOT}/${room}/*.cpp)
   list(APPEND files ${found})

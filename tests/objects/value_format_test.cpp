@@ -9,12 +9,12 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <random>
 
@@ -22,6 +22,13 @@
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// Like std::bit_cast, which not all standard libraries have.
+double FromBits(std::uint64_t bits) {
+  double value = 0;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
 
 // What "%.4f" gives in a buffer of 30 bytes.
 std::string Printed(double value) {
@@ -107,7 +114,7 @@ TEST(Num, RandomBitPatternsArePrintedAsByTheCLibrary) {
       const std::uint64_t exponent = 1023 - 20 + bits % 81;
       bits = (random() & 0x800FFFFFFFFFFFFF) | exponent << 52;
     }
-    ASSERT_TRUE(IsPrinted(std::bit_cast<double>(bits))) << "case " << i;
+    ASSERT_TRUE(IsPrinted(FromBits(bits))) << "case " << i;
   }
 }
 
@@ -149,8 +156,8 @@ TEST(Num, NothingJumpsAt2To48) {
 
 TEST(Num, SubnormalNumbersAreZero) {
   for (const std::uint64_t fraction : {1ull, 2ull, 0x8000000000000ull, 0xFFFFFFFFFFFFFull}) {
-    EXPECT_EQ("0.0000", Num(std::bit_cast<double>(fraction)));
-    EXPECT_EQ("-0.0000", Num(-std::bit_cast<double>(fraction)));
+    EXPECT_EQ("0.0000", Num(FromBits(fraction)));
+    EXPECT_EQ("-0.0000", Num(-FromBits(fraction)));
   }
 }
 
@@ -158,7 +165,7 @@ TEST(Num, AnyNaNIsPrintedWithItsSign) {
   for (const std::uint64_t bits :
        {0x7FF0000000000001ull, 0xFFF0000000000001ull, 0x7FFFFFFFFFFFFFFFull, 0xFFFFFFFFFFFFFFFFull,
         0x7FF8000000000000ull, 0xFFF8000000000000ull}) {
-    EXPECT_EQ(bits >> 63 != 0 ? "-nan" : "nan", Num(std::bit_cast<double>(bits)));
+    EXPECT_EQ(bits >> 63 != 0 ? "-nan" : "nan", Num(FromBits(bits)));
   }
 }
 

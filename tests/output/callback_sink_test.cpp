@@ -80,10 +80,10 @@ TEST(CallbackSink, OneByteLessIsGathered) {
 // An address where nothing is: whoever reads it crashes.
 TEST(CallbackSink, NeverReadsLargeData) {
   const auto count = [](void* context, const char*, std::size_t size) {
-    *static_cast<std::size_t*>(context) += size;
+    *static_cast<std::uint64_t*>(context) += size;
     return std::int32_t{0};
   };
-  std::size_t size = 0;
+  std::uint64_t size = 0;
   JTPDFDocument* const doc = CreateCallbackPdfDoc(1, count, &size);
   EXPECT_EQ(0, InitPdfDoc(doc));
   const auto* const nowhere = reinterpret_cast<const char*>(std::uintptr_t{16});
@@ -94,7 +94,7 @@ TEST(CallbackSink, NeverReadsLargeData) {
   }
   EXPECT_EQ(0, WritePdfICCProfile(doc, nowhere, 0xFFFFFFFF, kPdfCompressionFlate, nullptr));
   EXPECT_EQ(0, FinalizePdfDoc(doc, nullptr));
-  EXPECT_GT(size, 4 * std::size_t{0xFFFFFFFF});
+  EXPECT_GT(size, 4 * std::uint64_t{0xFFFFFFFF});
   DestroyPdfDoc(doc);
 }
 
