@@ -24,20 +24,16 @@ namespace {
 
 // The canvas's own dictionary holds the images drawn, "/Resources/XObject/Im2" = "2 0 R".
 void WriteImageResources(ObjectWriter& out, const JTPDFCanvas& canvas) {
-  out.Append("/XObject\r\n<<\r\n");
+  out.Compose() << "/XObject\r\n<<\r\n";
   for (const auto& [key, reference] : canvas) {
-    out.Append(std::string_view(key).substr(key.rfind('/')));
-    out.Append(" ");
-    out.Append(reference);
-    out.Append("\r\n");
+    out.Compose() << std::string_view(key).substr(key.rfind('/')) << ' ' << reference << "\r\n";
   }
-  out.Append(">>\r\n");
+  out.Compose() << ">>\r\n";
 }
 
 void WriteEntries(ObjectWriter& out, const JTPDFCanvas& canvas, const JTPDFBox& extent,
                   std::string_view filter, int graphicsState) {
-  out.Append("<<\r\n/BBox ");
-  extent.WriteArray(out.Compose()) << "\r\n";
+  extent.WriteArray(out.Compose() << "<<\r\n/BBox ") << "\r\n";
   if (!filter.empty()) {
     out.Append("/Filter ");
     out.Append(filter);
@@ -46,7 +42,7 @@ void WriteEntries(ObjectWriter& out, const JTPDFCanvas& canvas, const JTPDFBox& 
   out.Compose() << "/FormType 1\r\n/Resources\r\n<<\r\n/ExtGState\r\n<<\r\n/GS0 " << graphicsState
                 << " 0 R\r\n>>\r\n";
   if (!canvas.empty()) WriteImageResources(out, canvas);
-  out.Append(">>\r\n/Subtype /Form\r\n/Type /XObject\r\n");
+  out.Compose() << ">>\r\n/Subtype /Form\r\n/Type /XObject\r\n";
 }
 
 // The same entries over those of the host.

@@ -116,10 +116,9 @@ class ImageEntries {
 
   void WriteTo(ObjectWriter& out) const {
     for (std::size_t i = 0; i < count_; ++i) {
-      out.Append(entries_[i].key);
-      out.Append(" ");
+      out.Compose() << entries_[i].key << ' ';
       out.Append(entries_[i].value);
-      out.Append("\r\n");
+      out.Compose() << "\r\n";
     }
   }
 
@@ -173,16 +172,16 @@ int WriteImage(ObjectWriter& out, const TPdfImageDescriptor& image, bool maskWhi
   }
 
   const int number = out.BeginObject();
-  out.Append("<<\r\n");
+  out.Compose() << "<<\r\n";
   if (itemCount != 0) {
     out.Append(body);
-    out.Append("\r\n");
+    out.Compose() << "\r\n";
   } else {
     entries.WriteTo(out);
   }
   out.BeginStream(image.size);
   out.WriteRaw(image.data, image.size);
-  out.Append("endstream\r\n");  // kept: directly behind the data, without a line end between
+  out.Compose() << "endstream\r\n";  // kept: directly behind the data, without a line end between
   out.EndObject();
   return number;
 }

@@ -68,12 +68,12 @@ void WritePage(ObjectWriter& out, const QueuedPage& page, const EntryTree* hostE
   std::string entries;
   if (hostEntries != nullptr) entries = EntriesWithHosts(page, *hostEntries, parent);
   out.BeginObject();
-  out.Append("<<\r\n");
+  out.Compose() << "<<\r\n";
   if (hostEntries != nullptr) {
     out.Append(entries);
   } else {
     WriteEntries(out, page, parent);
   }
-  out.Append(">>\r\n");
+  out.Compose() << ">>\r\n";
   out.EndObject();
 }

@@ -31,6 +31,35 @@ char* WriteText(char* out, std::string_view text) {
   return out + text.size();
 }
 
+// Writes the last digits of a number in front of end, as many as stand between first and end: zeros
+// where it has no more.
+template <typename Unsigned>
+void WriteDigits(const char* first, char* end, Unsigned value) {
+  for (; end - first >= 2; value /= 100) {
+    end -= 2;
+    std::memcpy(end, kDigitPairs + 2 * (value % 100), 2);
+  }
+  if (end != first) end[-1] = static_cast<char>('0' + value % 10);
+}
+
+template <typename Unsigned>
+std::size_t CountDigits(Unsigned value) {
+  for (std::size_t count = 1;; count += 4, value /= 10000) {
+    if (value < 10) return count;
+    if (value < 100) return count + 1;
+    if (value < 1000) return count + 2;
+    if (value < 10000) return count + 3;
+  }
+}
+
+// Writes a number with at least so many digits.
+template <typename Unsigned>
+char* WriteMagnitude(char* out, Unsigned value, std::size_t digits) {
+  char* const end = out + std::max(digits, CountDigits(value));
+  WriteDigits(out, end, value);
+  return end;
+}
+
 // The magnitude x 10^4 of a number below 2^48, rounded half to even as "%.4f" rounds.
 //
 // A magnitude is m x 2^-s with an integer m below 2^53, and 10^4 = 625 x 2^4, so the product is
@@ -98,8 +127,9 @@ char* WriteNum(char* out, double value) {
   }
 
   const std::uint64_t scaled = ScaledMagnitude(exponent, bits & kMantissaMask);
-  const auto decimals = static_cast<std::size_t>(scaled % 10000);
-  out = std::to_chars(out, out + 16, scaled / 10000).ptr;
+  const auto decimals = static_cast<unsigned>(scaled % 10000);
+  const std::uint64_t whole = scaled / 10000;
+  out = std::to_chars(out, out + 16, whole).ptr;
   *out++ = '.';
   out = WriteText(out, {kDigitPairs + 2 * (decimals / 100), 2});
   return WriteText(out, {kDigitPairs + 2 * (decimals % 100), 2});
@@ -116,15 +146,11 @@ char* WriteInt(char* out, long long value, unsigned int width) {
   const auto bits = static_cast<unsigned long long>(value);
   const unsigned long long magnitude = value < 0 ? 0 - bits : bits;
   if (value < 0) *out++ = '-';
-  char digits[20];
-  char* const end = std::to_chars(digits, std::end(digits), magnitude).ptr;
-  const auto length = static_cast<std::size_t>(end - digits);
-  const std::size_t wanted = std::min<std::size_t>(width, kIntMaxLength) - (value < 0 && width > 0);
-  if (length < wanted) {
-    std::memset(out, '0', wanted - length);
-    out += wanted - length;
-  }
-  return WriteText(out, {digits, length});
+  const std::size_t digits = std::min<std::size_t>(width, kIntMaxLength) - (value < 0 && width > 0);
+  // Division takes most of the time, and most numbers are small.
+  constexpr std::uint32_t kSmall = std::numeric_limits<std::uint32_t>::max();
+  if (magnitude > kSmall) return WriteMagnitude(out, magnitude, digits);
+  return WriteMagnitude(out, static_cast<std::uint32_t>(magnitude), digits);
 }
 
 std::string IntToStr(long long value, unsigned int width) {

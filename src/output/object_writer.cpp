@@ -122,9 +122,9 @@ void ObjectWriter::WriteStream(std::string_view text) {
   BeginStream(text.size());
   if (!text.empty()) {
     Append(text);
-    Append(kLineEnd);
+    Compose() << kLineEnd;
   }
-  Append("endstream\r\n");
+  Compose() << "endstream\r\n";
 }
 
 void ObjectWriter::EndObject() {
@@ -146,13 +146,13 @@ int ObjectWriter::WriteDict(std::string_view dict) {
 
 int ObjectWriter::WriteDict(std::string_view dict, std::string_view stream, bool noStreamIfEmpty) {
   const int number = BeginObject();
-  Append("<<\r\n");
+  Compose() << "<<\r\n";
   if (!dict.empty()) {
     Append(dict);
-    Append(kLineEnd);
+    Compose() << kLineEnd;
   }
   if (stream.empty() && noStreamIfEmpty) {
-    Append(">>\r\n");
+    Compose() << ">>\r\n";
   } else {
     WriteStream(stream);
   }
