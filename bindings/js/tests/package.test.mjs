@@ -1,0 +1,327 @@
+// The package as it is installed: what it writes, and what it says when something is wrong.
+import assert from 'node:assert/strict';
+import { execFileSync, spawnSync } from 'node:child_process';
+import * as fs from 'node:fs';
+import { readFileSync, readdirSync, writeFileSync } from 'node:fs';
+import { createRequire } from 'node:module';
+import { join } from 'node:path';
+import { describe, test } from 'node:test';
+import { setFlagsFromString } from 'node:v8';
+import { runInNewContext } from 'node:vm';
+import { Worker } from 'node:worker_threads';
+import { deflateSync } from 'node:zlib';
+import { Document, JtpdfError, PdfImage, load, rgb } from 'jtpdf';
+
+const { JTPDF_PICTURES: pictures, JTPDF_WORK: work, JTPDF_SOURCE: source } = process.env;
+const python = '/usr/bin/python3';
+// Node 18 has no Blobs of files.
+const openAsBlob = fs.openAsBlob ?? (async (path) => new Blob([readFileSync(path)]));
+const picture = (name) => new Uint8Array(readFileSync(join(pictures, name)));
+
+// The document's bytes, which qpdf has nothing to say about.
+async function sound(doc, name) {
+  const bytes = await doc.save();
+  writeFileSync(join(work, name), bytes);
+  const checked = spawnSync('qpdf', ['--check', join(work, name)], { encoding: 'utf8' });
+  assert.equal(checked.status, 0, checked.stdout + checked.stderr);
+  return bytes;
+}
+
+const failsWith = (code, words) => (error) => {
+  assert.ok(error instanceof JtpdfError, error.stack);
+  assert.equal(error.code, code, error.message);
+  assert.match(error.message, words);
+  return true;
+};
+
+async function card(options) {
+  const doc = await Document.create({ unit: 'mm', title: 'Grüße, 世界 🎉', author: 'me', ...options });
+  const photo = await doc.embedJpeg(picture('progressive.jpg'));
+  const stamp = doc.addForm([20, 20], (form) => form.drawEllipse({ x: 10, y: 10, xScale: 9, yScale: 6, color: rgb(1, 0, 0) }));
+  for (let i = 0; i < 3; ++i) {
+    const page = doc.addPage([100, 80], { crop: [5, 5, 90, 70] });
+    page.drawImage(photo, { x: 10, y: 10, width: 60, height: 40, rotate: 10 * i });
+    page.drawRectangle({ x: 5, y: 60, width: 30, height: 10, color: '#d62839', borderColor: 0x0000ff, borderWidth: 2 });
+    page.drawEllipse({ x: 60, y: 65, xScale: 20, yScale: 8, borderColor: '#00ff00' });
+    page.drawForm(stamp, { x: 70, y: 50, width: 20, height: 20, rotate: 45 });
+    doc.addBookmark(`Page ${i + 1}`, { page, level: i > 0 ? 1 : 0 });
+  }
+  return doc;
+}
+
+describe('a document', () => {
+  test('is sound, and holds what it was told', async () => {
+    const file = Buffer.from(await sound(await card(), 'card.pdf'));
+    const qpdf = JSON.parse(execFileSync('qpdf', ['--json', join(work, 'card.pdf')], { encoding: 'utf8', maxBuffer: 1 << 26 }));
+    assert.equal(qpdf.pages.length, 3);
+    assert.deepEqual(qpdf.outlines.map((entry) => [entry.title, entry.kids.length]), [['Page 1', 2]]);
+    assert.ok(JSON.stringify(qpdf).includes('Grüße, 世界 🎉'));
+    assert.match(file.toString('latin1'), /^%PDF-1\.5\r\n/);
+  });
+
+  test('has the same bytes however it is taken', async () => {
+    const saved = Buffer.from(await (await card()).save());
+    const blob = await (await card()).saveBlob();
+    assert.equal(blob.type, 'application/pdf');
+    assert.ok(saved.equals(Buffer.from(await blob.arrayBuffer())));
+    assert.ok(saved.equals(Buffer.from(await new Response((await card()).stream()).arrayBuffer())));
+    const chunks = [];
+    await (await card()).pipeTo(new WritableStream({ write: (chunk) => void chunks.push(chunk) }));
+    assert.ok(saved.equals(Buffer.concat(chunks)));
+  });
+
+  test('is smaller compressed, and shows the same', async () => {
+    const many = async (compress) => {
+      const doc = await Document.create({ compress });
+      const photo = await doc.embedJpeg(picture('progressive.jpg'));
+      for (let i = 0; i < 20; ++i) {
+        const page = doc.addPage([60, 40]);
+        page.drawImage(photo);
+        page.setResource('/Font/F1', '<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>');
+        page.drawContent('BT /F1 6 Tf 5 5 Td (compressed) Tj ET');
+        for (let k = 0; k < 50; ++k) page.drawRectangle({ x: k, y: 30, width: 1, height: k / 5, color: 0x030303 * k });
+      }
+      return sound(doc, `compressed-${compress}.pdf`);
+    };
+    const [plain, packed] = [await many(false), await many(true)];
+    assert.ok(packed.length < plain.length / 3, `${packed.length} of ${plain.length}`);
+    const text = (name) => execFileSync('pdftoppm', ['-r', '72', '-f', '20', join(work, name)]);
+    assert.ok(text('compressed-true.pdf').equals(text('compressed-false.pdf')));
+  });
+
+  test('cannot be used once it is saved, and says so', async () => {
+    const doc = await Document.create();
+    const page = doc.addPage();
+    await doc.save();
+    const ended = failsWith('state', /saved by save\(\)/);
+    await assert.rejects(doc.save(), ended);
+    await assert.rejects(doc.saveBlob(), ended);
+    await assert.rejects(doc.embedJpeg(picture('gray.jpg')), ended);
+    await assert.rejects(doc.pipeTo(new WritableStream()), ended);
+    assert.throws(() => doc.addPage(), ended);
+    assert.throws(() => doc.stream(), ended);
+    assert.throws(() => page.drawRectangle({}), ended);
+    const given = await Document.create();
+    given.dispose();
+    given.dispose();
+    assert.throws(() => given.addPage(), failsWith('state', /given up by dispose/));
+  });
+
+  test('does not take a picture that comes when it is saved', async () => {
+    const doc = await Document.create();
+    doc.addPage();
+    const late = doc.embedJpeg(await openAsBlob(join(pictures, 'gray.jpg')));
+    const [, failed] = await Promise.allSettled([doc.save(), late]);
+    assert.equal(failed.reason?.code, 'state');
+  });
+
+  test('draws on one page at a time', async () => {
+    const doc = await Document.create();
+    const [first] = [doc.addPage(), doc.addPage()];
+    assert.throws(() => first.drawRectangle({}), failsWith('state', /page is finished/));
+    assert.equal(first.index, 0);
+    assert.equal(doc.pageCount, 2);
+    assert.throws(() => doc.addForm([1, 1], () => { throw new TypeError('mine'); }), TypeError);
+    doc.addPage().drawRectangle({});
+    await sound(doc, 'one-at-a-time.pdf');
+  });
+
+  test('is freed when nobody holds it, with its memory', async () => {
+    setFlagsFromString('--expose-gc');
+    const collectGarbage = runInNewContext('gc');
+    const library = await load();
+    const before = library.sinks.size;
+    for (let i = 0; i < 200; ++i) (await Document.create()).addPage().drawRectangle({});
+    for (let i = 0; i < 50 && library.sinks.size > before + 5; ++i) {
+      collectGarbage();
+      await new Promise((resolve) => setTimeout(resolve, 10));
+    }
+    assert.ok(library.sinks.size <= before + 5, `${library.sinks.size} documents are held`);
+  });
+
+  test('that gets no memory says so, and others go on', async () => {
+    const { exports } = await load();
+    const blocks = [];
+    const other = await card();
+    const full = await Document.create();
+    const page = full.addPage();
+    for (let size = 1 << 28; size >= 16; size /= 2) {
+      for (let at = exports.malloc(size); at !== 0; at = exports.malloc(size)) blocks.push(at);
+    }
+    try {
+      await assert.rejects(Document.create(), failsWith('memory', /no memory/));
+      for (let i = 0; i < 1000; ++i) page.drawRectangle({});  // what could not be drawn shows in the next call
+      assert.throws(() => full.addPage(), failsWith('memory', /no memory/));
+    } finally {
+      blocks.forEach((at) => exports.free(at));
+    }
+    assert.ok(Buffer.from(await other.save()).equals(Buffer.from(await (await card()).save())));
+  });
+
+  test('knows only what is its own', async () => {
+    const [one, two] = [await Document.create(), await Document.create()];
+    const image = await one.embedJpeg(picture('gray.jpg'));
+    assert.ok(image instanceof PdfImage);
+    assert.throws(() => two.addPage().drawImage(image), failsWith('argument', /another document/));
+    assert.throws(() => one.addPage().drawImage({ number: 2 }), failsWith('argument', /not a PdfImage/));
+  });
+
+  test('several at once, in turns and in workers, are as one by itself', async () => {
+    const alone = Buffer.from(await (await card()).save());
+    for (const bytes of await Promise.all(Array.from({ length: 8 }, async () => (await card()).save()))) {
+      assert.ok(alone.equals(Buffer.from(bytes)));
+    }
+    const draw = `const { Document } = require('jtpdf'), { parentPort } = require('worker_threads');
+      (async () => { const doc = await Document.create({ unit: 'in' }); doc.addPage([2, 2]).drawRectangle({ width: 1, height: 1 });
+        parentPort.postMessage(await doc.save()); })();`;
+    const run = () => new Promise((resolve, reject) => {
+      new Worker(draw, { eval: true }).on('message', resolve).on('error', reject);
+    });
+    const [a, b] = await Promise.all([run(), run()]);
+    assert.ok(Buffer.from(a).equals(Buffer.from(b)) && a.length > 500);
+  });
+});
+
+describe('a call', () => {
+  const wrong = [
+    ['an option that there is not', (doc) => doc.addPage('A4', { corp: [1, 1] }), /knows no option "corp"/],
+    ['a size that is none', (doc) => doc.addPage([10, NaN]), /NaN, not a finite number/],
+    ['a size of nothing', (doc) => doc.addPage([0, 10]), /more than 0/],
+    ['a sheet that there is not', (doc) => doc.addPage('A44'), /"A44", not \[width/],
+    ['a colour that is none', (doc) => doc.addPage().drawRectangle({ color: 'red' }), /"red", not a colour/],
+    ['a text for a number', (doc) => doc.addPage().drawEllipse({ x: '1' }), /x is "1", not a finite number/],
+    ['a NUL in a text', (doc) => doc.setInfo('Title', 'a\0b'), /NUL/],
+    ['an entry that is none', (doc) => doc.setCatalogEntry('/A', '<<'), /not what PDF has/],
+    ['a bookmark too deep', (doc) => doc.addBookmark('x', { level: 2 }), /not what PDF has/],
+    ['a path for a picture', (doc) => doc.embedJpeg('photo.jpg'), /openAsBlob/],
+    ['an object for a picture', (doc) => doc.embedPng({}), /not an object \(Object\)/],
+    ['another kind of picture', (doc) => doc.embedPng(picture('gray.jpg')), /no PNG file/],
+    ['pixels of another size', (doc) => doc.embedImage({ width: 2, height: 2, data: new Uint8ClampedArray(15) }), /2 x 2/],
+  ];
+  for (const [name, body, words] of wrong) {
+    test(`refuses ${name}`, async () => {
+      const doc = await Document.create();
+      await assert.rejects(async () => body(doc), failsWith('argument', words));
+      doc.dispose();
+    });
+  }
+  test('makes no document by new', () => assert.throws(() => new Document(), failsWith('argument', /Document\.create/)));
+});
+
+describe('pictures', () => {
+  const kinds = readdirSync(pictures).filter((name) => !name.endsWith('.pixels.png') && !/interlaced|webp/.test(name));
+  test('of every kind show what they are, from bytes and from a Blob', async () => {
+    assert.ok(kinds.length >= 25);
+    for (const from of ['bytes', 'blob']) {
+      const doc = await Document.create();
+      for (const name of kinds) {
+        const image = await doc.embedImage(from === 'blob' ? await openAsBlob(join(pictures, name)) : picture(name));
+        doc.addPage([image.width, image.height]).drawImage(image);
+      }
+      await sound(doc, `${from}.pdf`);
+      const compared = spawnSync(python, [join(source, 'bindings/js/tests/compare_pixels.py'), join(work, `${from}.pdf`),
+        ...kinds.map((name) => join(pictures, `${name}.pixels.png`))], { encoding: 'utf8' });
+      assert.equal(compared.status, 0, compared.stderr);
+    }
+    assert.ok(readFileSync(join(work, 'bytes.pdf')).equals(readFileSync(join(work, 'blob.pdf'))));
+  });
+
+  test('that only a browser decodes are refused under Node', async () => {
+    const doc = await Document.create();
+    await assert.rejects(doc.embedImage(picture('lossy.webp')), failsWith('unsupported', /only a browser decodes/));
+    await assert.rejects(doc.embedPng(picture('interlaced.png')), failsWith('unsupported', /interlaced/));
+    doc.dispose();
+  });
+
+  test('of a Blob are read no further than their header', async () => {
+    const jpeg = picture('progressive.jpg');
+    const large = [jpeg.subarray(0, -2), new Uint8Array(2e6), jpeg.subarray(-2)];
+    class Watched extends Blob {
+      read = 0;
+      slice(begin, end) {
+        const part = super.slice(begin, end);
+        part.arrayBuffer = () => {
+          this.read += end - begin;
+          return Blob.prototype.arrayBuffer.call(part);
+        };
+        return part;
+      }
+      arrayBuffer() { throw new Error('the whole of it was read'); }
+    }
+    const blob = new Watched(large);
+    const doc = await Document.create();
+    doc.addPage([60, 40]).drawImage(await doc.embedJpeg(blob));
+    const file = await doc.saveBlob();
+    assert.ok(file.size > 2e6);
+    assert.ok(blob.read <= 70000, `${blob.read} bytes were read`);
+    const held = Buffer.from(await file.arrayBuffer());
+    assert.ok(held.includes(Buffer.concat(large)));
+  });
+
+  test('that are damaged are refused in words', async () => {
+    const doc = await Document.create();
+    const cut = failsWith('damaged', /cut off/);
+    for (const name of ['progressive.jpg', 'rgb.png', 'rgb-alpha.png', 'plain.jp2']) {
+      const whole = picture(name);
+      for (const part of [0.1, 0.3, 0.6, 0.95]) {
+        const length = Math.floor(whole.length * part);
+        if (length < 64) continue;
+        await assert.rejects(doc.embedImage(whole.subarray(0, length)), (error) => {
+          assert.ok(['damaged', 'unsupported'].includes(error.code), `${name} of ${length} bytes: ${error.stack}`);
+          return true;
+        });
+      }
+    }
+    await assert.rejects(doc.embedJpeg(picture('gray.jpg').subarray(0, -2)), cut);
+    const png = picture('rgb.png').slice();
+    png[png.length - 20] ^= 1;
+    await doc.embedPng(png);
+    await assert.rejects(doc.embedPng(png, { check: true }), failsWith('damaged', /IDAT .* checksum/));
+    await doc.embedPng(picture('rgb.png'), { check: true });
+    doc.dispose();
+  });
+
+  test('damaged anywhere give a document or an error of ours', async () => {
+    let seed = 1;
+    const random = (most) => (seed = (seed * 48271) % 0x7fffffff) % most;
+    for (const name of ['turned-6.jpg', 'profile.jpg', 'palette-alpha.png', 'gray-alpha.png', 'plain.jp2']) {
+      const whole = picture(name);
+      for (let i = 0; i < 150; ++i) {
+        const bytes = whole.slice(0, i % 3 ? whole.length : random(whole.length));
+        for (let k = 0; k < 3 && bytes.length; ++k) bytes[random(Math.min(bytes.length, i % 2 ? 200 : 1e9))] = random(256);
+        const doc = await Document.create();
+        try {
+          doc.addPage().drawImage(await doc.embedImage(bytes), { width: 10, height: 10 });
+          await doc.save();
+        } catch (error) {
+          assert.ok(error instanceof JtpdfError, `${name}, case ${i}: ${error.stack}`);
+        }
+        doc.dispose();
+      }
+    }
+  });
+
+  test('of pixels, and encoded ones with a soft mask and a profile', async () => {
+    const doc = await Document.create();
+    const pixels = await doc.embedImage({ width: 2, height: 1, data: Uint8ClampedArray.of(255, 0, 0, 255, 0, 0, 255, 0) });
+    const profile = await doc.embedIcc(readFileSync(join(source, 'examples/images/bgr.icc')));
+    const data = deflateSync(Uint8Array.of(0, 0, 255, 255, 0, 0));
+    const encoded = await doc.embedEncoded(data, { compression: 'flate', width: 2, height: 1, colorSpace: profile,
+      softMask: { data: deflateSync(Uint8Array.of(255, 0)), compression: 'flate', width: 2, height: 1, colorSpace: 'gray' } });
+    for (const image of [pixels, encoded]) doc.addPage([20, 10]).drawImage(image, { width: 20, height: 10 });
+    await sound(doc, 'pixels.pdf');
+    const rows = (n) => execFileSync('pdftoppm', ['-r', '72', '-f', `${n}`, '-l', `${n}`, join(work, 'pixels.pdf')]).subarray(-300);
+    for (const n of [1, 2]) {
+      assert.deepEqual([...rows(n).subarray(6, 9)], [255, 0, 0]);
+      assert.deepEqual([...rows(n).subarray(-9, -6)], [255, 255, 255]);
+    }
+  });
+});
+
+test('CommonJS takes the package as well', async () => {
+  const cjs = createRequire(import.meta.url)('jtpdf');
+  assert.deepEqual(Object.keys(cjs).sort(), Object.keys(await import('jtpdf')).sort());
+  const doc = await cjs.Document.create();
+  doc.addPage();
+  assert.ok((await doc.save()).length > 500);
+});
