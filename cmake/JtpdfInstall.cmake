@@ -1,5 +1,6 @@
 # Install rules. Components: runtime (the shared library), development (headers, CMake package,
-# pkg-config file, static library), tools (the command), documentation, python.
+# pkg-config file, static library), pictures_runtime and pictures_development (those of pictures),
+# tools (the command), documentation, python.
 
 include(CMakePackageConfigHelpers)
 
@@ -18,6 +19,14 @@ if(TARGET jtpdf_static)
     COMPONENT development)
 endif()
 
+if(TARGET jtpdf_pictures_shared)
+  install(TARGETS jtpdf_pictures_shared EXPORT jtpdfPicturesTargets
+    LIBRARY COMPONENT pictures_runtime NAMELINK_COMPONENT pictures_development
+    FILE_SET HEADERS COMPONENT pictures_development)
+  install(EXPORT jtpdfPicturesTargets NAMESPACE jtpdf:: DESTINATION ${package_dir}
+    COMPONENT pictures_development)
+endif()
+
 configure_package_config_file(cmake/jtpdfConfig.cmake.in jtpdfConfig.cmake
   INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(jtpdfConfigVersion.cmake COMPATIBILITY SameMajorVersion)
@@ -31,6 +40,11 @@ file(RELATIVE_PATH pc_to_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefi
 configure_file(cmake/jtpdf.pc.in jtpdf.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/jtpdf.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+if(TARGET jtpdf_pictures_shared)
+  configure_file(cmake/jtpdf-pictures.pc.in jtpdf-pictures.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/jtpdf-pictures.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT pictures_development)
+endif()
 
 install(FILES README.md CHANGELOG.md LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)

@@ -44,6 +44,22 @@ if(GZIP)
   set(CPACK_COMPONENTS_ALL)
   jtpdf_package(runtime libjtpdf2 "Library that writes PDF files in one forward pass")
   jtpdf_package(development libjtpdf-dev "Headers and build files of the JTPDF library")
+  if(TARGET jtpdf_pictures_shared)
+    jtpdf_package(pictures_runtime libjtpdf-pictures0
+      "Library that makes pages of PDF files from pictures")
+    jtpdf_package(pictures_development libjtpdf-pictures-dev
+      "Headers and build files of the JTPDF library for pictures")
+    # dpkg-shlibdeps adds the libraries of others; to ours it finds no package, as it is made here.
+    set(CPACK_DEBIAN_PICTURES_RUNTIME_PACKAGE_DEPENDS "libjtpdf2 (>= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_PICTURES_RUNTIME_PACKAGE_CONTROL_EXTRA
+      ${debian}/triggers ${CMAKE_CURRENT_BINARY_DIR}/pictures-debian/shlibs
+      ${CMAKE_CURRENT_BINARY_DIR}/pictures-debian/symbols)
+    set(CPACK_DEBIAN_PICTURES_RUNTIME_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+    set(CPACK_DEBIAN_PICTURES_DEVELOPMENT_PACKAGE_SECTION libdevel)
+    set(own "= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
+    set(CPACK_DEBIAN_PICTURES_DEVELOPMENT_PACKAGE_DEPENDS
+      "libjtpdf-pictures0 (${own}), libjtpdf-dev (${own})")
+  endif()
   if(TARGET jtpdf_tool)
     jtpdf_package(tools jtpdf "Command that turns images into a PDF")
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
@@ -70,12 +86,19 @@ if(GZIP)
     "libjtpdf2 (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
   # What packages depend on that take the library: the package, and by the one list of exported names.
-  file(STRINGS src/jtpdf.exports names)
-  list(TRANSFORM names PREPEND " ")
-  list(TRANSFORM names APPEND "@Base ${PROJECT_VERSION}")
-  list(JOIN names "\n" symbols)
-  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs "libjtpdf 2 libjtpdf2 (>= ${PROJECT_VERSION})\n")
-  file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/symbols "libjtpdf.so.2 libjtpdf2\n${symbols}\n")
+  function(jtpdf_symbols folder library soversion package exports)
+    file(STRINGS ${exports} names)
+    list(TRANSFORM names PREPEND " ")
+    list(TRANSFORM names APPEND "@Base ${PROJECT_VERSION}")
+    list(JOIN names "\n" symbols)
+    file(WRITE ${folder}/shlibs "${library} ${soversion} ${package} (>= ${PROJECT_VERSION})\n")
+    file(WRITE ${folder}/symbols "${library}.so.${soversion} ${package}\n${symbols}\n")
+  endfunction()
+  jtpdf_symbols(${CMAKE_CURRENT_BINARY_DIR} libjtpdf 2 libjtpdf2 src/jtpdf.exports)
+  if(TARGET jtpdf_pictures_shared)
+    jtpdf_symbols(${CMAKE_CURRENT_BINARY_DIR}/pictures-debian libjtpdf-pictures 0 libjtpdf-pictures0
+      pictures/jtpdf-pictures.exports)
+  endif()
 endif()
 
 include(CPack)

@@ -18,12 +18,16 @@ takes jtpdf libjtpdf2
 takes jtpdf libjpeg62-turbo
 takes libjtpdf-dev libjtpdf2
 takes libjtpdf2 libc6
+takes libjtpdf-pictures0 libjtpdf2
+takes libjtpdf-pictures0 libjpeg62-turbo
+takes libjtpdf-pictures-dev libjtpdf-pictures0
+takes libjtpdf-pictures-dev libjtpdf-dev
 takes python3-jtpdf libjtpdf2
 takes python3-jtpdf python3
 
 synopses=$(for package in "$folder"/*.deb; do dpkg-deb -f "$package" Description | sed -n 1p; done)
 [ -z "$(sort <<<"$synopses" | uniq -d)" ] || complain "packages share a synopsis:"$'\n'"$synopses"
-[ "$(wc -l <<<"$synopses")" -eq 5 ] || complain "there are not five packages in $folder"
+[ "$(wc -l <<<"$synopses")" -eq 7 ] || complain "there are not seven packages in $folder"
 
 # What Python compiles is made and taken away with the package.
 for script in postinst prerm; do

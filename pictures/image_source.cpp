@@ -109,7 +109,8 @@ ImageSource ImageSource::Read(int descriptor, const PipeRules& rules) {
     if (size > rules.most) {
       throw ImageError("holds more than " + std::to_string(rules.most) +
                        " bytes, the most that is read from a pipe; save it to a file and name "
-                       "that, or allow more with --max-input");
+                       "that, or allow more with " +
+                       rules.option);
     }
   }
   bytes.Shrink(size);

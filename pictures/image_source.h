@@ -38,6 +38,7 @@ struct InputChanged : ImageError {
 // What is read into memory, since it cannot be mapped, has bounds.
 struct PipeRules {
   uint64_t most = uint64_t{4} << 30;  // bytes
+  const char* option = "maxBytes";    // what messages call that
   // Called once, with the first kRecognisedBytes or all there are: throws where the rest is not
   // worth reading.
   void (*judgeHead)(Bytes head) = [](Bytes) {};

@@ -69,18 +69,20 @@ bool Fits(double width, double height) {
 }
 
 // The image sizes that would help, if any does.
-std::string UsefulSizes(const ImagePlan& plan, int orientation) {
+std::string UsefulSizes(const ImagePlan& plan, int orientation, const LayoutNames& names) {
   double width = plan.width, height = plan.height;
   if (SwapsSides(orientation)) std::swap(width, height);
   const bool dpi = Fits(width * 72 / 300, height * 72 / 300);
   constexpr double kTwentyCm = 20 * 72 / 2.54;
   const bool length = Fits(kTwentyCm, kTwentyCm * height / width);
   if (!dpi && !length) return "";
-  return std::string(", or an image size with ") + (dpi ? "-s 300dpi" : "") +
-         (dpi && length ? " or " : "") + (length ? "-s 20cmx" : "");
+  const std::string option = std::string(names.image) + ' ';
+  return ", or an image size with " + (dpi ? option + "300dpi" : "") +
+         (dpi && length ? " or " : "") + (length ? option + "20cmx" : "");
 }
 
-void CheckPage(double width, double height, const ImagePlan& plan, int orientation) {
+void CheckPage(double width, double height, const ImagePlan& plan, int orientation,
+               const LayoutNames& names) {
   if (Fits(width, height)) return;
   char resolution[64] = "";
   if (plan.resolution.Known()) {
@@ -88,8 +90,8 @@ void CheckPage(double width, double height, const ImagePlan& plan, int orientati
                   plan.resolution.y);
   }
   throw ImageError("would need a page of " + Sides(width, height) + resolution +
-                   "; PDF pages measure 3 to 14400 pt: choose a page with -S A4" +
-                   UsefulSizes(plan, orientation));
+                   "; PDF pages measure 3 to 14400 pt: choose a page with " + names.page + " A4" +
+                   UsefulSizes(plan, orientation, names));
 }
 
 JTPDFRect Inset(JTPDFRect box, Border border) {
@@ -131,12 +133,13 @@ JTPDFRect OrientedBox(double centreX, double centreY, double width, double heigh
 
 namespace {
 
-std::optional<double> CellSide(std::optional<double> page, double border, unsigned cells) {
+std::optional<double> CellSide(std::optional<double> page, double border, unsigned cells,
+                               const LayoutNames& names) {
   if (!page) return std::nullopt;
   const double left = (*page - (cells + 1) * border) / cells;
   if (left > 0) return left;
-  throw ImageError(
-      "has no room left on its page inside the border; choose a smaller -b or a larger -S");
+  throw ImageError("has no room left on its page inside the border; choose a smaller " +
+                   std::string(names.border) + " or a larger " + names.page);
 }
 
 // The picture, with its file's resolution or the usual one, on its page: how large both are.
@@ -160,8 +163,9 @@ Sizes MeasurePage(const ImagePlan& plan, const LayoutOptions& options) {
     image = FitInto(image, InPoints(options.image.width, image.width),
                     InPoints(options.image.height, image.height), options.fit);
   } else if (page.Given() && !options.image.dpi) {
-    image = FitInto(image, CellSide(page.width, border.horizontal, options.grid.columns),
-                    CellSide(page.height, border.vertical, options.grid.rows), options.fit);
+    image = FitInto(
+        image, CellSide(page.width, border.horizontal, options.grid.columns, options.names),
+        CellSide(page.height, border.vertical, options.grid.rows, options.names), options.fit);
   }
   if (!page.width) page.width = image.width + 2 * border.horizontal;
   if (!page.height) page.height = image.height + 2 * border.vertical;
@@ -202,18 +206,20 @@ PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
   PageLayout layout;
   const auto [image, page, border] = MeasurePageSensibly(plan, options, &layout.note);
   const int orientation = DrawnOrientation(plan, options);
-  CheckPage(*page.width, *page.height, plan, orientation);
+  CheckPage(*page.width, *page.height, plan, orientation, options.names);
   layout.page.width = *page.width;
   layout.page.height = *page.height;
-  layout.crop = InsetIfGiven(layout.page, options.cropBorder.value_or(Border{}), "--crop-border")
-                    .value_or(layout.page);
-  layout.bleed = InsetIfGiven(layout.page, options.bleedBorder, "--bleed-border");
-  layout.trim = InsetIfGiven(layout.page, options.trimBorder, "--trim-border");
-  layout.art = InsetIfGiven(layout.page, options.artBorder, "--art-border");
+  layout.crop =
+      InsetIfGiven(layout.page, options.cropBorder.value_or(Border{}), options.names.cropBorder)
+          .value_or(layout.page);
+  layout.bleed = InsetIfGiven(layout.page, options.bleedBorder, options.names.bleedBorder);
+  layout.trim = InsetIfGiven(layout.page, options.trimBorder, options.names.trimBorder);
+  layout.art = InsetIfGiven(layout.page, options.artBorder, options.names.artBorder);
   layout.cell = layout.page;
   if (options.grid.Cells() > 1) {
-    const double width = *CellSide(page.width, border.horizontal, options.grid.columns);
-    const double height = *CellSide(page.height, border.vertical, options.grid.rows);
+    const double width =
+        *CellSide(page.width, border.horizontal, options.grid.columns, options.names);
+    const double height = *CellSide(page.height, border.vertical, options.grid.rows, options.names);
     layout.cell = {border.horizontal, *page.height - border.vertical - height, width, height, 0};
     // A thousandth of a point: the picture that fills its cell doesn't.
     layout.cut = image.width > width + 0.001 || image.height > height + 0.001;

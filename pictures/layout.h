@@ -49,6 +49,17 @@ struct Grid {
   size_t Cells() const { return size_t{columns} * rows; }
 };
 
+// What messages call the options.
+struct LayoutNames {
+  const char* page = "page";
+  const char* image = "image";
+  const char* border = "border";
+  const char* cropBorder = "cropBorder";
+  const char* bleedBorder = "bleedBorder";
+  const char* trimBorder = "trimBorder";
+  const char* artBorder = "artBorder";
+};
+
 struct LayoutOptions {
   PageSize page;  // both sides, where the grid has several cells
   ImageSize image;
@@ -59,6 +70,7 @@ struct LayoutOptions {
   Fit fit = Fit::kInto;
   bool autoOrient = false;
   std::optional<int> turn;  // degrees clockwise in place of the picture's own orientation
+  LayoutNames names;
 };
 
 struct PageLayout {

@@ -1165,6 +1165,13 @@ class [[nodiscard]] Document {
 
   // The document of the C interface, for calls of its own; the face stays the owner.
   JTPDFDocument* handle() const noexcept { return handle_.get(); }
+  // Makes such a call, which gives a result code, and throws for it as every method does.
+  template <typename Call>
+  void call(const char* function, const Call& call) {
+    check(function, call);
+  }
+  // The number that images and forms know their document by.
+  std::uint32_t identity() const noexcept { return identity_; }
 
   // -- Information
 

@@ -56,6 +56,15 @@ const Decoder* Recognise(Bytes head) {
   return it == kDecoders.end() ? nullptr : *it;
 }
 
+const Decoder& RecogniseOrThrow(Bytes head) {
+  const Decoder* decoder = Recognise(head);
+  if (decoder == nullptr) {
+    throw ImageError(
+        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
+  }
+  return *decoder;
+}
+
 const Decoder& DecoderOf(Format format) {
   return **std::find_if(kDecoders.begin(), kDecoders.end(),
                         [&](const Decoder* decoder) { return decoder->format == format; });
@@ -69,7 +78,7 @@ void CheckSize(uint64_t width, uint64_t height, const ReadLimits& limits) {
   constexpr uint64_t kMost = std::numeric_limits<int32_t>::max();
   if (width > kMost || height > kMost || width > limits.maxPixels / height) {
     throw ImageError("claims " + size + ", more than the " + std::to_string(limits.maxPixels) +
-                     " allowed; if that is right, allow it with --max-pixels");
+                     " allowed; if that is right, allow it with " + limits.option);
   }
 }
 
@@ -86,8 +95,8 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
     char text[256];
     std::snprintf(text, sizeof text,
                   "would take %.0f MB of memory to decode, more than the %.0f MB allowed; if that "
-                  "is right, allow it with --max-pixels %.0f",
-                  bytes / 1e6, most / 1e6, std::ceil(bytes / 4));
+                  "is right, allow it with %s %.0f",
+                  bytes / 1e6, most / 1e6, limits.option, std::ceil(bytes / 4));
     throw ImageError(text);
   }
   plan->memory = static_cast<uint64_t>(bytes);

@@ -17,6 +17,7 @@ namespace pictures {
 
 struct ReadLimits {
   uint64_t maxPixels = 500'000'000;
+  const char* option = "maxPixels";  // what messages call that
 
   // What decoding one picture may take: four bytes for each pixel that is allowed.
   uint64_t MostBytes() const {
@@ -52,6 +53,8 @@ inline constexpr size_t kRecognisedBytes = 64;
 
 // The decoder for a file that begins so; null for what is not a picture that the tool knows.
 const Decoder* Recognise(Bytes head);
+// The same, or an ImageError.
+const Decoder& RecogniseOrThrow(Bytes head);
 const Decoder& DecoderOf(Format format);
 
 // Throws an ImageError unless the picture has pixels, and no more than the limit.

@@ -1,7 +1,7 @@
 # The library's binary interface (exported names, parameters, layouts, enumerators) is the one in
 # the baseline. To write the baseline anew: JTPDF_UPDATE_ABI=1 ctest -R abi.baseline
 #   cmake -D ABIDW=abidw -D ABIDIFF=abidiff -D LIBRARY=libjtpdf.so -D BASELINE=libjtpdf.so.2.abi
-#     -D CURRENT=current.abi -P abi.cmake
+#     -D CURRENT=current.abi [-D FUNCTION=WritePdfImage] -P abi.cmake
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -13,7 +13,10 @@ execute_process(
 # Where the sources stand is no part of the interface.
 string(REGEX REPLACE " path='[^']*/src/" " path='src/" current "${current}")
 file(WRITE ${CURRENT} "${current}")
-if(NOT current MATCHES "<function-decl name='WritePdfImage'[^\n]*\n *<parameter")
+if(NOT FUNCTION)
+  set(FUNCTION WritePdfImage)
+endif()
+if(NOT current MATCHES "<function-decl name='${FUNCTION}'[^\n]*\n *<parameter")
   message(FATAL_ERROR "${LIBRARY} has no debug information: build it under the preset dev")
 endif()
 

@@ -1,6 +1,7 @@
 # The library exports the names in src/jtpdf.exports, all of them and no other, and needs nothing
-# but the C and C++ runtime.
-#   cmake -D NM=nm -D READELF=readelf -D LIBRARY=libjtpdf.so -D EXPORTS=jtpdf.exports -P exports.cmake
+# but the C and C++ runtime, and those that NEEDS matches.
+#   cmake -D NM=nm -D READELF=readelf -D LIBRARY=libjtpdf.so -D EXPORTS=jtpdf.exports [-D NEEDS=REGEX]
+#     -P exports.cmake
 
 cmake_minimum_required(VERSION 3.25)
 
@@ -24,6 +25,9 @@ execute_process(COMMAND ${READELF} -d ${LIBRARY}
 string(REGEX MATCHALL "NEEDED[^\n]*\\[[^]\n]*" needed "${dynamic}")
 foreach(line ${needed})
   string(REGEX REPLACE ".*\\[" "" name "${line}")
+  if(NEEDS AND name MATCHES "${NEEDS}")
+    continue()
+  endif()
   if(NOT name MATCHES "^(libstdc\\+\\+|libc\\+\\+|libc\\+\\+abi|libm|libgcc_s|libc|ld-linux.*)\\.so")
     message(SEND_ERROR "${LIBRARY} needs ${name}, which is neither the C nor the C++ runtime")
   endif()

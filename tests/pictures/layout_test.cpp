@@ -138,15 +138,17 @@ std::string AdviceFor(uint32_t width, uint32_t height, int orientation = 1) {
 }
 
 TEST(LayOut, AdvisesOnlyWhatHelps) {
-  EXPECT_EQ(AdviceFor(2, 2), "choose a page with -S A4, or an image size with -s 20cmx");
+  EXPECT_EQ(AdviceFor(2, 2), "choose a page with page A4, or an image size with image 20cmx");
   EXPECT_EQ(AdviceFor(30'000, 20'000),
-            "choose a page with -S A4, or an image size with -s 300dpi or -s 20cmx");
-  EXPECT_EQ(AdviceFor(90'000, 80'000), "choose a page with -S A4, or an image size with -s 20cmx");
-  EXPECT_EQ(AdviceFor(50'000, 20), "choose a page with -S A4, or an image size with -s 300dpi");
-  EXPECT_EQ(AdviceFor(90'000, 1), "choose a page with -S A4");
+            "choose a page with page A4, or an image size with image 300dpi or image 20cmx");
+  EXPECT_EQ(AdviceFor(90'000, 80'000),
+            "choose a page with page A4, or an image size with image 20cmx");
+  EXPECT_EQ(AdviceFor(50'000, 20),
+            "choose a page with page A4, or an image size with image 300dpi");
+  EXPECT_EQ(AdviceFor(90'000, 1), "choose a page with page A4");
   // Twenty centimetres of width are 5.08 m of height here, and less than that turned.
-  EXPECT_EQ(AdviceFor(2, 60), "choose a page with -S A4");
-  EXPECT_EQ(AdviceFor(2, 60, 6), "choose a page with -S A4, or an image size with -s 20cmx");
+  EXPECT_EQ(AdviceFor(2, 60), "choose a page with page A4");
+  EXPECT_EQ(AdviceFor(2, 60, 6), "choose a page with page A4, or an image size with image 20cmx");
 }
 
 TEST(LayOut, CentresThePictureWhateverItsSize) {

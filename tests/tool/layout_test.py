@@ -103,8 +103,8 @@ class Layout(JtpdfTest):
                          small, "-o", out)
         self.assertFails(1, r"large\.png: would need a page of 15000 x 15 pt", large, "-o", out)
         self.convert(small, large, "-S", "A4")
-        self.assertFails(2, "-S: .*out of range", small, "-S", "2x2", "-o", out)
-        self.assertFails(2, "-S: .*out of range", small, "-S", "600cmx600cm", "-o", out)
+        self.assertFails(2, "out of range", small, "-S", "2x2", "-o", out)
+        self.assertFails(2, "out of range", small, "-S", "600cmx600cm", "-o", out)
 
     def test_borders_that_leave_nothing_are_refused(self):
         path = self.save(blocks(), "a.png")

@@ -29,15 +29,6 @@ struct PlannedInput {
   ImageSource held;  // what can be read only once, or was kept
 };
 
-const Decoder& RecogniseOrThrow(Bytes head) {
-  const Decoder* decoder = Recognise(head);
-  if (decoder == nullptr) {
-    throw ImageError(
-        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
-  }
-  return *decoder;
-}
-
 // A page that does not fit fails alone, but for the only one: then it is the file that fails.
 void LayOutPages(const Options& options, PlannedInput* planned) {
   for (ImagePlan& image : planned->images) {
@@ -58,7 +49,8 @@ void LayOutPages(const Options& options, PlannedInput* planned) {
 
 void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedInput* planned) {
   const Input& input = planned->input;
-  const PipeRules rules{options.maxInput, [](Bytes head) { RecogniseOrThrow(head); }};
+  const PipeRules rules{options.maxInput, "--max-input",
+                        [](Bytes head) { RecogniseOrThrow(head); }};
   ImageSource source = input.standardInput ? ImageSource::Read(0, rules)
                                            : ImageSource::Open(input.path, false, rules);
   const Bytes file = source.View();

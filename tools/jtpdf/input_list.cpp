@@ -51,7 +51,7 @@ std::vector<std::string> SplitNames(std::string_view list) {
 
 std::vector<Input> ReadInputList(const std::string& path, uint64_t most, bool titles) {
   try {
-    const PipeRules rules{most};
+    const PipeRules rules{most, "--max-input"};
     const ImageSource list = path == "-" ? ImageSource::Read(STDIN_FILENO, rules)
                                          : ImageSource::Open(path, false, rules);
     const std::string_view text(reinterpret_cast<const char*>(list.View().data()),

@@ -160,7 +160,11 @@ void Read(int count, const char* const* arguments, CLI::App* app) {
   }
 }
 
+constexpr LayoutNames kLayoutNames{
+    "-S", "-s", "-b", "--crop-border", "--bleed-border", "--trim-border", "--art-border"};
+
 void InterpretLayout(const Words& words, LayoutOptions* layout) {
+  layout->names = kLayoutNames;
   if (words.pageSize) layout->page = ParsePageSize(*words.pageSize);
   if (words.imageSize) layout->image = ParseImageSize(*words.imageSize);
   if (words.border) layout->border = ParseBorder(*words.border);
@@ -191,6 +195,7 @@ void InterpretNumbers(const Words& words, Options* options) {
   if (words.compression) {
     options->compression = ParseNumber(*words.compression, 0, 12, "--compression");
   }
+  options->limits.option = "--max-pixels";
   if (words.pixels) {
     options->limits.maxPixels =
         ParseNumber<uint64_t>(*words.pixels, 1, uint64_t{1} << 40, "--max-pixels");
@@ -242,7 +247,11 @@ Options ParseOptions(int count, const char* const* arguments) {
   Declare(&app, &options, &words);
   Read(count, arguments, &app);
   if (options.help || options.version) return options;
-  InterpretLayout(words, &options.layout);
+  try {
+    InterpretLayout(words, &options.layout);
+  } catch (const MeasureError& error) {
+    throw UsageError(error.what());
+  }
   InterpretNumbers(words, &options);
   options.metadata = InterpretMetadata(words);
   options.viewer = InterpretViewer(words.viewer);

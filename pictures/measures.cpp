@@ -8,10 +8,13 @@
 #include <utility>
 
 #include "text.h"
-#include "usage_error.h"
 
-namespace pictures::tool {
+namespace pictures {
 namespace {
+
+[[noreturn]] void Refuse(std::string_view text, const std::string& wanted) {
+  throw MeasureError("\"" + Printable(text) + "\" is no " + wanted);
+}
 
 // A number at the text's begin, with a point whatever the locale; what follows it is the unit.
 std::optional<std::pair<double, std::string_view>> SplitNumber(std::string_view text) {
@@ -133,9 +136,10 @@ PageSize ParsePageSize(std::string_view text) {
   if (turned) std::swap(size.width, size.height);
   for (const auto& side : {size.width, size.height}) {
     if (side && (*side < kLeastPage || *side > kMostPage)) {
-      throw UsageError("-S: \"" + Printable(text) +
-                       "\" is out of range: the sides of PDF pages measure 3 to 14400 pt (1.06 mm "
-                       "to 5.08 m)");
+      throw MeasureError(
+          "\"" + Printable(text) +
+          "\" is out of range: the sides of PDF pages measure 3 to 14400 pt (1.06 mm "
+          "to 5.08 m)");
     }
   }
   return size;
@@ -196,4 +200,4 @@ Grid ParseGrid(std::string_view text) {
   return grid;
 }
 
-}  // namespace pictures::tool
+}  // namespace pictures

@@ -4,9 +4,7 @@
 
 #include <clocale>
 
-#include "usage_error.h"
-
-namespace pictures::tool {
+namespace pictures {
 namespace {
 
 TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
@@ -17,10 +15,10 @@ TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
   EXPECT_DOUBLE_EQ(ParseLength("12"), 12);
   EXPECT_DOUBLE_EQ(ParseLength("0"), 0);
   EXPECT_DOUBLE_EQ(ParseLength("1000000"), 1e6);
-  EXPECT_THROW(ParseLength("1000001"), UsageError);
+  EXPECT_THROW(ParseLength("1000001"), MeasureError);
   for (const char* text :
        {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
-    EXPECT_THROW(ParseLength(text), UsageError) << text;
+    EXPECT_THROW(ParseLength(text), MeasureError) << text;
   }
 }
 
@@ -58,8 +56,8 @@ TEST(ParsePageSize, KnowsEveryPaper) {
 TEST(ParsePageSize, TakesTheSmallestAndTheLargestPage) {
   EXPECT_EQ(*ParsePageSize("3x14400").width, 3);
   EXPECT_EQ(*ParsePageSize("3x14400").height, 14400);
-  EXPECT_THROW(ParsePageSize("2.9x10"), UsageError);
-  EXPECT_THROW(ParsePageSize("10x14400.1"), UsageError);
+  EXPECT_THROW(ParsePageSize("2.9x10"), MeasureError);
+  EXPECT_THROW(ParsePageSize("10x14400.1"), MeasureError);
 }
 
 TEST(ParsePageSize, TakesOneSideAlone) {
@@ -82,7 +80,7 @@ TEST(ParsePageSize, TakesAUnitWrittenOnceForBothSides) {
 
 TEST(ParsePageSize, RefusesNonsense) {
   for (const char* text : {"", "x", "A4x", "10x10x10", "A4^", "0x10", "2x100", "14401x10", "^T"}) {
-    EXPECT_THROW(ParsePageSize(text), UsageError) << text;
+    EXPECT_THROW(ParsePageSize(text), MeasureError) << text;
   }
 }
 
@@ -94,8 +92,8 @@ TEST(ParseImageSize, TakesPercentAndDpi) {
   EXPECT_FALSE(mixed.height->percent);
   EXPECT_TRUE(ParseImageSize("50x60%").width->percent);
   EXPECT_DOUBLE_EQ(ParseImageSize("1x2in").width->value, 72);
-  EXPECT_THROW(ParseImageSize("%"), UsageError);
-  EXPECT_THROW(ParseImageSize("dpi"), UsageError);
+  EXPECT_THROW(ParseImageSize("%"), MeasureError);
+  EXPECT_THROW(ParseImageSize("dpi"), MeasureError);
 }
 
 TEST(ParseBorder, IsVerticalThenHorizontal) {
@@ -104,8 +102,8 @@ TEST(ParseBorder, IsVerticalThenHorizontal) {
   EXPECT_EQ(ParseBorder("1:2").horizontal, 2);
   EXPECT_EQ(ParseBorder("1:2in").vertical, 72);
   EXPECT_EQ(ParseBorder("1in:2pt").horizontal, 2);
-  EXPECT_THROW(ParseBorder(":2"), UsageError);
+  EXPECT_THROW(ParseBorder(":2"), MeasureError);
 }
 
 }  // namespace
-}  // namespace pictures::tool
+}  // namespace pictures

@@ -1,12 +1,12 @@
 // text.h - UTF-8 in, wide text out; file names fit for messages.
-#ifndef JTPDF_TOOL_TEXT_H
-#define JTPDF_TOOL_TEXT_H
+#ifndef JTPDF_PICTURES_TEXT_H
+#define JTPDF_PICTURES_TEXT_H
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace pictures::tool {
+namespace pictures {
 
 // Decodes UTF-8 strictly, whatever the locale; nothing where it is not valid.
 std::optional<std::wstring> FromUtf8(std::string_view text);
@@ -34,6 +34,6 @@ std::string Decimal(double value);
 // The last part of a path.
 std::string_view BaseName(std::string_view path);
 
-}  // namespace pictures::tool
+}  // namespace pictures
 
-#endif  // JTPDF_TOOL_TEXT_H
+#endif  // JTPDF_PICTURES_TEXT_H

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace pictures::tool {
+namespace pictures {
 namespace {
 
 TEST(FromUtf8, DecodesEveryLength) {
@@ -63,4 +63,4 @@ TEST(Printable, HidesControlCharacters) {
 }
 
 }  // namespace
-}  // namespace pictures::tool
+}  // namespace pictures

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace pictures::tool {
+namespace pictures {
 namespace {
 
 constexpr wchar_t kReplacement = 0xFFFD;
@@ -124,4 +124,4 @@ std::string_view BaseName(std::string_view path) {
   return slash == std::string_view::npos || path.size() == 1 ? path : path.substr(slash + 1);
 }
 
-}  // namespace pictures::tool
+}  // namespace pictures

@@ -1,0 +1,129 @@
+// writer_api.cpp - pictures as images and pages of a document.
+#include <jtpdf/objects.h>
+
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <memory>
+#include <string>
+
+#include "api/guarded.h"
+#include "api/picture.h"
+#include "formats/decoder.h"
+#include "image_writer.h"
+#include "layout.h"
+#include "measures.h"
+
+struct JTPDFPictureWriter {
+  JTPDFDocument* document;
+  double unit;
+  int level;
+  pictures::ImageWriter images;
+};
+
+namespace pictures::api {
+namespace {
+
+int WriteImage(JTPDFPictureWriter* writer, const JTPDFPicture& picture, unsigned frame) {
+  const EncodedImage image = Encode(picture.UsableFrame(frame), picture.bytes, writer->level);
+  int number = 0;
+  Check(writer->images.Write(image, {kPdfImageRolePhoto, {}}, &number));
+  return number;
+}
+
+template <class Parse>
+auto Parsed(const char* member, const char* text, const Parse& parse) {
+  try {
+    return parse(text);
+  } catch (const MeasureError& error) {
+    RefuseArgument(std::string(member) + ": " + error.what());
+  }
+}
+
+LayoutOptions OptionsOf(const JTPDFPicturePage* page) {
+  LayoutOptions options;
+  if (page == nullptr) return options;
+  if (page->page != nullptr) options.page = Parsed("page", page->page, ParsePageSize);
+  if (page->image != nullptr) options.image = Parsed("image", page->image, ParseImageSize);
+  if (page->border != nullptr) options.border = Parsed("border", page->border, ParseBorder);
+  constexpr std::array kFits{Fit::kInto, Fit::kFill, Fit::kExact, Fit::kShrink, Fit::kEnlarge};
+  if (page->fit < 0 || static_cast<size_t>(page->fit) >= kFits.size()) {
+    RefuseArgument("fit: " + std::to_string(page->fit) + " is none of 0 to 4");
+  }
+  options.fit = kFits[static_cast<size_t>(page->fit)];
+  if (page->turn != -1) {
+    if (page->turn % 90 != 0 || page->turn < 0 || page->turn > 270) {
+      RefuseArgument("turn: " + std::to_string(page->turn) + " is none of -1, 0, 90, 180 and 270");
+    }
+    options.turn = page->turn;
+  }
+  options.autoOrient = page->autoOrient;
+  return options;
+}
+
+JTPDFRect InUnits(const JTPDFRect& box, double unit) {
+  return {box.left / unit, box.bottom / unit, box.width / unit, box.height / unit, box.angle};
+}
+
+JTPDFPictureLayout LayOutInUnits(const JTPDFPictureWriter& writer, const JTPDFPicture& picture,
+                                 unsigned frame, const JTPDFPicturePage* page) {
+  const PageLayout layout = LayOut(picture.UsableFrame(frame), OptionsOf(page));
+  return {InUnits(layout.page, writer.unit), InUnits(layout.image, writer.unit)};
+}
+
+}  // namespace
+}  // namespace pictures::api
+
+extern "C" {
+
+JTPDFPictureWriter* JTPDFCreatePictureWriter(JTPDFDocument* doc, double unitFactor, int level,
+                                             JTPDFPictureError* error) {
+  std::unique_ptr<JTPDFPictureWriter> writer;
+  const int32_t result = pictures::api::Guarded(error, [&] {
+    if (!(unitFactor > 0) || !std::isfinite(unitFactor)) {
+      pictures::api::RefuseArgument("unitFactor: no length can be that many points");
+    }
+    if (level < 0 || level > 12) {
+      pictures::api::RefuseArgument("level: " + std::to_string(level) + " is none of 0 to 12");
+    }
+    writer.reset(new JTPDFPictureWriter{doc, unitFactor, level, pictures::ImageWriter(doc, level)});
+  });
+  return result == 0 ? writer.release() : nullptr;
+}
+
+void JTPDFDestroyPictureWriter(JTPDFPictureWriter* writer) {
+  delete writer;
+}
+
+int32_t JTPDFWritePicture(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,
+                          int* image, JTPDFPictureError* error) {
+  return pictures::api::Guarded(error, [&] {
+    const int number = pictures::api::WriteImage(writer, *picture, frame);
+    if (image != nullptr) *image = number;
+  });
+}
+
+int32_t JTPDFLayOutPicture(const JTPDFPictureWriter* writer, const JTPDFPicture* picture,
+                           unsigned frame, const JTPDFPicturePage* page, JTPDFPictureLayout* layout,
+                           JTPDFPictureError* error) {
+  return pictures::api::Guarded(
+      error, [&] { *layout = pictures::api::LayOutInUnits(*writer, *picture, frame, page); });
+}
+
+int32_t JTPDFAddPicturePage(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,
+                            const JTPDFPicturePage* page, int* image, JTPDFPictureError* error) {
+  return pictures::api::Guarded(error, [&] {
+    const JTPDFPictureLayout layout = pictures::api::LayOutInUnits(*writer, *picture, frame, page);
+    const int number = pictures::api::WriteImage(writer, *picture, frame);
+    SetPdfCanvasBoundingBox(writer->document, layout.page);
+    DrawPdfImageInRect(writer->document, number, layout.image);
+    int form = 0;
+    errno = 0;  // the code of a failure is what stands there
+    pictures::api::Check(WritePdfCanvas(writer->document, &form));
+    errno = 0;
+    pictures::api::Check(WritePdfPage(writer->document, form, layout.page, layout.page));
+    if (image != nullptr) *image = number;
+  });
+}
+
+}  // extern "C"
