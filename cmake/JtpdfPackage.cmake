@@ -73,6 +73,7 @@ if(GZIP)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), libjtpdf2 (>= ${PROJECT_VERSION})")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "libjtpdf-pictures0 (>= ${PROJECT_VERSION})")
   # The compiled modules are no files of the package; these make them and take them away.
   set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
     ${debian}/python/postinst ${debian}/python/prerm)

@@ -1,7 +1,9 @@
 """The build backend of pyproject.toml (PEP 517): makes the wheel with nothing but Python's own modules.
 
-So `pip install .` needs no network. The wheel holds the shared library: the one that the environment
-variable JTPDF_LIBRARY names, or one that CMake makes of the sources around this folder.
+So `pip install .` needs no network. The wheel holds the shared libraries: those that the environment
+variables JTPDF_LIBRARY and JTPDF_PICTURES_LIBRARY name, or those that CMake makes of the sources around
+this folder. The one of pictures is left out where the decoders that it takes are not installed; where
+it is in, so are the decoders.
 """
 
 import ast
@@ -20,8 +22,12 @@ import zipfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 LIBRARY_NAME = "libjtpdf.so.2"
+PICTURES_NAME = "libjtpdf-pictures.so.0"
+# What every system has that a wheel of this kind is for.
+SYSTEM_LIBRARIES = re.compile(r"(libc|libm|libdl|librt|libpthread|libstdc\+\+|libgcc_s|ld-linux.*)\.so|"
+                              r"libjtpdf\.so|linux-vdso|/")
 # Of the library, what makes it; in the source distribution they are in the folder "library".
-LIBRARY_SOURCES = ("CMakeLists.txt", "LICENSE", "cmake", "include", "src")
+LIBRARY_SOURCES = ("CMakeLists.txt", "LICENSE", "cmake", "include", "pictures", "src")
 OWN_SOURCES = ("pyproject.toml", "backend.py", "README.md", "src")
 
 
@@ -32,7 +38,14 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     files = {f"jtpdf/{path.name}": path.read_bytes()
              for path in sorted((HERE / "src" / "jtpdf").iterdir())
              if path.suffix == ".py" or path.name == "py.typed"}
-    files[f"jtpdf/{LIBRARY_NAME}"] = shared_library()
+    with tempfile.TemporaryDirectory() as build:
+        library, pictures = shared_libraries(pathlib.Path(build))
+        files[f"jtpdf/{LIBRARY_NAME}"] = library.read_bytes()
+        if pictures is not None:
+            files[f"jtpdf/{PICTURES_NAME}"] = pictures.read_bytes()
+            for decoder in decoders_of(pictures, library):
+                files[f"jtpdf/decoders/{decoder.name}"] = decoder.read_bytes()
+                files.update(license_of(decoder, info))
     files[f"{info}/LICENSE"] = (library_folder() / "LICENSE").read_bytes()
     files[f"{info}/METADATA"] = metadata(about).encode("utf-8")
     files[f"{info}/WHEEL"] = (f"Wheel-Version: 1.0\nGenerator: jtpdf\nRoot-Is-Purelib: false\n"
@@ -55,7 +68,8 @@ def build_sdist(sdist_directory, config_settings=None):
     folder = f"{about['name']}-{about['version']}"
 
     def plain(entry):
-        skipped = "__pycache__" in entry.name or entry.name.endswith(".so.2")
+        skipped = ("__pycache__" in entry.name or entry.name.endswith(".so.2") or
+                   "/corpus" in entry.name)
         entry.uid = entry.gid = entry.mtime = 0
         entry.uname = entry.gname = ""
         return None if skipped else entry
@@ -101,19 +115,41 @@ def library_folder():
     raise SystemExit(f"{HERE} is not in the sources of jtpdf, of which the wheel holds the library")
 
 
-def shared_library():
+def shared_libraries(build):
+    """The library and that of pictures, which is None where there is none."""
     named = os.environ.get("JTPDF_LIBRARY")
     if named:
-        return pathlib.Path(named).read_bytes()
+        pictures = os.environ.get("JTPDF_PICTURES_LIBRARY")
+        return pathlib.Path(named), pathlib.Path(pictures) if pictures else None
     if shutil.which("cmake") is None:
         raise SystemExit("cmake is not installed, which makes the library of the wheel; install it, "
                          "or let JTPDF_LIBRARY name the shared library")
-    with tempfile.TemporaryDirectory() as build:
-        options = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF", "-DJTPDF_BUILD_TOOLS=OFF",
-                   "-DJTPDF_BUILD_EXAMPLES=OFF", "-DJTPDF_INSTALL=OFF"]
-        run("cmake", "-S", str(library_folder()), "-B", build, *options)
-        run("cmake", "--build", build, "--target", "jtpdf", "--parallel", str(os.cpu_count() or 1))
-        return (pathlib.Path(build) / "src" / LIBRARY_NAME).read_bytes()
+    options = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF", "-DJTPDF_BUILD_TOOLS=OFF",
+               "-DJTPDF_BUILD_PICTURES=ON", "-DJTPDF_BUILD_EXAMPLES=OFF", "-DJTPDF_INSTALL=OFF"]
+    run("cmake", "-S", str(library_folder()), "-B", str(build), *options)
+    run("cmake", "--build", str(build), "--parallel", str(os.cpu_count() or 1))
+    pictures = build / "pictures" / PICTURES_NAME
+    return build / "src" / LIBRARY_NAME, pictures if pictures.exists() else None
+
+
+def decoders_of(pictures, library):
+    """The shared libraries that the one of pictures takes, all but those of the system."""
+    paths = os.pathsep.join(filter(None, [str(library.parent), os.environ.get("LD_LIBRARY_PATH")]))
+    listed = subprocess.run(["ldd", str(pictures)], check=True, stdout=subprocess.PIPE, text=True,
+                            env={**os.environ, "LD_LIBRARY_PATH": paths}).stdout
+    found = re.findall(r"^\s*(\S+) => (\S+)", listed, re.MULTILINE)
+    return [pathlib.Path(path).parent / name for name, path in sorted(found)
+            if not SYSTEM_LIBRARIES.match(name)]
+
+
+def license_of(decoder, info):
+    """The licence of a decoder, where Debian's packages say whose file it is."""
+    if shutil.which("dpkg") is None:
+        return {}
+    owner = subprocess.run(["dpkg", "-S", str(decoder.resolve())], stdout=subprocess.PIPE,
+                           stderr=subprocess.DEVNULL, text=True).stdout.partition(":")[0]
+    text = pathlib.Path("/usr/share/doc", owner or "none", "copyright")
+    return {f"{info}/licenses/{owner}": text.read_bytes()} if text.exists() else {}
 
 
 def run(*command):

@@ -18,7 +18,9 @@ from . import _native
 from ._document import Document
 from ._errors import Error
 from ._objects import Colors, Filter, ImageObject, Object, pdf_string
+from ._picture_files import PictureError, PictureFile, PictureInfo, probe
 from ._pictures import Picture
+from ._pictures_to_pdf import pictures_to_pdf
 from ._values import (CENTIMETER, INCH, MILLIMETER, POINT, Box, BoxLike, Color, ColorLike,
                       ColorSpace, Compression, Form, Image, ImageData, Profile, Role, Unit)
 
@@ -27,8 +29,10 @@ __version__ = "2.1.6"
 __all__ = [
     "CENTIMETER", "INCH", "MILLIMETER", "POINT", "Box", "BoxLike", "Color", "ColorLike",
     "ColorSpace", "Colors", "Compression", "Document", "Error", "Filter", "Form", "Image",
-    "ImageData", "ImageObject", "Object", "Picture", "Profile", "Role", "Unit",
-    "diagnostic_mode", "library_version", "pdf_string", "set_diagnostic_mode",
+    "ImageData", "ImageObject", "Object", "Picture", "PictureError", "PictureFile", "PictureInfo",
+    "Profile", "Role", "Unit",
+    "diagnostic_mode", "library_version", "pdf_string", "pictures_to_pdf", "probe",
+    "set_diagnostic_mode",
 ]
 
 

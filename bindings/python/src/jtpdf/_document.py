@@ -13,9 +13,9 @@ import stat
 import warnings
 import zlib
 from types import TracebackType
-from typing import TYPE_CHECKING, Literal, Mapping, Sequence
+from typing import TYPE_CHECKING, Callable, Literal, Mapping, Sequence
 
-from . import _arguments, _native, _objects
+from . import _arguments, _native, _objects, _picture_files
 from ._errors import Error
 from ._objects import Colors, Encode, Encoder, Filter, ImageObject, Object
 from ._output import Output, Writable
@@ -26,6 +26,7 @@ from ._values import (POINT, Box, BoxLike, ColorLike, Compression, Form, Image, 
 if TYPE_CHECKING:
     from _typeshed import StrOrBytesPath
 
+    from ._picture_files import Fit, PictureSource
     from ._values import Buffer
 
 # Positions in a file have ten digits; what finish() writes at most, for each page and besides.
@@ -94,6 +95,7 @@ class Document:
         self._drawn = False  # since the last form
         self._encoder: Encoder | None = None
         self._profiles: dict[bytes, Profile] = {}  # of pictures
+        self._picture_writer: _picture_files.Writer | None = None
         self._pages = 0  # how many are queued
         self._written = 0  # how many bytes of data
         self._unit = points(unit)
@@ -170,7 +172,7 @@ class Document:
 
     def discard(self) -> None:
         """Gives the document up: a file that is not finished stays incomplete."""
-        self._handle = None
+        self._handle = self._picture_writer = None
         self._unfinished = False
 
     @property
@@ -350,9 +352,19 @@ class Document:
 
     # -- Put together
 
-    def write_picture(self, picture: Picture, *, role: Role = Role.OTHER, name: str = "",
+    def write_picture(self, picture: Picture | PictureSource, *, frame: int = 0,
+                      role: Role = Role.OTHER, name: str = "",
                       entries: Mapping[str, str] = _NO_ENTRIES) -> Image:
-        """Writes a picture, with its alpha channel and its profile if it has them."""
+        """Writes a picture, with its alpha channel and its profile if it has them.
+
+        A picture is a Picture, or what a picture comes in: a path, the bytes of a file, or a file, of
+        any format that add_picture() takes. Of these the role is always PHOTO, and what can be
+        stored as it is, is; frame is one of several that a file may hold.
+        """
+        if not isinstance(picture, Picture):
+            if name or entries or role != Role.OTHER:
+                raise TypeError("role, name and entries are for a Picture")
+            return self._write_picture_file(picture, frame)
         image = picture.image
         if picture.profile is not None:
             image = dataclasses.replace(image, color_space=self._profile(picture.profile))
@@ -360,6 +372,61 @@ class Document:
             return self.write_image(image, role=role, name=name, entries=entries)
         return self.write_image_with_alpha(image, picture.alpha, role=role, name=name,
                                            entries=entries)
+
+    def add_picture(self, picture: PictureSource, page: str | None = None, *,
+                    image: str | None = None, border: str | None = None, fit: Fit = "into",
+                    turn: int | None = None, auto_orient: bool = False, frame: int = 0) -> Image:
+        """Adds a page of a picture: a path, the bytes of a file, or a file.
+
+        JPEG, JPEG 2000, PNG, TIFF and WebP are read. page is "A4", "Letter", "A4^T" for landscape or
+        "10cmx15cm"; image is the size of the picture, "10cmx15cm", "50%" or "300dpi"; border is
+        "1cm", or "1cm:2cm" above and below, left and right. Without them the page is as large as the
+        picture, by the resolution in its file. turn is in degrees clockwise, in place of the
+        orientation that the file says; auto_orient turns the page where the picture lies the other way.
+
+        >>> doc = Document("album.pdf")  # doctest: +SKIP
+        >>> doc.add_picture("photo.jpg", page="A4", border="1cm", fit="into")  # doctest: +SKIP
+        Image(number=2)
+        """
+        with _picture_files.opened(picture) as opened:
+            sheet, box = self.lay_out_picture(opened, page, image=image, border=border, fit=fit,
+                                              turn=turn, auto_orient=auto_orient, frame=frame)
+            written = self._write_picture_file(opened, frame)
+        self.draw_image(written, box)
+        self.add_page(sheet)
+        return written
+
+    def lay_out_picture(self, picture: PictureSource, page: str | None = None, *,
+                        image: str | None = None, border: str | None = None, fit: Fit = "into",
+                        turn: int | None = None, auto_orient: bool = False,
+                        frame: int = 0) -> tuple[Box, Box]:
+        """The sheet and the box of the picture on it that add_picture() would take."""
+        record = _picture_files.page_record(page, image, border, fit, turn, auto_orient)
+        with _picture_files.opened(picture) as opened:
+            return self._pictures().lay_out(opened, frame, record)
+
+    def _pictures(self) -> _picture_files.Writer:
+        if self._handle is None:
+            raise ValueError(f"{self!r} was discarded")
+        if self._picture_writer is None:
+            self._picture_writer = _picture_files.Writer(self._handle, self._unit, 6)
+        return self._picture_writer
+
+    def _write_picture_file(self, picture: PictureSource, frame: int) -> Image:
+        def run(function: Callable[..., int], *arguments: object) -> int:
+            output = self._output
+            return function(*arguments) if output is None else output.run(function, *arguments)
+
+        with _picture_files.opened(picture) as opened:
+            try:
+                number = self._pictures().write(opened, frame, run, self._path)
+            except Error:
+                self._unfinished = False  # whoever gets the error knows that the file is incomplete
+                raise
+            finally:
+                if self._output is not None and self._output.failed:
+                    self._unfinished = False
+        return Image(number, self._number)
 
     def _profile(self, data: bytes) -> Profile:
         """The profile, written once for all pictures that have it."""

@@ -1,0 +1,153 @@
+"""Pictures from files: what is known of them, the pages that are made of them, and what fails."""
+
+import io
+import os
+import pathlib
+import tempfile
+import unittest
+from typing import List, Tuple
+
+import jtpdf
+from jtpdf import Document, PictureError, PictureFile
+
+IMAGES = pathlib.Path(os.environ["JTPDF_IMAGES"])
+PHOTO = IMAGES / "coast.jpg"
+BALLOON = IMAGES / "balloon-rgba.png"
+
+
+class Probe(unittest.TestCase):
+    def test_tells_what_the_header_says(self) -> None:
+        info = jtpdf.probe(PHOTO)
+        self.assertEqual((info.format, info.colors, info.bits_per_component), ("JPEG", "RGB", 8))
+        self.assertTrue(info.stored_as_it_is)
+        self.assertEqual((info.frame, info.frames, info.orientation), (0, 1, 1))
+        self.assertEqual((info.problem, info.notes, info.reason), ("", (), ""))
+        self.assertTrue(jtpdf.probe(BALLOON).has_alpha)
+
+    def test_takes_paths_bytes_and_files(self) -> None:
+        data = BALLOON.read_bytes()
+        expected = jtpdf.probe(BALLOON)
+        with open(BALLOON, "rb") as file:
+            self.assertEqual(jtpdf.probe(file), expected)
+        for source in (data, bytearray(data), memoryview(data)):
+            self.assertEqual(jtpdf.probe(source), expected)
+        self.assertEqual(jtpdf.probe(str(BALLOON)), expected)
+        self.assertEqual(jtpdf.probe(io.BytesIO(data)), expected)
+        with PictureFile(data) as picture:
+            self.assertEqual(jtpdf.probe(picture), expected)
+        with self.assertRaisesRegex(ValueError, "is closed"):
+            picture.info()
+
+    def test_says_what_is_wrong(self) -> None:
+        with self.assertRaises(FileNotFoundError) as missing:
+            jtpdf.probe("/nowhere/a.png")
+        self.assertEqual(missing.exception.filename, "/nowhere/a.png")
+        with self.assertRaisesRegex(PictureError, "^b'x+...: is no picture of a known kind"):
+            jtpdf.probe(b"x" * 100)
+        with self.assertRaisesRegex(PictureError, "ends before|cut off|damaged"):
+            jtpdf.probe(PHOTO.read_bytes()[:300])
+        with self.assertRaisesRegex(ValueError, "has no frame 1; there are 1"):
+            jtpdf.probe(PHOTO, frame=1)
+        with self.assertRaisesRegex(ValueError, "frame is -1"):
+            jtpdf.probe(PHOTO, frame=-1)
+        with self.assertRaisesRegex(PictureError, "claims .* allow it with maxPixels"):
+            PictureFile(PHOTO, max_pixels=100)
+        with self.assertRaises(TypeError):
+            jtpdf.probe(7)  # type: ignore[arg-type]
+
+    def test_gives_the_bytes_free(self) -> None:
+        data = bytearray(BALLOON.read_bytes())
+        with PictureFile(data):
+            with self.assertRaises(BufferError):
+                data.append(0)
+        data.append(0)
+
+
+class Pages(unittest.TestCase):
+    def test_are_laid_out_as_asked_for(self) -> None:
+        with Document(unit="mm") as doc:
+            image = doc.add_picture(PHOTO, page="A4", border="1cm", fit="into")
+            self.assertEqual(doc.page_count, 1)
+            doc.draw_image(image, (0, 0, 20, 20))
+            doc.add_page((0, 0, 20, 20))
+            sheet, box = doc.lay_out_picture(PHOTO, "A4", border="1cm")
+        self.assertAlmostEqual(sheet.width, 210)
+        self.assertAlmostEqual(box.left, 10)
+        self.assertIn(b"/MediaBox [0.0000 0.0000 595.2756 841.8898]", bytes(doc.data))
+        self.assertIn(PHOTO.read_bytes(), bytes(doc.data))
+
+    def test_follow_the_picture_where_nothing_is_asked_for(self) -> None:
+        doc = Document()
+        info = jtpdf.probe(PHOTO)
+        sheet, _ = doc.lay_out_picture(PHOTO, image="100dpi", turn=90)
+        self.assertAlmostEqual(sheet.width, 72 * info.height / 100)
+        with self.assertRaisesRegex(ValueError, 'page: "A9" is no page size'):
+            doc.add_picture(PHOTO, "A9")
+        with self.assertRaisesRegex(ValueError, "fit is 'best', none of into"):
+            doc.add_picture(PHOTO, fit="best")  # type: ignore[arg-type]
+        with self.assertRaisesRegex(ValueError, "turn: 45 is none of"):
+            doc.add_picture(PHOTO, turn=45)
+        self.assertEqual(doc.page_count, 0)
+        doc.discard()
+        with self.assertRaisesRegex(ValueError, "was discarded"):
+            doc.add_picture(PHOTO)
+
+    def test_write_picture_takes_files_too(self) -> None:
+        with Document() as doc:
+            image = doc.write_picture(BALLOON)
+            with self.assertRaisesRegex(TypeError, "role, name and entries are for a Picture"):
+                doc.write_picture(BALLOON, name="balloon")
+            doc.add_image_page(image, (0, 0, 100, 100))
+        self.assertEqual(bytes(doc.data).count(b"/SMask "), 2)  # with that of the graphics state
+
+    def test_what_the_output_raises_comes_out(self) -> None:
+        class Full(io.RawIOBase):
+            def writable(self) -> bool:
+                return True
+
+            def write(self, data: object) -> int:
+                raise OSError(28, "full")
+
+        doc = Document(Full())
+        with self.assertRaisesRegex(OSError, "full"):
+            doc.add_picture(PHOTO)
+        doc.discard()
+
+
+class PicturesToPdf(unittest.TestCase):
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def test_is_one_line(self) -> None:
+        calls: List[Tuple[int, int]] = []
+        output = self.folder / "album.pdf"
+        pages = jtpdf.pictures_to_pdf([PHOTO, BALLOON.read_bytes()], output, page="A4", title="Two",
+                                      progress=lambda done, total: calls.append((done, total)))
+        self.assertEqual((pages, calls), (2, [(1, 2), (2, 2)]))
+        self.assertEqual(output.read_bytes().count(b"/Type /Page\r\n"), 2)
+        self.assertEqual([path.name for path in self.folder.iterdir()], ["album.pdf"])
+        stream = io.BytesIO()
+        jtpdf.pictures_to_pdf([PHOTO], stream)
+        self.assertTrue(stream.getvalue().startswith(b"%PDF-1.5"))
+
+    def test_leaves_what_was_there_where_something_fails(self) -> None:
+        output = self.folder / "album.pdf"
+        output.write_bytes(b"before")
+        with self.assertRaises(PictureError):
+            jtpdf.pictures_to_pdf([PHOTO, b"x" * 100], output)
+        with self.assertRaises(ValueError):
+            jtpdf.pictures_to_pdf([], output)
+        with self.assertRaises(FileNotFoundError):
+            jtpdf.pictures_to_pdf([PHOTO, "/nowhere/a.png"], output)
+        self.assertEqual(output.read_bytes(), b"before")
+        self.assertEqual([path.name for path in self.folder.iterdir()], ["album.pdf"])
+        with self.assertRaisesRegex(TypeError, "one input; give a list"):
+            jtpdf.pictures_to_pdf(str(PHOTO), output)
+        with self.assertRaises(FileNotFoundError):
+            jtpdf.pictures_to_pdf([PHOTO], self.folder / "nowhere" / "album.pdf")
+
+
+if __name__ == "__main__":
+    unittest.main()
