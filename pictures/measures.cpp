@@ -129,7 +129,7 @@ PageSize ParsePageSize(std::string_view text) {
          {std::pair(&sides.first, &size.width), std::pair(&sides.second, &size.height)}) {
       if (side->empty()) continue;
       *to = TryLength(*side);
-      if (!*to || **to <= 0) Refuse(text, kPageHelp);
+      if (!*to) Refuse(text, kPageHelp);
     }
     if (!size.Given()) Refuse(text, kPageHelp);
   }

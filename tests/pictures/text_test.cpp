@@ -18,6 +18,14 @@ TEST(FromUtf8, RefusesWhatIsNotUtf8) {
                            "\xF4\x90\x80\x80", "\x80", "a\xE5\x86", "\xF5\x80\x80\x80"}) {
     EXPECT_EQ(FromUtf8(text), std::nullopt) << text;
   }
+  EXPECT_EQ(FromUtf8("\xED\xBF\xBF"), std::nullopt);
+  EXPECT_EQ(FromUtf8(std::string_view("\xE5\x86\x99", 2)), std::nullopt);  // more behind its end
+}
+
+TEST(FromUtf8, TakesTheFirstAndTheLastOfEachLength) {
+  EXPECT_EQ(FromUtf8("\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF"),
+            std::wstring({0x7F, 0x80, 0x7FF, 0x800, 0xD7FF, 0xE000, 0xFFFF}));
+  EXPECT_EQ(FromUtf8("\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"), std::wstring({0x10000, 0x10FFFF}));
 }
 
 TEST(FromUtf8Lenient, PutsAReplacementForEachBadByte) {
@@ -60,6 +68,17 @@ TEST(BaseName, IsTheLastPart) {
 
 TEST(Printable, HidesControlCharacters) {
   EXPECT_EQ(Printable("a\x1B[1m\n\x7Fä"), "a?[1m??ä");
+  EXPECT_EQ(Printable("\x1F \x01"), "? ?");
+}
+
+TEST(LowerAscii, LeavesEverythingButCapitals) {
+  EXPECT_EQ(LowerAscii("@AZ[`az{\xC4"), "@az[`az{\xC4");
+}
+
+TEST(Decimal, RoundsToFourPlaces) {
+  EXPECT_EQ(Decimal(0), "0.0000");
+  EXPECT_EQ(Decimal(1.00006), "1.0001");
+  EXPECT_EQ(Decimal(14400.5), "14400.5000");
 }
 
 }  // namespace

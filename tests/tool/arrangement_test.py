@@ -71,6 +71,17 @@ class Nup(JtpdfTest):
         self.assertEqual(page.getpixel((150, 50)), (0, 0, 255))
         self.assertEqual(len(page_boxes(self.path("o.pdf"))), 2)
 
+    def test_a_page_of_which_every_picture_fails_is_left_out(self):
+        files = self.files()[:4]
+        for name in "2.png", "3.png":  # whose header is sound, so that only their writing fails
+            self.save(blocks(mode="RGBA"), name)
+            data = bytearray(self.get(name))
+            data[data.index(b"IDAT") + 6] ^= 0xFF
+            self.put(bytes(data), name)
+        self.assertFails(1, "2 of 4 inputs failed", *files, "--skip-bad", "-S", "200x100", "--nup",
+                         "2x1", "-o", self.path("o.pdf"))
+        self.assertEqual(len(page_boxes(self.path("o.pdf"))), 1)
+
     def test_what_many_pictures_draw_is_compressed(self):
         files = [self.save(plain("red"), "0.png")] * 100
         pdf = self.convert(*files, "-S", "A4", "--nup", "10x10")
@@ -104,6 +115,10 @@ class Bookmarks(JtpdfTest):
         third = self.save(blocks(), "Übersicht 🎉.png")
         self.assertEqual(self.outline(self.convert(first, second, third, "--bookmarks")),
                          [(0, "Zwei Seiten", 1), (0, "a.b", 3), (0, "Übersicht 🎉", 4)])
+
+    def test_a_name_that_begins_with_its_only_dot_is_the_title(self):
+        self.assertEqual(self.outline(self.convert(self.save(blocks(), ".png", format="PNG"),
+                                                   "--bookmarks")), [(0, ".png", 1)])
 
     def test_titles_come_from_the_list(self):
         os.mkdir(self.path("f"))

@@ -199,8 +199,14 @@ class Inputs(JtpdfTest):
 
     def test_pipes_are_inputs_too(self):
         self.save(blocks(), "a.png")
+        self.save(blocks(), "a.jpg")
         done = subprocess.run(["bash", "-c", f'"{JTPDF}" <(cat a.png) -o o.pdf'],
                               cwd=self.folder, capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        # What can be read only once is kept, however much was kept before it.
+        done = subprocess.run(
+            ["bash", "-c", f'"{JTPDF}" -q -j1 <(cat a.jpg; head -c 20M /dev/zero) <(cat a.png) '
+             '<(cat a.png) -o o.pdf'], cwd=self.folder, capture_output=True)
         self.assertEqual((done.returncode, done.stderr), (0, b""))
 
     def test_identical_images_are_written_once_and_drawn_twice(self):

@@ -79,6 +79,12 @@ class Output(OutputTest):
         self.assertRegex(error, r"bad\.txt: is no picture of a known kind; convert it")
         self.assertEqual(len(page_boxes(out)), 2)
         self.assertFails(1, "nothing was written", bad, "--skip-bad", "-o", self.path("none.pdf"))
+        # What fails late: its header is sound, and its pixels are not.
+        self.save(blocks(mode="RGBA"), "late.png")
+        data = bytearray(self.get("late.png"))
+        data[data.index(b"IDAT") + 6] ^= 0xFF
+        late = self.put(bytes(data), "late.png")
+        self.assertFails(1, "no input is left", late, "--skip-bad", "-o", self.path("none.pdf"))
         self.assertFalse(os.path.exists(self.path("none.pdf")))
 
     def test_new_files_get_the_usual_mode_and_old_ones_keep_theirs(self):

@@ -29,7 +29,7 @@ struct PlannedInput {
   ImageSource held;  // what can be read only once, or was kept
 };
 
-// A page that does not fit fails alone, but for the only one: then it is the file that fails.
+// A page that does not fit fails alone.
 void LayOutPages(const Options& options, PlannedInput* planned) {
   for (ImagePlan& image : planned->images) {
     planned->layouts.emplace_back();
@@ -41,9 +41,6 @@ void LayOutPages(const Options& options, PlannedInput* planned) {
     } catch (const ImageError& error) {
       image.error = error.what();
     }
-  }
-  if (planned->images.size() == 1 && !planned->images[0].error.empty()) {
-    throw ImageError(planned->images[0].error);
   }
 }
 
