@@ -198,6 +198,9 @@ export class Document {
   /** A bookmark to a page, by itself or by its index: to the one added last, unless given. */
   addBookmark(title: string, options?: { page?: PdfPage | number; level?: number }): void;
 
+  /** What a reader shows first, in a view such as `'/FitH null'` (ISO 32000-1, 12.3.2.2); the whole page, unless given. */
+  setOpenPage(page: PdfPage | number, view?: string): void;
+
   /** Begins a page, A4 unless given. */
   addPage(size?: Size, options?: PageOptions): PdfPage;
   /** Makes a form of what `draw` draws, at once. */

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Makes the documentation site; scripts/docs calls it.
 
-    build_site.py --album PROGRAM --library FILE --output DIRECTORY
+    build_site.py --album PROGRAM --library FILE [--page FOLDER] --output DIRECTORY
 
 PROGRAM is the built example album, FILE the shared library, for the Python package. DIRECTORY/html
-becomes the site. It fails, and says where, when an export or a name of the Python package is not
-documented, when a link leads nowhere, or when the gallery does not show what the album has.
+becomes the site; with FOLDER, which scripts/package-js makes, the page "Pictures to PDF" is part of it.
+It fails, and says where, when an export or a name of a package is not documented, when a link leads
+nowhere, or when the gallery does not show what the album has.
 """
 
 import argparse
@@ -33,15 +34,19 @@ PAGES = {
     **{f"include/jtpdf/{header.name}": "reference/c.rst" for header in C_HEADERS},
     **{f"include/jtpdf/{header.name}": "reference/cpp.rst" for header in CPP_HEADERS},
     "bindings/python/README.md": "reference/python.rst",
+    "bindings/js/jtpdf.d.ts": "reference/javascript.md",
     "tools/jtpdf/jtpdf.1": "reference/command.md",
 }
 
 
-def link_in_site(page: pathlib.Path, match: "re.Match[str]") -> str:
+def link_in_site(page: pathlib.Path, match: "re.Match[str]", with_page: bool) -> str:
     """The link as the site has it: to the page of a file, or to the file; else its words alone."""
     title, path, anchor = match.groups()
     target = pathlib.Path(os.path.normpath(page.parent / path))
     name = str(target.relative_to(ROOT))
+    if name == "web/index.html":  # not one of Sphinx's, and there only if it was made
+        return f'<a href="{os.path.relpath(DOCS / "pictures/index.html", page.parent)}">{title}</a>' \
+            if with_page else title
     if name in PAGES:
         return f"[{title}]({os.path.relpath(DOCS / PAGES[name], page.parent)})"
     if target.is_relative_to(DOCS) and title.endswith(".md"):  # in a site pages have titles
@@ -51,7 +56,7 @@ def link_in_site(page: pathlib.Path, match: "re.Match[str]") -> str:
     return title
 
 
-def copy_pages(pages: pathlib.Path) -> None:
+def copy_pages(pages: pathlib.Path, with_page: bool) -> None:
     """What Sphinx reads, with what the pages link to in its place beside them."""
     shutil.copytree(DOCS, pages, ignore=shutil.ignore_patterns("site"))
     for entry in ROOT.iterdir():
@@ -59,7 +64,7 @@ def copy_pages(pages: pathlib.Path) -> None:
             (pages.parent / entry.name).symlink_to(entry)
     for page in pages.rglob("*.md"):
         original = DOCS / page.relative_to(pages)
-        page.write_text(LINK.sub(lambda match: link_in_site(original, match),
+        page.write_text(LINK.sub(lambda match: link_in_site(original, match, with_page),
                                  page.read_text("utf-8")), "utf-8")
 
 
@@ -108,6 +113,18 @@ def write_manual(folder: pathlib.Path) -> None:
     (folder / "command.md").write_text("\n".join(lines), "utf-8")
 
 
+def write_javascript(folder: pathlib.Path) -> None:
+    """What the npm package exports, by its file of types: what is said of each, and how it is declared."""
+    types = (ROOT / "bindings/js/jtpdf.d.ts").read_text("utf-8")
+    lines = ["# JavaScript reference", "", "What the npm package `jtpdf` gives, as its file of types declares it.", ""]
+    for comment, declaration in re.findall(
+            r"^(?:/\*\*(.*?)\*/\n)?(export .*?)(?=\n\n(?:/\*\*|export)|\Z)", types, re.DOTALL | re.MULTILINE):
+        name = re.search(r"^export (?:class|function|type|interface) (\w+)", declaration)[1]
+        prose = re.sub(r"^ *\* ?", "", comment, flags=re.MULTILINE).strip()
+        lines += [f"## {name}", "", *prose.splitlines(), "", "```typescript", declaration.strip(), "```", ""]
+    (folder / "javascript.md").write_text("\n".join(lines), "utf-8")
+
+
 def public_names() -> Dict[str, List[str]]:
     """What the pages of the reference have to show, found in the simplest way there is."""
     package = (ROOT / "bindings/python/src/jtpdf/__init__.py").read_text("utf-8")
@@ -129,6 +146,10 @@ def undocumented(html: pathlib.Path) -> List[str]:
         text = (html / "reference" / page).read_text("utf-8")
         shown = re.findall(r'<span class="sig-name descname">(?:<span class="\w+">)*(\w+)', text)
         missing += [f"{name} has no entry in {page}" for name in names if name not in shown]
+    text = (html / "reference/javascript.html").read_text("utf-8")
+    types = (ROOT / "bindings/js/jtpdf.d.ts").read_text("utf-8")
+    missing += [f"{name} has no entry in javascript.html" for name in re.findall(r"^export \w+ (\w+)", types, re.MULTILINE)
+                if f"<h2>{name}<" not in text]
     return missing
 
 
@@ -136,6 +157,7 @@ def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--album", type=pathlib.Path, required=True)
     parser.add_argument("--library", type=pathlib.Path, required=True)
+    parser.add_argument("--page", type=pathlib.Path)
     parser.add_argument("--output", type=pathlib.Path, required=True)
     arguments = parser.parse_args()
 
@@ -144,7 +166,7 @@ def main() -> None:
         shutil.rmtree(work / folder, ignore_errors=True)
     pages, html = work / "input/docs", work / "html"
     (work / "input").mkdir(parents=True)
-    copy_pages(pages)
+    copy_pages(pages, arguments.page is not None)
     render_album(arguments.album.resolve(), work / "album")
     gallery = (pages / "gallery.md").read_text("utf-8")
     for picture in (work / "album").glob("*.png"):
@@ -153,10 +175,13 @@ def main() -> None:
             sys.exit(f"gallery.md does not show {picture.name}")
     write_reference(pages / "reference")
     write_manual(pages / "reference")
+    write_javascript(pages / "reference")
     subprocess.run(
         [sys.executable, "-B", "-m", "sphinx", "-q", "-n", "-W", "--keep-going", "-b", "html", "-c", SITE,
          "-d", work / "input/read", pages, html], check=True,
         env={**os.environ, "JTPDF_LIBRARY": str(arguments.library.resolve())})
+    if arguments.page is not None:
+        shutil.copytree(arguments.page, html / "pictures")
     missing = undocumented(html)
     if missing:
         sys.exit("\n".join(missing))

@@ -82,11 +82,20 @@ export class Document {
   /** A bookmark to the page, or to the one that was added last. */
   addBookmark(title, given) {
     const o = options(given, ['page', 'level'], 'addBookmark');
-    const page = o.page instanceof PdfPage ? o.page.index : o.page ?? Math.max(0, this.pageCount - 1);
-    whole(page, 'addBookmark: page', 0, 0x7fffffff);
+    const page = this.#indexOf(o.page ?? Math.max(0, this.pageCount - 1), 'addBookmark: page');
     const level = whole(o.level ?? 0, 'addBookmark: level', 0, 0x7fffffff);
     this.#call('addBookmark', (m, at, library) =>
       m.bookmark(at, level, library.wide(title, 'addBookmark: the title'), page));
+  }
+
+  /** What a reader shows first: a page, in a view as "/FitH null". */
+  setOpenPage(page, view = '/Fit') {
+    const index = this.#indexOf(page, 'setOpenPage: page');
+    this.#call('setOpenPage', (m, at, library) => m.open_page(at, index, library.text(view, 'setOpenPage: view')));
+  }
+
+  #indexOf(page, what) {
+    return whole(page instanceof PdfPage ? page.index : page, what, 0, 0x7fffffff);
   }
 
   get pageCount() {

@@ -100,6 +100,10 @@ EXPORT("catalog_entry") int CatalogEntry(JTPDFDocument* doc, const char* key, co
   return Code(SetPdfCatalogEntry(doc, key, value));
 }
 
+EXPORT("open_page") int OpenPage(JTPDFDocument* doc, int page, const char* view) {
+  return Code(SetPdfOpenPage(doc, page, view));
+}
+
 // ---- The canvas ---------------------------------------------------------------------------------
 
 EXPORT("bounds")

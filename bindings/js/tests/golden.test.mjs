@@ -189,6 +189,9 @@ class Player {
   bookmark(level, title, page) {
     this.document.addBookmark(wide(title) ?? '', { level, page });
   }
+  open_page(page, view) {
+    this.document.setOpenPage(page, view === null ? undefined : ascii(view));
+  }
   keep(number, made) {
     assert.equal(made.number, number);
     this.made.set(number, made);

@@ -59,6 +59,14 @@ describe('a document', () => {
     assert.match(file.toString('latin1'), /^%PDF-1\.5\r\n/);
   });
 
+  test('opens where it is told', async () => {
+    const doc = await Document.create();
+    const pages = [doc.addPage(), doc.addPage()];
+    assert.throws(() => doc.setOpenPage(1, '/Fit >>'), failsWith('argument', /not what PDF has/));
+    doc.setOpenPage(pages[1], '/FitH null');
+    assert.match(Buffer.from(await sound(doc, 'open.pdf')).toString('latin1'), /\/OpenAction \[\d+ 0 R \/FitH null\]/);
+  });
+
   test('has the same bytes however it is taken', async () => {
     const saved = Buffer.from(await (await card()).save());
     const blob = await (await card()).saveBlob();
@@ -219,7 +227,7 @@ describe('pictures', () => {
         doc.addPage([image.width, image.height]).drawImage(image);
       }
       await sound(doc, `${from}.pdf`);
-      const compared = spawnSync(python, [join(source, 'bindings/js/tests/compare_pixels.py'), join(work, `${from}.pdf`),
+      const compared = spawnSync(python, [join(source, 'bindings/js/tests/compare_pixels.py'), '72', join(work, `${from}.pdf`),
         ...kinds.map((name) => join(pictures, `${name}.pixels.png`))], { encoding: 'utf8' });
       assert.equal(compared.status, 0, compared.stderr);
     }

@@ -269,6 +269,10 @@ int32_t SetPdfContentEncoder(JTPDFDocument*, const char*, JTPDFEncodeFunction, v
   Line("encoder");
   return 0;
 }
+int32_t SetPdfOpenPage(JTPDFDocument*, int page, const char* view) {
+  Line("open_page") << page << view;
+  return 0;
+}
 int32_t AddPdfBookmark(JTPDFDocument*, int level, const wchar_t* title, int page) {
   Line("bookmark") << level << title << page;
   return 0;
