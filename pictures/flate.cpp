@@ -17,6 +17,14 @@ struct FreeDecompressor {
   void operator()(libdeflate_decompressor* d) const { libdeflate_free_decompressor(d); }
 };
 
+using Decompressor = std::unique_ptr<libdeflate_decompressor, FreeDecompressor>;
+
+Decompressor MakeDecompressor() {
+  Decompressor decompressor(libdeflate_alloc_decompressor());
+  if (!decompressor) throw std::bad_alloc();
+  return decompressor;
+}
+
 // One for each thread, kept: at the high levels it weighs megabytes.
 libdeflate_compressor* CompressorOf(int level) {
   thread_local std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor;
@@ -40,9 +48,7 @@ Buffer Deflate(Bytes bytes, int level) {
 }
 
 Inflated Inflate(Bytes stream, size_t most) {
-  const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(
-      libdeflate_alloc_decompressor());
-  if (!decompressor) throw std::bad_alloc();
+  const Decompressor decompressor = MakeDecompressor();
   for (size_t room = std::min<size_t>(most, stream.size() * 4 + 1024);; room *= 2) {
     Buffer out(std::min(room, most));
     size_t size = 0;
@@ -55,6 +61,14 @@ Inflated Inflate(Bytes stream, size_t most) {
     if (result != LIBDEFLATE_INSUFFICIENT_SPACE) return {};
     if (out.Size() == most) return {{}, true};
   }
+}
+
+Buffer InflateExactly(Bytes stream, size_t size) {
+  const Decompressor decompressor = MakeDecompressor();
+  Buffer out(size);
+  const libdeflate_result result = libdeflate_zlib_decompress(
+      decompressor.get(), stream.data(), stream.size(), out.Data(), out.Size(), nullptr);
+  return result == LIBDEFLATE_SUCCESS ? std::move(out) : Buffer();
 }
 
 }  // namespace pictures

@@ -18,6 +18,9 @@ struct Inflated {
 // Decompresses a zlib stream of at most `most` bytes.
 Inflated Inflate(Bytes stream, size_t most);
 
+// Decompresses a zlib stream of exactly `size` bytes; empty where it is none.
+Buffer InflateExactly(Bytes stream, size_t size);
+
 }  // namespace pictures
 
 #endif  // JTPDF_PICTURES_FLATE_H

@@ -5,6 +5,7 @@
 #define JTPDF_PICTURES_IMAGE_H
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -91,6 +92,10 @@ struct Raster {
   const uint8_t* Row(uint32_t y) const { return bytes.Data() + Stride() * y; }
 };
 
+inline Colour ColourOf(const Raster& raster) {
+  return raster.channels == 1 ? Colour::kGrey : raster.channels == 3 ? Colour::kRgb : Colour::kCmyk;
+}
+
 struct DecodedImage {
   Raster pixels;
   std::optional<Raster> alpha;  // one channel; the largest value is opaque
@@ -129,6 +134,10 @@ struct EncodedStream {
   std::vector<int> decode;       // a lowest and a highest value for each component
   std::vector<int> colourKey;    // ranges of samples, likewise, that are transparent throughout
 
+  // For inks that are stored inverted, as JPEG files with an Adobe marker have them.
+  void DeclareInverted() {
+    for (int i = 0; i < Channels(colour); ++i) decode.insert(decode.end(), {1, 0});
+  }
   void Own(Buffer data) {
     owned = std::move(data);
     pieces = {owned.View()};
@@ -141,6 +150,9 @@ struct EncodedStream {
   // Components of a sample.
   int Components() const { return palette.Empty() ? Channels(colour) : 1; }
 };
+
+// The most bytes that one image of a PDF can hold.
+inline constexpr uint64_t kMostStored = std::numeric_limits<uint32_t>::max();
 
 struct EncodedImage {
   EncodedStream pixels;

@@ -6,10 +6,11 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <string_view>
 #include <utility>
 
-#include "flate.h"
 #include "formats/icc.h"
+#include "packing.h"
 
 namespace pictures {
 namespace {
@@ -17,35 +18,9 @@ namespace {
 constexpr std::array kDecoders{&kJpegDecoder, &kPngDecoder, &kJpeg2000Decoder, &kTiffDecoder,
                                &kWebpDecoder};
 
-Colour ColourOf(const Raster& raster) {
-  return raster.channels == 1 ? Colour::kGrey : raster.channels == 3 ? Colour::kRgb : Colour::kCmyk;
-}
-
-// Decoded inks are inverted throughout, as JPEG files with an Adobe marker have them.
-void DeclareInks(EncodedStream* stream) {
-  if (stream->colour == Colour::kCmyk) stream->decode = {1, 0, 1, 0, 1, 0, 1, 0};
-}
-
-constexpr uint64_t kMostStored = std::numeric_limits<uint32_t>::max();
-
-EncodedStream Compress(Raster raster, int level) {
-  EncodedStream stream;
-  stream.Own(Deflate(raster.bytes.View(), level));
-  if (stream.Size() > kMostStored) {
-    throw ImageError("compresses to more than 4 GiB, the most one PDF image can hold; scale it");
-  }
-  stream.colour = ColourOf(raster);
-  DeclareInks(&stream);
-  stream.width = raster.width;
-  stream.height = raster.height;
-  stream.bits = raster.bits;
-  return stream;
-}
-
-// Rows are padded with ones where the alpha is opaque, so whole bytes can be looked at.
-bool OpaqueThroughout(const Raster& alpha) {
-  const Bytes bytes = alpha.bytes.View();
-  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0xFF; });
+// As profiles name it.
+std::string_view SpaceOf(Colour colour) {
+  return colour == Colour::kGrey ? "GRAY" : colour == Colour::kRgb ? "RGB " : "CMYK";
 }
 
 }  // namespace
@@ -103,18 +78,21 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
 }
 
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {
+  const Decoder& decoder = DecoderOf(plan.format);
   EncodedImage image;
   if (plan.PassesThrough()) {
-    image = DecoderOf(plan.format).passThrough(plan, file);
+    image = decoder.passThrough(plan, file, level);
   } else {
     std::vector<Note> notes;
-    image = EncodeDecoded(DecoderOf(plan.format).decode(plan, file, &notes), level);
+    const bool profiled = plan.profile == ProfileUse::kUsed;
+    image = Pack(decoder.decode(plan, file, &notes), level,
+                 profiled ? Purpose::kProfiled : Purpose::kPicture);
     image.notes = std::move(notes);
   }
   // A JPEG 2000 file that passes through keeps its profile inside.
   if (plan.profile == ProfileUse::kUsed && image.pixels.filter != Filter::kJpx &&
-      image.pixels.colour == Colour::kRgb) {
-    image.profile = DecoderOf(plan.format).profile(plan, file);
+      image.pixels.colour == plan.colour) {
+    image.profile = decoder.profile(plan, file);
   }
   return image;
 }
@@ -125,20 +103,10 @@ EncodedImage PassThrough(const ImagePlan& plan, Bytes file, Filter filter) {
   pixels.pieces = {Slice(file, plan.place, plan.size)};
   pixels.filter = filter;
   pixels.colour = plan.colour;
-  DeclareInks(&pixels);
+  if (plan.colour == Colour::kCmyk) pixels.DeclareInverted();
   pixels.width = plan.width;
   pixels.height = plan.height;
   pixels.bits = plan.depth;
-  return image;
-}
-
-EncodedImage EncodeDecoded(DecodedImage decoded, int level) {
-  EncodedImage image;
-  if (decoded.alpha && !OpaqueThroughout(*decoded.alpha)) {
-    image.alpha = Compress(std::move(*decoded.alpha), level);
-  }
-  decoded.alpha.reset();
-  image.pixels = Compress(std::move(decoded.pixels), level);
   return image;
 }
 
@@ -157,11 +125,10 @@ void JudgeProfile(ImagePlan* plan, Bytes profile) {
   const ProfileFacts facts = ReadProfile(profile);
   if (!facts.valid || profile.size() > kMostProfile) {
     LeaveProfileOut(plan, facts.valid);
-  } else if (facts.space != "RGB " || plan->colour != Colour::kRgb) {
+  } else if (facts.space != SpaceOf(plan->colour)) {
     plan->profile = ProfileUse::kLeftOut;
     plan->notes.push_back({false, "its colour profile (" + facts.Describe() +
-                                      ") was left out: only RGB profiles of RGB pictures can be "
-                                      "declared"});
+                                      ") was left out: the picture has other components"});
   } else {
     plan->profile = ProfileUse::kUsed;
     plan->profileSize = profile.size();

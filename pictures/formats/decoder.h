@@ -37,9 +37,10 @@ struct Decoder {
   DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
   // The embedded ICC profile, empty where there is none.
   Buffer (*profile)(const ImagePlan& plan, Bytes file);
-  // Describes the file's own bytes as an image of the PDF. Called only for plans without a
-  // decodeReason; null where there are none.
-  EncodedImage (*passThrough)(const ImagePlan& plan, Bytes file);
+  // Describes the file's own bytes as an image of the PDF; what goes with them, a soft mask, is
+  // compressed at the level. Called only for plans without a decodeReason; null where there are
+  // none.
+  EncodedImage (*passThrough)(const ImagePlan& plan, Bytes file, int level);
 };
 
 extern const Decoder kJpegDecoder;
@@ -67,17 +68,14 @@ void CheckStored(const ImagePlan& plan);
 // limit. A double: sizes that lie overflow integers.
 void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
 
-// Turns the picture into what the PDF holds: its own bytes, or decoded and Flate-compressed ones
-// (level 0 to 12). `file` must outlive the result.
+// Turns the picture into what the PDF holds: its own bytes, or decoded ones, packed (level 0 to
+// 12). `file` must outlive the result.
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level);
 
 // The `size` bytes at `place` as one image of that filter.
 EncodedImage PassThrough(const ImagePlan& plan, Bytes file, Filter filter);
 
-// The same for pixels at hand: compresses them, and the alpha unless it is opaque throughout.
-EncodedImage EncodeDecoded(DecodedImage decoded, int level);
-
-// Settles in the plan whether the profile can be declared, which holds for RGB alone.
+// Settles in the plan whether the profile can be declared: where it has the picture's components.
 void JudgeProfile(ImagePlan* plan, Bytes profile);
 // The same for one that is too large, or too damaged, to be had.
 void LeaveProfileOut(ImagePlan* plan, bool tooLarge);

@@ -351,7 +351,7 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
   return image;
 }
 
-EncodedImage PassJpegThrough(const ImagePlan& plan, Bytes file) {
+EncodedImage PassJpegThrough(const ImagePlan& plan, Bytes file, int) {
   return PassThrough(plan, file, Filter::kDct);
 }
 

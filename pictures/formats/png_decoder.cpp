@@ -1,8 +1,9 @@
-// png_decoder.cpp - PNG: decoded by libpng, kept at its own depth.
+// png_decoder.cpp - PNG: passed through where PDF can have its rows as they are, else decoded by
+// libpng at its own depth.
 //
-// Palettes become RGB, or grey of as few bits as the entries need; alpha becomes a picture of its
-// own for the soft mask. Facts outside the pixels are read from the chunks here, so that planning
-// decodes nothing.
+// What passes through is trusted for its checksums: they cover each byte, at the speed of copying,
+// while to inflate it all would take ten times as long. Of small pictures the stream is inflated,
+// too. What remains is a large one that its own writer compressed wrong and summed up right.
 #include <png.h>
 
 #include <algorithm>
@@ -10,74 +11,20 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
-#include <limits>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "flate.h"
 #include "formats/decoder.h"
 #include "formats/exif.h"
 #include "formats/icc.h"
+#include "formats/png_file.h"
 #include "formats/samples.h"
+#include "packing.h"
 
 namespace pictures {
 namespace {
-
-using namespace std::string_view_literals;
-
-constexpr auto kSignature = "\x89PNG\r\n\x1A\n"sv;
-
-struct PngFacts {
-  uint32_t width = 0;
-  uint32_t height = 0;
-  int depth = 0;
-  int type = 0;  // PNG's colour type
-  bool interlaced = false;
-  uint32_t frames = 1;
-  Bytes palette;
-  Bytes transparency;
-  Bytes density;
-  Bytes profile;  // the iCCP chunk
-  Bytes exif;
-
-  bool Has(int bit) const { return (type & bit) != 0; }
-  bool IsPalette() const { return type == PNG_COLOR_TYPE_PALETTE; }
-};
-
-PngFacts ReadFacts(Bytes file) {
-  PngFacts facts;
-  bool data = false;
-  for (uint64_t at = kSignature.size();;) {
-    const Bytes head = Slice(file, at, 8);
-    const Bytes chunk = head.empty() ? Bytes{} : Slice(file, at + 8, Be32(head.data()));
-    if (head.empty() || chunk.size() != Be32(head.data())) {
-      throw CutOff();
-    }
-    const std::string_view name(reinterpret_cast<const char*>(&head[4]), 4);
-    if (at == kSignature.size()) {
-      if (name != "IHDR" || chunk.size() != 13) {
-        throw ImageError("is damaged: a PNG file must begin with its header; save it again");
-      }
-      facts.width = Be32(&chunk[0]);
-      facts.height = Be32(&chunk[4]);
-      facts.depth = chunk[8];
-      facts.type = chunk[9];
-      facts.interlaced = chunk[12] != 0;
-    }
-    if (name == "PLTE") facts.palette = chunk;
-    if (name == "tRNS") facts.transparency = chunk;
-    if (name == "pHYs") facts.density = chunk;
-    if (name == "iCCP") facts.profile = chunk;
-    if (name == "eXIf") facts.exif = chunk;
-    if (name == "acTL" && chunk.size() == 8 && !data) facts.frames = Be32(chunk.data());
-    if (name == "IDAT") data = true;
-    if (name == "IEND") break;
-    at += 12 + chunk.size();
-  }
-  if (!data) throw ImageError("is a PNG file without pixels; save or export it again");
-  return facts;
-}
 
 struct Rgb {
   uint8_t red, green, blue;
@@ -87,21 +34,13 @@ struct Rgb {
 struct Palette {
   std::array<Rgb, 256> colours{};
   std::array<uint8_t, 256> alpha{};
-  bool grey = true;  // every entry is
-  int greyBits = 1;  // and they all can be written in so many bits
   bool opaque = true;
   bool binary = true;  // every alpha is 0 or 255
 
   explicit Palette(const PngFacts& facts) {
     alpha.fill(255);
-    const size_t count = std::min<size_t>(facts.palette.size() / 3, 256);
-    for (size_t i = 0; i < count; ++i) {
-      const uint8_t* rgb = &facts.palette[3 * i];
-      colours[i] = {rgb[0], rgb[1], rgb[2]};
-      grey = grey && rgb[0] == rgb[1] && rgb[1] == rgb[2];
-      // k bits can say multiples of 255 / (2^k - 1): of 255, 85, 17 and 1.
-      while (rgb[0] % (255 / ((1 << greyBits) - 1)) != 0) greyBits *= 2;
-    }
+    if (!facts.IsPalette()) return;
+    std::memcpy(colours.data(), facts.palette.data(), facts.palette.size());
     for (size_t i = 0; i < std::min<size_t>(facts.transparency.size(), 256); ++i) {
       alpha[i] = facts.transparency[i];
       opaque = opaque && alpha[i] == 255;
@@ -110,6 +49,13 @@ struct Palette {
   }
 };
 
+// The bits of the alpha that a picture has; 0 for none.
+int AlphaBits(const PngFacts& facts, const Palette& palette) {
+  if (facts.HasAlpha()) return facts.depth;
+  if (facts.IsPalette()) return palette.opaque ? 0 : palette.binary ? 1 : 8;
+  return facts.HasKey() ? 1 : 0;
+}
+
 Inflated UnpackProfile(const PngFacts& facts) {
   const Bytes chunk = facts.profile;
   const auto end = std::find(chunk.begin(), chunk.end(), 0);  // of the profile's name
@@ -117,16 +63,22 @@ Inflated UnpackProfile(const PngFacts& facts) {
   return head < chunk.size() ? Inflate(chunk.subspan(head), kMostProfile) : Inflated{};
 }
 
-// The rasters, the row as the file packs it, and of an interlaced file all its rows.
+// The rasters, and of an interlaced file all its rows.
 double DecodingMemory(const PngFacts& facts, const ImagePlan& plan) {
-  const int results = Channels(plan.colour) + (plan.alpha ? 1 : 0);
-  const int bits = facts.IsPalette() ? 8 : facts.depth;
   const double pixels = static_cast<double>(facts.width) * facts.height;
-  return pixels * results * bits / 8 * (facts.interlaced ? 2 : 1);
+  const int alphaBits = AlphaBits(facts, Palette(facts));
+  if (plan.PassesThrough()) return pixels * alphaBits / 8;
+  const int bits = Channels(plan.colour) * std::max(facts.depth, facts.IsPalette() ? 8 : 1);
+  return pixels * (bits + alphaBits) / 8 * (facts.interlaced ? 2 : 1);
+}
+
+// A key of 16 bits is compared by readers of PDF with the 8 bits that they keep.
+bool KeyBecomesMask(const PngFacts& facts) {
+  return facts.HasKey() && facts.depth == 16;
 }
 
 std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
-  const PngFacts facts = ReadFacts(file);
+  const PngFacts facts = ReadPngFacts(file);
   ImagePlan plan;
   plan.format = Format::kPng;
   plan.width = facts.width;
@@ -134,11 +86,17 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
   plan.depth = facts.depth;
   CheckSize(plan.width, plan.height, limits);
   plan.palette = facts.IsPalette();
-  plan.colour = facts.Has(PNG_COLOR_MASK_COLOR) ? Colour::kRgb : Colour::kGrey;
-  if (plan.palette && Palette(facts).grey) plan.colour = Colour::kGrey;
-  plan.alpha = facts.Has(PNG_COLOR_MASK_ALPHA) || !facts.transparency.empty();
+  plan.colour = facts.IsColour() ? Colour::kRgb : Colour::kGrey;
+  plan.alpha = facts.HasAlpha() || !facts.transparency.empty();
+  plan.size = facts.dataSize;
+  if (facts.interlaced) {
+    plan.decodeReason = "interlaced rows, which PDF does not know";
+  } else if (facts.HasAlpha()) {
+    plan.decodeReason = "alpha among the colours, which PDF has apart";
+  } else if (facts.dataSize > kMostStored) {
+    plan.decodeReason = "more than 4 GiB, the most one PDF image can hold";
+  }
   SetMemory(DecodingMemory(facts, plan), limits, &plan);
-  plan.decodeReason = "PNG rows are filtered, which our Flate images are not";
   if (facts.density.size() == 9 && facts.density[8] == 1) {  // pixels per metre
     plan.resolution = {Be32(&facts.density[0]) * 0.0254, Be32(&facts.density[4]) * 0.0254};
     // 300 dpi is 11811.02 pixels per metre, of which the file keeps the whole ones.
@@ -166,7 +124,7 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
 }
 
 Buffer PngProfile(const ImagePlan&, Bytes file) {
-  return UnpackProfile(ReadFacts(file)).bytes;
+  return UnpackProfile(ReadPngFacts(file)).bytes;
 }
 
 // libpng reports errors by a call that must not return: it jumps back into ReadRows.
@@ -229,46 +187,48 @@ bool ReadRows(Source* source, uint8_t* const* rows, uint8_t* oneRow, RowSink sin
   return true;
 }
 
-// Turns rows as PNG packs them into the pixels and the alpha of the PDF.
+// The samples of the colour that is transparent; bits beyond the depth do not count.
+std::vector<unsigned> KeyOf(const PngFacts& facts) {
+  std::vector<unsigned> key;
+  for (size_t c = 0; c < static_cast<size_t>(facts.Channels()); ++c) {
+    key.push_back(Be16(&facts.transparency[2 * c]) & MaxSample(facts.depth));
+  }
+  return key;
+}
+
+// Turns rows as PNG packs them into the pixels and the alpha of the PDF, or one of them.
 struct RowConverter {
   const PngFacts* facts;
   const Palette* palette;
-  Raster* pixels;
-  Raster* alpha;  // null for none
+  Raster* pixels;  // null for none, which is not for files that hold alpha
+  Raster* alpha;   // null for none
+  std::vector<unsigned> key = facts->HasKey() ? KeyOf(*facts) : std::vector<unsigned>();
 
   static void Convert(void* self, uint32_t y, const uint8_t* row) {
     static_cast<RowConverter*>(self)->ConvertRow(y, row);
   }
 
   void ConvertRow(uint32_t y, const uint8_t* row) {
-    if (facts->IsPalette()) {
-      FromPalette(y, row);
-    } else if (facts->Has(PNG_COLOR_MASK_ALPHA)) {
-      SplitAlpha(y, row);
-    } else {
+    if (facts->HasAlpha()) return SplitAlpha(y, row);
+    if (pixels != nullptr && facts->IsPalette()) ColoursFromPalette(y, row);
+    if (pixels != nullptr && !facts->IsPalette()) {
       std::memcpy(pixels->Row(y), row, pixels->Stride());
-      if (alpha != nullptr) AlphaFromKey(y, row);
+    }
+    if (alpha == nullptr) return;
+    facts->IsPalette() ? AlphaFromPalette(y, row) : AlphaFromKey(y, row);
+  }
+
+  void ColoursFromPalette(uint32_t y, const uint8_t* row) {
+    uint8_t* to = pixels->Row(y);
+    for (uint32_t x = 0; x < facts->width; ++x, to += 3) {
+      std::memcpy(to, &palette->colours[SampleAt(row, x, facts->depth)], 3);
     }
   }
 
-  void FromPalette(uint32_t y, const uint8_t* row) {
-    if (pixels->channels == 1) {
-      SampleWriter packer(pixels->Row(y), pixels->bits);
-      const unsigned step = 255u / ((1u << pixels->bits) - 1);
-      for (uint32_t x = 0; x < pixels->width; ++x) {
-        packer.Put(palette->colours[SampleAt(row, x, facts->depth)].red / step);
-      }
-      packer.Finish();
-    } else {
-      uint8_t* to = pixels->Row(y);
-      for (uint32_t x = 0; x < pixels->width; ++x, to += 3) {
-        std::memcpy(to, &palette->colours[SampleAt(row, x, facts->depth)], 3);
-      }
-    }
-    if (alpha == nullptr) return;
+  void AlphaFromPalette(uint32_t y, const uint8_t* row) {
     SampleWriter packer(alpha->Row(y), alpha->bits);
     const int drop = 8 - alpha->bits;  // binary alphas say it all in their top bit
-    for (uint32_t x = 0; x < pixels->width; ++x) {
+    for (uint32_t x = 0; x < facts->width; ++x) {
       packer.Put(palette->alpha[SampleAt(row, x, facts->depth)] >> drop);
     }
     packer.Finish();
@@ -297,16 +257,11 @@ struct RowConverter {
 
   // Pixels of exactly the tRNS colour are transparent, all others opaque.
   void AlphaFromKey(uint32_t y, const uint8_t* row) {
-    const unsigned mask = (1u << facts->depth) - 1;
-    std::array<unsigned, 3> key{};
-    for (int c = 0; c < pixels->channels; ++c) {
-      key[c] = Be16(&facts->transparency[2 * static_cast<size_t>(c)]) & mask;
-    }
     SampleWriter packer(alpha->Row(y), 1);
-    for (size_t x = 0; x < pixels->width; ++x) {
+    for (size_t x = 0; x < facts->width; ++x) {
       bool same = true;
-      for (int c = 0; c < pixels->channels; ++c) {
-        same = same && SampleAt(row, x * pixels->channels + c, facts->depth) == key[c];
+      for (size_t c = 0; c < key.size(); ++c) {
+        same = same && SampleAt(row, x * key.size() + c, facts->depth) == key[c];
       }
       packer.Put(same ? 0 : 1);
     }
@@ -314,66 +269,116 @@ struct RowConverter {
   }
 };
 
-DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
-  const PngFacts facts = ReadFacts(file);
-  const Palette palette(facts);
-  const int stored =
-      facts.IsPalette() ? 1 : Channels(plan.colour) + (facts.Has(PNG_COLOR_MASK_ALPHA) ? 1 : 0);
-  if (facts.depth < 1 || facts.depth > 16 || (facts.IsPalette() && facts.depth > 8)) {
-    throw ImageError("is damaged: " + std::to_string(facts.depth) + " bits; save it again");
-  }
-  // Bytes deflate to no less than about a thousandth; a header that promises more is a lie, found
-  // here before memory is taken for it.
-  const uint64_t raw = (uint64_t{facts.width} * facts.depth * stored + 7) / 8 * facts.height;
-  if (raw / 1100 > file.size()) {
-    throw ImageError("is too small a file for its " + std::to_string(facts.width) + " x " +
-                     std::to_string(facts.height) + " pixels; it is damaged, save it again");
-  }
-  DecodedImage image;
-  const int channels = Channels(plan.colour);
-  const int bits = !facts.IsPalette() ? facts.depth : channels == 1 ? palette.greyBits : 8;
-  image.pixels = Raster(facts.width, facts.height, bits, channels);
-  const bool keyed = facts.transparency.size() >= 2u * channels && !facts.IsPalette();
-  if (facts.Has(PNG_COLOR_MASK_ALPHA)) {
-    image.alpha.emplace(facts.width, facts.height, facts.depth, 1);
-  } else if (facts.IsPalette() ? !palette.opaque : keyed) {
-    image.alpha.emplace(facts.width, facts.height, facts.IsPalette() && !palette.binary ? 8 : 1, 1);
-  }
-  RowConverter converter{&facts, &palette, &image.pixels, image.alpha ? &*image.alpha : nullptr};
+// A header that promises more pixels than the file can hold is a lie, found here before memory is
+// taken for them: bytes deflate to no less than about a thousandth.
+void CheckPromise(const PngFacts& facts) {
+  if (static_cast<uint64_t>(facts.Stride()) * facts.height / 1100 <= facts.dataSize) return;
+  throw ImageError("is too small a file for its " + std::to_string(facts.width) + " x " +
+                   std::to_string(facts.height) + " pixels; it is damaged, save it again");
+}
+
+// Hands each row of the file, from the top one on, to the converter.
+void ConvertRows(const PngFacts& facts, Bytes file, RowConverter* converter) {
   Source source{file};
-  const Raster layout = [&] {  // how the file's own rows are packed
-    Raster raster;
-    raster.width = facts.width;
-    raster.bits = facts.depth;
-    raster.channels = stored;
-    return raster;
-  }();
+  const size_t stride = facts.Stride();
   bool done = false;
   if (facts.interlaced) {
-    Buffer all(layout.Stride() * facts.height);
+    Buffer all(stride * facts.height);
     std::memset(all.Data(), 0, all.Size());
     std::vector<uint8_t*> rows(facts.height);
-    for (uint32_t y = 0; y < facts.height; ++y) rows[y] = all.Data() + layout.Stride() * y;
-    done = ReadRows(&source, rows.data(), nullptr, nullptr, nullptr, facts.height, layout.Stride());
-    for (uint32_t y = 0; done && y < facts.height; ++y) converter.ConvertRow(y, rows[y]);
+    for (uint32_t y = 0; y < facts.height; ++y) rows[y] = all.Data() + stride * y;
+    done = ReadRows(&source, rows.data(), nullptr, nullptr, nullptr, facts.height, stride);
+    for (uint32_t y = 0; done && y < facts.height; ++y) converter->ConvertRow(y, rows[y]);
   } else {
-    Buffer row(layout.Stride());
-    done = ReadRows(&source, nullptr, row.Data(), RowConverter::Convert, &converter, facts.height,
-                    layout.Stride());
+    Buffer row(stride);
+    done = ReadRows(&source, nullptr, row.Data(), RowConverter::Convert, converter, facts.height,
+                    stride);
   }
   if (!done) {
     throw ImageError(std::string("cannot be decoded (libpng: ") + source.text +
                      "); the file is damaged, save the picture again");
   }
+}
+
+DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
+  const PngFacts facts = ReadPngFacts(file);
+  const Palette palette(facts);
+  WholePngData(file);
+  CheckPromise(facts);
+  DecodedImage image;
+  image.pixels =
+      Raster(facts.width, facts.height, facts.IsPalette() ? 8 : facts.depth, Channels(plan.colour));
+  if (const int bits = AlphaBits(facts, palette); bits != 0) {
+    image.alpha.emplace(facts.width, facts.height, bits, 1);
+  }
+  RowConverter converter{&facts, &palette, &image.pixels, image.alpha ? &*image.alpha : nullptr};
+  ConvertRows(facts, file, &converter);
+  return image;
+}
+
+// Inflates the stream of a picture that is small enough for that to take no time and little memory.
+// Throws an ImageError where it is not one of as many rows as there are.
+void CheckSmallStream(const PngFacts& facts, const std::vector<Bytes>& pieces) {
+  constexpr uint64_t kSmall = uint64_t{1} << 20;
+  const size_t row = facts.Stride() + 1;
+  if (facts.height > kSmall / row || facts.dataSize > kSmall) return;
+  Buffer joined;
+  Bytes stream = pieces[0];
+  if (pieces.size() > 1) {
+    joined = Buffer(facts.dataSize);
+    uint8_t* to = joined.Data();
+    for (const Bytes piece : pieces) to = std::copy(piece.begin(), piece.end(), to);
+    stream = joined.View();
+  }
+  const Buffer rows = InflateExactly(stream, row * facts.height);
+  bool whole = !rows.Empty();
+  for (uint32_t y = 0; whole && y < facts.height; ++y) whole = rows.Data()[row * y] <= 4;
+  if (!whole) {
+    throw ImageError(
+        "cannot be decoded: its pixels are damaged or cut off; save the picture again");
+  }
+}
+
+// The alpha of what passes through, decoded.
+std::optional<EncodedStream> AlphaBeside(const PngFacts& facts, Bytes file, int level) {
+  const Palette palette(facts);
+  const int bits = AlphaBits(facts, palette);
+  if (bits == 0 || (!facts.IsPalette() && !KeyBecomesMask(facts))) return {};
+  Raster alpha(facts.width, facts.height, bits, 1);
+  RowConverter converter{&facts, &palette, nullptr, &alpha};
+  ConvertRows(facts, file, &converter);
+  return PackAlpha(std::move(alpha), level);
+}
+
+EncodedImage PassPngThrough(const ImagePlan& plan, Bytes file, int level) {
+  const PngFacts facts = ReadPngFacts(file);
+  EncodedImage image;
+  EncodedStream& pixels = image.pixels;
+  pixels.pieces = WholePngData(file);
+  CheckPromise(facts);
+  CheckSmallStream(facts, pixels.pieces);
+  pixels.predictor = 15;
+  pixels.width = facts.width;
+  pixels.height = facts.height;
+  pixels.bits = facts.depth;
+  pixels.colour = plan.colour;
+  if (facts.IsPalette()) pixels.palette = Buffer::CopyOf(facts.palette);
+  if (facts.HasKey() && !KeyBecomesMask(facts)) {
+    for (const unsigned key : KeyOf(facts)) {
+      pixels.colourKey.insert(pixels.colourKey.end(), 2, static_cast<int>(key));
+    }
+  }
+  image.alpha = AlphaBeside(facts, file, level);
   return image;
 }
 
 bool IsPng(Bytes head) {
-  return StartsWith(head, kSignature);
+  return StartsWith(head, kPngSignature);
 }
 
 }  // namespace
 
-const Decoder kPngDecoder{Format::kPng, "PNG", IsPng, PlanPng, DecodePng, PngProfile, nullptr};
+const Decoder kPngDecoder{Format::kPng, "PNG",      IsPng,         PlanPng,
+                          DecodePng,    PngProfile, PassPngThrough};
 
 }  // namespace pictures

@@ -24,6 +24,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       // What would make a PDF that no reader can open.
       if (image.pixels.Size() == 0 || image.pixels.width == 0 || image.pixels.height == 0) abort();
       if (uint64_t{image.pixels.width} * image.pixels.height > kLimits.maxPixels) abort();
+      if (plan.PassesThrough() && plan.format == Format::kPng) {  // decoded where sizes matter
+        std::vector<Note> notes;
+        decoder.decode(plan, file, &notes);
+      }
       if (plan.orientation < 1 || plan.orientation > 8) abort();
     }
   } catch (const ImageError&) {

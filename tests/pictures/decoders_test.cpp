@@ -150,16 +150,5 @@ TEST(ReadProfile, TellsTheSpaceOfWholeProfilesOnly) {
   EXPECT_FALSE(ReadProfile(AsBytes(std::string(profile).replace(3, 1, "\x85"))).valid);
 }
 
-TEST(EncodeDecoded, DropsAnAlphaThatIsOpaqueThroughout) {
-  for (const int bits : {1, 8, 16}) {
-    DecodedImage image;
-    image.pixels = Raster(3, 2, 8, 1);
-    std::memset(image.pixels.bytes.Data(), 7, image.pixels.bytes.Size());
-    image.alpha.emplace(3, 2, bits, 1);
-    std::memset(image.alpha->bytes.Data(), 0xFF, image.alpha->bytes.Size());
-    EXPECT_FALSE(EncodeDecoded(std::move(image), 6).alpha.has_value());
-  }
-}
-
 }  // namespace
 }  // namespace pictures

@@ -14,6 +14,10 @@ from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, run
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
 
 
+def chunk(name, data):
+    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
+
+
 class BadInput(JtpdfTest):
     def test_what_is_no_picture(self):
         out = self.path("o.pdf")
@@ -75,9 +79,6 @@ class BadInput(JtpdfTest):
 
     def test_enormous_sizes_are_refused_before_memory_is_taken(self):
         side = 100_000
-        def chunk(name, data):
-            return struct.pack(">I", len(data)) + name + data + struct.pack(
-                ">I", zlib.crc32(name + data))
         png = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", side, side, 8, 6, 0, 0,
                                                                 0))
                + chunk(b"IDAT", zlib.compress(bytes(1000))) + chunk(b"IEND", b""))
@@ -115,6 +116,52 @@ class BadInput(JtpdfTest):
         lie = self.path("a.png")
         self.assertFails(1, "too small a file for its 100000 x 100000 pixels", lie, "-s", "1cm",
                          "--max-pixels", "20000000000", "-o", self.path("o.pdf"))
+
+    def test_a_png_with_any_bit_changed_is_refused(self):
+        self.save(blocks(4, 3), "a.png", dpi=(96, 96))
+        whole = self.get("a.png")
+        out = self.path("o.pdf")
+        for at in range(8, len(whole)):
+            data = bytearray(whole)
+            data[at] ^= 1 << at % 8
+            status, _, error = run(self.put(bytes(data), "b.png"), "-o", out)
+            self.assertEqual(status, 1, at)
+            self.assertRegex(error, r"b\.png: (is damaged|ends before|is a PNG file without|claims|"
+                             "would need|has no pixels|is too small)")
+        self.assertFalse(os.path.exists(out))
+
+    def test_pngs_with_right_checksums_and_wrong_pixels(self):
+        head = struct.pack(">IIBBBBB", 40, 30, 8, 2, 0, 0, 0)
+        rows = (b"\0" + bytes(120)) * 30
+        whole = zlib.compress(rows)
+        out = self.path("o.pdf")
+
+        def fails(pattern, data, head=head, chunks=b""):
+            file = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunks + chunk(b"IDAT", data)
+                    + chunk(b"IEND", b""))
+            self.assertFails(1, r"a\.png: " + pattern, self.put(file, "a.png"), "-o", out)
+
+        damaged = "cannot be decoded: its pixels are damaged or cut off"
+        fails(damaged, whole[:-5])
+        fails(damaged, whole[:-1] + b"x")
+        fails(damaged, zlib.compress(rows[:-1]))
+        fails(damaged, zlib.compress(rows + b"x"))
+        fails(damaged, zlib.compress(rows[:121 * 7] + b"\5" + rows[121 * 7 + 1:]))
+        no_stream = "is damaged: its pixels are not compressed as PNG has it"
+        for stream in b"x", b"\x78\x9d" + whole[2:], b"\x79\x9c" + whole[2:], \
+                b"\x78\xbb" + whole[2:], b"\x88\x1c" + whole[2:]:
+            fails(no_stream, stream)
+            # Of a large picture too, which is not inflated.
+            fails(no_stream, stream + bytes(10_000), struct.pack(">IIBBBBB", 900, 900, 8, 2, 0, 0, 0))
+        fails("is too small a file for its 9000 x 9000 pixels", whole,
+              struct.pack(">IIBBBBB", 9000, 9000, 8, 2, 0, 0, 0))
+        for kind, depth, *rest in (1, 8), (5, 8), (7, 8), (2, 4), (3, 16), (0, 3), (6, 4), (0, 0), \
+                (0, 8, 1, 0, 0), (0, 8, 0, 1, 0), (0, 8, 0, 0, 2):
+            fails("is damaged: its header names a kind of pixels that PNG does not have", whole,
+                  struct.pack(">IIBBBBB", 40, 30, depth, kind, *(rest or (0, 0, 0))))
+        for palette in b"", b"12", bytes(3 * 257):
+            fails("is damaged: it has no palette, or one that is none", whole,
+                  struct.pack(">IIBBBBB", 40, 30, 8, 3, 0, 0, 0), chunk(b"PLTE", palette))
 
     def test_max_pixels(self):
         path = self.save(blocks(), "a.png")  # 96 x 56

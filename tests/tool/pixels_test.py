@@ -29,6 +29,17 @@ def chunk(name, data):
     return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
 
+def png_chunks(data, name):
+    """The contents of all chunks of that name."""
+    found, at = [], 8
+    while at < len(data):
+        size = int.from_bytes(data[at:at + 4], "big")
+        if data[at + 4:at + 8] == name:
+            found.append(data[at + 8:at + 8 + size])
+        at += 12 + size
+    return found
+
+
 def pack(values, depth):
     """Samples of one row, packed."""
     bits = "".join(format(value, f"0{depth}b") for value in values)
@@ -237,7 +248,7 @@ class Png(JtpdfTest):
         begin = data.index(b"stream\r\n", at) + 8
         length = int(data[data.index(b"/Length ", at) + 8:].split()[0])
         self.assertEqual(zlib.decompress(data[begin:begin + length]),
-                         struct.pack(">8H", *samples))
+                         b"\0" + struct.pack(">8H", *samples))  # a row behind its filter
 
     def test_interlaced_files_show_like_others(self):
         for mode in ("RGB", "L", "RGBA"):
@@ -248,22 +259,30 @@ class Png(JtpdfTest):
                 self.assertEqual(self.get("inter.png")[28], 1)
                 self.assertShows(self.convert(out), over(blocks(mode=mode), "white"))
 
-    def test_palettes_become_rgb(self):
-        picture = blocks(6, 5).quantize(16)
-        pdf = self.convert(self.save(picture, "a.png"))
-        self.assertEqual(images(pdf)[0]["color"], "rgb")
-        self.assertShows(pdf, picture)
+    def test_palettes_stay_palettes(self):
+        for colours, bits in (2, 1), (4, 2), (16, 4), (30, 8):
+            picture = blocks(6, 5).quantize(colours)
+            path = self.save(picture, "a.png")
+            pdf = self.convert(path)
+            (dictionary, data), = support.stored(pdf)
+            self.assertEqual(data, b"".join(png_chunks(self.get("a.png"), b"IDAT")))
+            self.assertEqual(dictionary["/BitsPerComponent"], bits)
+            self.assertEqual(dictionary["/ColorSpace"][:3], ["/Indexed", "/DeviceRGB", colours - 1])
+            self.assertShows(pdf, picture)
 
-    def test_grey_palettes_become_grey_of_few_bits(self):
-        for greys, bits in (((0, 255), 1), ((0, 85, 170, 255), 2), ((0, 17, 34, 255), 4),
-                            ((0, 1), 8)):
+    def test_interlaced_grey_palettes_become_grey_of_few_bits(self):
+        for greys, bits in (((0, 255), 1), ((0, 85, 170, 255), 2), ((0, 17, 34, 51, 255), 4)):
             with self.subTest(bits=bits):
                 indices = [[(x // BLOCK + y // BLOCK) % len(greys) for x in range(5 * BLOCK)]
                            for y in range(4 * BLOCK)]
                 palette = chunk(b"PLTE", bytes(v for grey in greys for v in (grey,) * 3))
                 rows = [pack(row, 4) for row in indices]
-                pdf = self.convert(self.put(png(5 * BLOCK, 4 * BLOCK, 4, 3, rows, palette),
-                                            "a.png"))
+                path = self.put(png(5 * BLOCK, 4 * BLOCK, 4, 3, rows, palette), "plain.png")
+                subprocess.run(["/usr/bin/convert", path, "-interlace", "PNG", "-define",
+                                "png:bit-depth=4", "-define", "png:color-type=3",
+                                self.path("a.png")], check=True)
+                self.assertEqual(self.get("a.png")[24:29], b"\4\3\0\0\1")
+                pdf = self.convert(self.path("a.png"))
                 self.assertEqual((images(pdf)[0]["color"], images(pdf)[0]["bpc"]),
                                  ("gray", str(bits)))
                 expected = Image.fromarray(numpy.array(
@@ -276,19 +295,89 @@ class Png(JtpdfTest):
             with self.subTest(alphas=alphas):
                 path = self.save(picture, "a.png", transparency=alphas)
                 pdf = self.convert(path)
-                mask, = [i for i in images(pdf) if i["type"] == "smask"]
-                self.assertEqual(mask["bpc"], "1" if 128 not in alphas else "8")
+                mask, picture_stored = support.stored(pdf)
+                self.assertEqual(mask[0]["/BitsPerComponent"], 1 if 128 not in alphas else 8)
+                self.assertEqual(picture_stored[1],
+                                 b"".join(png_chunks(self.get("a.png"), b"IDAT")))
                 self.assertShows(pdf, over(Image.open(path), "white"))
 
-    def test_colour_keys_become_soft_masks(self):
+    def test_colour_keys_stay_colour_keys(self):
         for mode in ("L", "RGB"):
             with self.subTest(mode=mode):
                 picture = blocks(mode=mode)
                 key = picture.getpixel((BLOCK, BLOCK))
                 path = self.save(picture, "a.png", transparency=key)
                 pdf = self.convert(path)
-                self.assertEqual([i["type"] for i in images(pdf)], ["image", "smask"])
+                (dictionary, data), = support.stored(pdf)
+                values = key if mode == "RGB" else [key]
+                self.assertEqual(dictionary["/Mask"], [v for value in values for v in [value] * 2])
+                self.assertEqual(data, b"".join(png_chunks(self.get("a.png"), b"IDAT")))
                 self.assertShows(pdf, over(Image.open(path), "white"))
+
+    def test_colour_keys_of_16_bits_become_soft_masks(self):
+        # 0x1234 is transparent, 0x1235 not, which readers that keep 8 bits take for the same.
+        picture = numpy.repeat(numpy.repeat(numpy.array([[0x1234, 0x1235], [0x8000, 0x1234]]),
+                                            BLOCK, 0), BLOCK, 1)
+        rows = [row.astype(">u2").tobytes() for row in picture]
+        path = self.put(png(2 * BLOCK, 2 * BLOCK, 16, 0, rows, chunk(b"tRNS", b"\x12\x34")),
+                        "a.png")
+        pdf = self.convert(path)
+        (mask, _), (dictionary, data) = support.stored(pdf)
+        self.assertEqual(mask["/BitsPerComponent"], 1)
+        self.assertNotIn("/Mask", dictionary)
+        self.assertEqual(data, png_chunks(self.get("a.png"), b"IDAT")[0])
+        expected = numpy.where(picture == 0x1234, 255, picture >> 8).astype(numpy.uint8)
+        self.assertShows(pdf, Image.fromarray(expected))
+
+    def test_interlaced_colour_keys_become_soft_masks(self):
+        for mode in ("L", "RGB"):
+            picture = blocks(mode=mode)
+            path = self.save(picture, "plain.png", transparency=picture.getpixel((BLOCK, BLOCK)))
+            subprocess.run(["/usr/bin/convert", path, "-interlace", "PNG", "-define",
+                            f"png:color-type={0 if mode == 'L' else 2}", self.path("a.png")],
+                           check=True)
+            data = self.get("a.png")
+            self.assertEqual((data[25], data[28]), (0 if mode == "L" else 2, 1))
+            self.assertTrue(png_chunks(data, b"tRNS"))
+            pdf = self.convert(self.path("a.png"))
+            self.assertEqual([i["type"] for i in images(pdf)], ["image", "smask"])
+            self.assertShows(pdf, over(Image.open(path), "white"))
+
+    def test_what_passes_through_is_stored_byte_for_byte(self):
+        random = numpy.random.default_rng(1)
+        for kind, depths in ((0, (1, 2, 4, 8, 16)), (2, (8, 16)), (3, (1, 2, 4, 8))):
+            for depth in depths:
+                with self.subTest(kind=kind, depth=depth):
+                    components = 3 if kind == 2 else 1
+                    size = (37 * depth * components + 7) // 8
+                    rows = [random.bytes(size) for _ in range(9)]
+                    palette = chunk(b"PLTE", random.bytes(3 << depth)) if kind == 3 else b""
+                    # The stream in several chunks, as most encoders write it; rows of all filters.
+                    stream = zlib.compress(b"".join(bytes([y % 5]) + row
+                                                    for y, row in enumerate(rows)))
+                    data = png(37, 9, depth, kind, rows, palette)
+                    parts = stream[:1], stream[1:20], b"", stream[20:]
+                    data = data.replace(chunk(b"IDAT", png_chunks(data, b"IDAT")[0]),
+                                        b"".join(chunk(b"IDAT", part) for part in parts))
+                    pdf = self.convert(self.put(data, "a.png"))
+                    (dictionary, found), = support.stored(pdf)
+                    self.assertEqual(found, stream)
+                    self.assertEqual(dictionary["/DecodeParms"],
+                                     {"/BitsPerComponent": depth, "/Colors": components,
+                                      "/Columns": 37, "/Predictor": 15})
+                    self.assertEqual(dictionary["/BitsPerComponent"], depth)
+                    self.assertLess(os.path.getsize(pdf), len(data) + 2048 + 2 * len(palette))
+                    for tool in "pdftoppm", "mutool":
+                        shown = numpy.asarray(render(pdf, tool=tool))
+                        self.assertGreater(shown.std(), 0)
+
+    def test_palettes_with_every_byte_come_through(self):
+        entries = bytes(range(256)) + bytes(range(255, -1, -1)) + bytes(256)
+        rows = [bytes(range(256))] * 9
+        pdf = self.convert(self.put(png(256, 9, 8, 3, rows, chunk(b"PLTE", entries)), "a.png"))
+        (dictionary, _), = support.stored(pdf)
+        value = dictionary["/ColorSpace"][3]
+        self.assertEqual(value, "b:" + entries.hex())
 
     def test_alpha_is_a_soft_mask_and_shows_what_is_under_it(self):
         for mode in ("LA", "RGBA"):
@@ -398,7 +487,7 @@ class Jpeg2000(JtpdfTest):
                 self.assertShows(pdf, over(picture, "white"))
 
     def test_sixteen_bits_are_kept(self):
-        samples = numpy.asarray(blocks(mode="L"), numpy.uint16) * 257
+        samples = numpy.asarray(blocks(mode="L"), numpy.uint16) * 256 + 1
         path = self.jp2(Image.fromarray(samples))
         pdf = self.convert(path)
         self.assertEqual(images(pdf)[0]["bpc"], "16")
@@ -491,7 +580,7 @@ class Tiff(JtpdfTest):
                 path = self.tiff(picture, "-depth", str(depth), "-define",
                                  "quantum:format=unsigned", "-type", "Grayscale")
                 pdf = self.convert(path)
-                self.assertEqual(images(pdf)[0]["bpc"], str(16 if depth == 12 else depth))
+                self.assertEqual(images(pdf)[0]["bpc"], str({12: 16, 16: 8}.get(depth, depth)))  # each of 16 is two bytes alike
                 self.assertShows(pdf, picture)
 
     def test_tiles_planes_white_zero_and_fax(self):
@@ -596,13 +685,35 @@ class Profiles(JtpdfTest):
         data = self.get("out.pdf")
         self.assertEqual(data.count(b"/Alternate /DeviceRGB"), 2)
         self.assertEqual(data.count(b"/N 3"), 2)
-        self.assertEqual([i["color"] for i in images(pdf)], ["icc"] * 5 + ["rgb"])
+        self.assertEqual([i["color"] for i in images(pdf)],
+                         ["icc", "icc", "index", "index", "icc", "rgb"])
+        for dictionary, _ in support.stored(pdf)[:5]:
+            space = dictionary["/ColorSpace"]
+            self.assertEqual((space[1] if space[0] == "/Indexed" else space)[0], "/ICCBased")
         subprocess.run(["qpdf", "--qdf", "--object-streams=disable", pdf, self.path("q.pdf")],
                        check=True)
         self.assertIn(rgb, self.get("q.pdf"))
 
-    def test_other_profiles_are_left_out_with_a_note_under_v(self):
-        cases = ((b"GRAY", "L", "grey"), (b"CMYK", "CMYK", "CMYK"), (b"RGB ", "L", "RGB"))
+    def test_profiles_of_grey_and_inks_are_declared_once_each(self):
+        for space, mode, alternate in ((b"GRAY", "L", "Gray"), (b"CMYK", "CMYK", "CMYK")):
+            with self.subTest(space=space):
+                profile = support.icc_profile(space)
+                paths = [self.save(blocks(mode=mode, seed=1), "1.jpg", icc_profile=profile),
+                         self.save(blocks(mode=mode, seed=2), "2.tif", icc_profile=profile)]
+                if mode == "L":
+                    paths.append(self.save(blocks(mode=mode), "3.png", icc_profile=profile))
+                pdf = self.convert(*paths)
+                data = self.get("out.pdf")
+                self.assertEqual(data.count(b"/Alternate /Device" + alternate.encode()), 1)
+                self.assertEqual(data.count(b"/ICCBased"), len(paths))
+                subprocess.run(["qpdf", "--qdf", "--object-streams=disable", pdf,
+                                self.path("q.pdf")], check=True)
+                self.assertIn(profile, self.get("q.pdf"))
+                if mode == "L":
+                    self.assertShows(pdf, blocks(mode=mode, seed=1), tolerance=10)
+
+    def test_profiles_of_other_components_are_left_out_with_a_note_under_v(self):
+        cases = ((b"GRAY", "RGB", "grey"), (b"CMYK", "L", "CMYK"), (b"RGB ", "L", "RGB"))
         for space, mode, word in cases:
             with self.subTest(space=space, mode=mode):
                 path = self.save(blocks(mode=mode), "a.jpg",

@@ -1,5 +1,7 @@
 """What the tests of the command share: running it, making pictures, looking at pages."""
+import base64
 import io
+import json
 import os
 import pty
 import random
@@ -43,6 +45,17 @@ def noise(width, height, seed=1):
     """A picture that takes long to compress."""
     return Image.fromarray(numpy.random.default_rng(seed).integers(
         0, 256, (height, width, 3), numpy.uint8))
+
+
+def stored(pdf):
+    """Dictionary and data, as they are stored, of the images in the order of their objects."""
+    text = subprocess.run(["qpdf", "--json=2", "--json-stream-data=inline", "--decode-level=none",
+                           pdf], check=True, capture_output=True).stdout
+    objects = json.loads(text)["qpdf"][1]
+    streams = [(int(name[4:].split()[0]), value["stream"]) for name, value in objects.items()
+               if "stream" in value and value["stream"]["dict"].get("/Subtype") == "/Image"]
+    return [(stream["dict"], base64.b64decode(stream["data"]))
+            for _, stream in sorted(streams, key=lambda pair: pair[0])]
 
 
 def render(pdf, page=1, dpi=96, tool="pdftoppm"):

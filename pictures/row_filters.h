@@ -1,0 +1,15 @@
+// row_filters.h - the filters of PNG rows (ISO/IEC 15948, 9), predictor 15 of PDF.
+#ifndef JTPDF_PICTURES_ROW_FILTERS_H
+#define JTPDF_PICTURES_ROW_FILTERS_H
+
+#include "bytes.h"
+
+namespace pictures {
+
+// Filters `rows` rows of `stride` bytes, whose pixels have `pixelSize` bytes, each by the filter
+// that leaves the smallest differences. Every row of the result begins with its filter's number.
+Buffer FilterRows(Bytes bytes, size_t stride, size_t rows, size_t pixelSize);
+
+}  // namespace pictures
+
+#endif  // JTPDF_PICTURES_ROW_FILTERS_H
