@@ -1435,6 +1435,13 @@ class [[nodiscard]] Document {
     const detail::WideText text(title, {kFunction, "title"});
     check(kFunction, [&] { return AddPdfBookmark(handle(), level, text.c_str(), page); });
   }
+  // Says what a reader shows first: a page by its index, which may be added later. view is the rest
+  // of a destination (ISO 32000-1, 12.3.2.2): "/Fit", "/XYZ null null 1.5".
+  void set_open_page(int page, std::string_view view = "/Fit") {
+    constexpr const char* kFunction = "SetPdfOpenPage";
+    const detail::NarrowText text(view, {kFunction, "view"});
+    check(kFunction, [&] { return SetPdfOpenPage(handle(), page, text.c_str()); });
+  }
   // How many pages were added: the index of the next one.
   int page_count() const noexcept { return static_cast<int>(pages_); }
 

@@ -3,9 +3,10 @@
  *
  *     JTPDFPictureError error;
  *     JTPDFPicture* picture = JTPDFOpenPictureFile("scan.tif", NULL, &error);
- *     JTPDFPictureWriter* writer = JTPDFCreatePictureWriter(doc, PDFCoordinateUnitPoint, 6,
- * &error); const JTPDFPicturePage page = {.page = "A4", .border = "1cm", .turn = -1}; if (picture
- * == NULL || writer == NULL || JTPDFAddPicturePage(writer, picture, 0, &page, NULL, &error) != 0) {
+ *     JTPDFPictureWriter* writer = JTPDFCreatePictureWriter(doc, 1.0, 6, &error);
+ *     const JTPDFPicturePage page = {.page = "A4", .border = "1cm"};
+ *     if (picture == NULL ||
+ *         JTPDFAddPicturePage(writer, picture, 0, &page, NULL, &error) != 0) {
  *       fprintf(stderr, "scan.tif: %s\n", error.message);
  *     }
  *     JTPDFDestroyPictureWriter(writer);
@@ -15,17 +16,17 @@
  *
  * 1. Ownership. A picture is the caller's from Open... to JTPDFClosePicture, a writer from
  *    JTPDFCreatePictureWriter to JTPDFDestroyPictureWriter; it has to be destroyed before its
- *    document. Strings that a picture gives live as long as it. Null handles can be closed and
- *    destroyed, and are no valid argument of anything else.
+ *    document. Strings that a picture gives live as long as it. Null can be closed and destroyed;
+ *    what is to work with a null picture or writer fails with kJTPDFPictureArgument.
  * 2. Failures. A function that returns a handle returns null for a failure, one that returns
- * int32_t a JTPDFPictureResult, 0 for success. error, where it is not null, then says what is
- * wrong, and is empty after a success. A message is about the picture, without its name ("ends
- * before its picture does; ..."), so that the caller can put what names it in front. No exception,
- * longjmp or abort comes out of any function, whatever the bytes of a picture are.
+ *    int32_t a JTPDFPictureResult, 0 for success. error, where it is not null, says what is wrong,
+ *    and is empty after a success. A message is about the picture, without its name ("ends before
+ *    its picture does; ..."), so that the caller can put that in front. No exception, longjmp or
+ *    abort comes out of any function, whatever the bytes of a picture are.
  * 3. After a failure of a picture the document is as it was, and other pictures can be written.
- * After kJTPDFPictureDocument it is as the library's own failures leave it.
+ *    After kJTPDFPictureDocument it is as the library's own failures leave it.
  * 4. Texts are UTF-8. Frames are the pictures of one file, pages of a TIFF file for one: from 0.
- * 5. Threads. A picture can be used by one thread at a time, and so can a writer with its document;
+ * 5. Threads. A picture is used by one thread at a time, and so is a writer with its document;
  *    different ones by different threads at once.
  * 6. Interface version 0: until it is 1, a new release may change these functions and records, and
  *    then has another SONAME.
@@ -148,14 +149,14 @@ enum {
 };
 
 /* A page of one picture, in measures as people write them: "20mm", "2cm", "0.8in", "57pt". A record
- * of zeros but for turn, which is -1, makes a page of the picture's own size. */
+ * of zeros makes a page of the picture's own size, turned as the picture says. */
 typedef struct JTPDFPicturePage {
   const char* page;   /* "A4", "Letter", "A4^T" for landscape, "10cmx15cm"; null: the picture's */
   const char* image;  /* "10cmx15cm", "10cm", "x15cm", "50%", "300dpi"; null: inside of the page */
   const char* border; /* "1cm", or "1cm:2cm" above and below, left and right; null for none */
   int32_t fit;        /* a JTPDFPictureFit */
-  int32_t turn;       /* 0, 90, 180 or 270 degrees clockwise; -1: as the picture says */
-  bool autoOrient;    /* turns the page where the picture lies the other way */
+  int32_t turn; /* 0: as the picture says; else 90, 180, 270 or 360 degrees clockwise as stored */
+  bool autoOrient; /* turns the page where the picture lies the other way */
 } JTPDFPicturePage;
 
 /* Where the picture goes on its page, in the unit of the writer's document. */

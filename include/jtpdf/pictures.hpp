@@ -212,9 +212,14 @@ class PictureWriter {
     const auto text = [](const std::string& measure) {
       return measure.empty() ? nullptr : measure.c_str();
     };
-    const JTPDFPicturePage record = {text(page.page),        text(page.image),
-                                     text(page.border),      static_cast<std::int32_t>(page.fit),
-                                     page.turn.value_or(-1), page.auto_orient};
+    const JTPDFPicturePage record = {text(page.page),
+                                     text(page.image),
+                                     text(page.border),
+                                     static_cast<std::int32_t>(page.fit),
+                                     !page.turn        ? 0
+                                     : *page.turn == 0 ? 360
+                                                       : *page.turn,
+                                     page.auto_orient};
     JTPDFPictureLayout layout;
     JTPDFPictureError error;
     if (JTPDFLayOutPicture(handle_.get(), picture.handle(), frame, &record, &layout, &error) != 0) {

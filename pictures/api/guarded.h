@@ -20,6 +20,11 @@ struct Failure {
 // What the caller asked for cannot be.
 [[noreturn]] void RefuseArgument(std::string message);
 
+// Throws where a handle or another pointer that has to be there is not.
+inline void Require(const void* pointer, const char* name) {
+  if (pointer == nullptr) RefuseArgument(std::string(name) + ": is null");
+}
+
 // Throws for a result code of the document's other than 0.
 void Check(int32_t code);
 

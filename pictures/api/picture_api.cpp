@@ -105,6 +105,7 @@ JTPDFPicture* OpenRead(JTPDFPictureReadFunction read, void* context,
                        const JTPDFPictureLimits* limits, JTPDFPictureError* error) {
   std::unique_ptr<JTPDFPicture> picture;
   const int32_t result = Guarded(error, [&] {
+    Require(reinterpret_cast<const void*>(read), "read");
     picture = std::make_unique<JTPDFPicture>();
     picture->owned = ReadAll(read, context, MostBytes(limits));
     picture->bytes = picture->owned.View();
@@ -141,6 +142,9 @@ extern "C" {
 JTPDFPicture* JTPDFOpenPictureFile(const char* path, const JTPDFPictureLimits* limits,
                                    JTPDFPictureError* error) {
   using pictures::api::File;
+  if (pictures::api::Guarded(error, [&] { pictures::api::Require(path, "path"); }) != 0) {
+    return nullptr;
+  }
   errno = 0;
   File file(path);  // one that was not opened fails when it is read, with this errno
   return pictures::api::OpenRead(File::Read, &file, limits, error);
@@ -167,12 +171,14 @@ void JTPDFClosePicture(JTPDFPicture* picture) {
 }
 
 unsigned JTPDFCountPictureFrames(const JTPDFPicture* picture) {
-  return static_cast<unsigned>(picture->frames.size());
+  return picture == nullptr ? 0 : static_cast<unsigned>(picture->frames.size());
 }
 
 int32_t JTPDFGetPictureInfo(const JTPDFPicture* picture, unsigned frame, JTPDFPictureInfo* info,
                             JTPDFPictureError* error) {
   return pictures::api::Guarded(error, [&] {
+    pictures::api::Require(picture, "picture");
+    pictures::api::Require(info, "info");
     const pictures::ImagePlan& plan = picture->Frame(frame);
     *info = {};
     info->format = pictures::DecoderOf(plan.format).name;
@@ -194,7 +200,7 @@ int32_t JTPDFGetPictureInfo(const JTPDFPicture* picture, unsigned frame, JTPDFPi
 }
 
 const char* JTPDFGetPictureNote(const JTPDFPicture* picture, unsigned frame, unsigned index) {
-  if (frame >= picture->frames.size()) return nullptr;
+  if (picture == nullptr || frame >= picture->frames.size()) return nullptr;
   const std::vector<pictures::Note>& notes = picture->frames[frame].notes;
   return index < notes.size() ? notes[index].text.c_str() : nullptr;
 }

@@ -24,8 +24,10 @@ struct JTPDFPictureWriter {
 namespace pictures::api {
 namespace {
 
-int WriteImage(JTPDFPictureWriter* writer, const JTPDFPicture& picture, unsigned frame) {
-  const EncodedImage image = Encode(picture.UsableFrame(frame), picture.bytes, writer->level);
+int WriteImage(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame) {
+  Require(writer, "writer");
+  Require(picture, "picture");
+  const EncodedImage image = Encode(picture->UsableFrame(frame), picture->bytes, writer->level);
   int number = 0;
   Check(writer->images.Write(image, {kPdfImageRolePhoto, {}}, &number));
   return number;
@@ -51,12 +53,10 @@ LayoutOptions OptionsOf(const JTPDFPicturePage* page) {
     RefuseArgument("fit: " + std::to_string(page->fit) + " is none of 0 to 4");
   }
   options.fit = kFits[static_cast<size_t>(page->fit)];
-  if (page->turn != -1) {
-    if (page->turn % 90 != 0 || page->turn < 0 || page->turn > 270) {
-      RefuseArgument("turn: " + std::to_string(page->turn) + " is none of -1, 0, 90, 180 and 270");
-    }
-    options.turn = page->turn;
+  if (page->turn % 90 != 0 || page->turn < 0 || page->turn > 360) {
+    RefuseArgument("turn: " + std::to_string(page->turn) + " is none of 0, 90, 180, 270 and 360");
   }
+  if (page->turn != 0) options.turn = page->turn % 360;
   options.autoOrient = page->autoOrient;
   return options;
 }
@@ -65,10 +65,12 @@ JTPDFRect InUnits(const JTPDFRect& box, double unit) {
   return {box.left / unit, box.bottom / unit, box.width / unit, box.height / unit, box.angle};
 }
 
-JTPDFPictureLayout LayOutInUnits(const JTPDFPictureWriter& writer, const JTPDFPicture& picture,
+JTPDFPictureLayout LayOutInUnits(const JTPDFPictureWriter* writer, const JTPDFPicture* picture,
                                  unsigned frame, const JTPDFPicturePage* page) {
-  const PageLayout layout = LayOut(picture.UsableFrame(frame), OptionsOf(page));
-  return {InUnits(layout.page, writer.unit), InUnits(layout.image, writer.unit)};
+  Require(writer, "writer");
+  Require(picture, "picture");
+  const PageLayout layout = LayOut(picture->UsableFrame(frame), OptionsOf(page));
+  return {InUnits(layout.page, writer->unit), InUnits(layout.image, writer->unit)};
 }
 
 }  // namespace
@@ -80,6 +82,7 @@ JTPDFPictureWriter* JTPDFCreatePictureWriter(JTPDFDocument* doc, double unitFact
                                              JTPDFPictureError* error) {
   std::unique_ptr<JTPDFPictureWriter> writer;
   const int32_t result = pictures::api::Guarded(error, [&] {
+    pictures::api::Require(doc, "doc");
     if (!(unitFactor > 0) || !std::isfinite(unitFactor)) {
       pictures::api::RefuseArgument("unitFactor: no length can be that many points");
     }
@@ -98,7 +101,7 @@ void JTPDFDestroyPictureWriter(JTPDFPictureWriter* writer) {
 int32_t JTPDFWritePicture(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,
                           int* image, JTPDFPictureError* error) {
   return pictures::api::Guarded(error, [&] {
-    const int number = pictures::api::WriteImage(writer, *picture, frame);
+    const int number = pictures::api::WriteImage(writer, picture, frame);
     if (image != nullptr) *image = number;
   });
 }
@@ -106,15 +109,18 @@ int32_t JTPDFWritePicture(JTPDFPictureWriter* writer, const JTPDFPicture* pictur
 int32_t JTPDFLayOutPicture(const JTPDFPictureWriter* writer, const JTPDFPicture* picture,
                            unsigned frame, const JTPDFPicturePage* page, JTPDFPictureLayout* layout,
                            JTPDFPictureError* error) {
-  return pictures::api::Guarded(
-      error, [&] { *layout = pictures::api::LayOutInUnits(*writer, *picture, frame, page); });
+  return pictures::api::Guarded(error, [&] {
+    const JTPDFPictureLayout found = pictures::api::LayOutInUnits(writer, picture, frame, page);
+    pictures::api::Require(layout, "layout");
+    *layout = found;
+  });
 }
 
 int32_t JTPDFAddPicturePage(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,
                             const JTPDFPicturePage* page, int* image, JTPDFPictureError* error) {
   return pictures::api::Guarded(error, [&] {
-    const JTPDFPictureLayout layout = pictures::api::LayOutInUnits(*writer, *picture, frame, page);
-    const int number = pictures::api::WriteImage(writer, *picture, frame);
+    const JTPDFPictureLayout layout = pictures::api::LayOutInUnits(writer, picture, frame, page);
+    const int number = pictures::api::WriteImage(writer, picture, frame);
     SetPdfCanvasBoundingBox(writer->document, layout.page);
     DrawPdfImageInRect(writer->document, number, layout.image);
     int form = 0;

@@ -135,6 +135,7 @@ TEST(JtpdfObjects, EntriesGoToTheCatalogThePageAndTheForm) {
   jtpdf::set_page_box(doc, jtpdf::PageBox::bleed, kSmallPage);
   jtpdf::set_page_box(doc, jtpdf::PageBox::art, kSmallPage);
   doc.add_page(kSmallPage);
+  doc.set_open_page(0, "/FitH null");
   doc.add_bookmark("Página", 0);
   doc.add_bookmark("below", 0, 1);
   EXPECT_EQ(doc.page_count(), 1);
@@ -143,7 +144,7 @@ TEST(JtpdfObjects, EntriesGoToTheCatalogThePageAndTheForm) {
   for (const char* line :
        {"/PageLayout /SinglePage", "/F1 << /Type /Font >>", "/UserUnit 2.0", "/Rotate 270",
         "/TrimBox [72 10.25 128 89.75]", "/BleedBox [0 0 200 100]", "/ArtBox [0 0 200 100]",
-        "/Dest [4 0 R /Fit]"}) {
+        "/Dest [4 0 R /Fit]", "/OpenAction [4 0 R /FitH null]"}) {
     EXPECT_NE(file.find(std::string(line) + "\r\n"), std::string::npos) << line;
   }
 }

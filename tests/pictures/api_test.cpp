@@ -130,6 +130,9 @@ TEST(JtpdfPictureWriter, LaysOutInTheUnitOfTheDocument) {
   const jtpdf::PictureLayout own = pictures.lay_out(photo, turned);
   EXPECT_NEAR(own.page.width.in(jtpdf::inch), photo.info().height / 100.0, 1e-9);
   EXPECT_EQ(own.image.angle.degrees, 270);
+  turned.turn = 0;
+  EXPECT_NEAR(pictures.lay_out(photo, turned).page.width.in(jtpdf::inch),
+              photo.info().width / 100.0, 1e-9);
   jtpdf::PicturePage exact{"10cmx10cm"};
   exact.fit = jtpdf::Fit::exact;
   EXPECT_NEAR(pictures.lay_out(photo, exact).image.width.in(jtpdf::centimeter), 10, 1e-9);
@@ -186,7 +189,7 @@ TEST(JtpdfPicture, RefusesWhatIsAskedForByItsName) {
             "page");
   jtpdf::PicturePage turned;
   turned.turn = 45;
-  EXPECT_EQ(message(turned), "turn: 45 is none of -1, 0, 90, 180 and 270");
+  EXPECT_EQ(message(turned), "turn: 45 is none of 0, 90, 180, 270 and 360");
   EXPECT_EQ(MessageOf([&] { pictures.write(photo, 1); }), "has no frame 1; there are 1");
   EXPECT_EQ(MessageOf([&] { photo.info(7); }), "has no frame 7; there are 1");
   EXPECT_EQ(MessageOf([&] { PictureWriter(doc, 13); }), "level: 13 is none of 0 to 12");
@@ -226,6 +229,19 @@ TEST(JtpdfPictureInterface, TakesACallbackThatFailsOrLies) {
   };
   EXPECT_EQ(nullptr, JTPDFOpenPictureStream(lie, nullptr, nullptr, &error));
   EXPECT_EQ(kJTPDFPictureArgument, error.result);
+  EXPECT_EQ(kJTPDFPictureArgument, JTPDFGetPictureInfo(nullptr, 0, nullptr, &error));
+  EXPECT_EQ(kJTPDFPictureArgument, JTPDFWritePicture(nullptr, nullptr, 0, nullptr, &error));
+  EXPECT_EQ(kJTPDFPictureArgument,
+            JTPDFAddPicturePage(nullptr, nullptr, 0, nullptr, nullptr, &error));
+  EXPECT_EQ(kJTPDFPictureArgument,
+            JTPDFLayOutPicture(nullptr, nullptr, 0, nullptr, nullptr, &error));
+  EXPECT_STREQ("writer: is null", error.message);
+  EXPECT_EQ(0u, JTPDFCountPictureFrames(nullptr));
+  EXPECT_EQ(nullptr, JTPDFGetPictureNote(nullptr, 0, 0));
+  EXPECT_EQ(nullptr, JTPDFOpenPictureFile(nullptr, nullptr, &error));
+  EXPECT_EQ(kJTPDFPictureArgument, error.result);
+  EXPECT_EQ(nullptr, JTPDFOpenPictureStream(nullptr, nullptr, nullptr, &error));
+  EXPECT_EQ(nullptr, JTPDFCreatePictureWriter(nullptr, 1, 6, &error));
   JTPDFClosePicture(nullptr);
   JTPDFDestroyPictureWriter(nullptr);
 }

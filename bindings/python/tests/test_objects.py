@@ -83,13 +83,15 @@ class Objects(unittest.TestCase):
             doc.turn_page(-1)
             doc.add_bookmark("Página")
             doc.add_bookmark("below", 0, level=1)
+            doc.set_open_page(0, "/XYZ null null 1.5")
             doc.add_page((0, 0, 2, 2))
             self.assertEqual(doc.page_count, 1)
             with self.assertRaisesRegex(ValueError, "kind is 'media', none of bleed, trim, art"):
                 doc.set_page_box("media", PAGE)  # type: ignore[arg-type]
         data = bytes(doc.data)
         for line in ("/PageLayout /SinglePage", "/F1 << /Type /Font >>", "/UserUnit 2.0",
-                     "/TrimBox [36 18 108 90]", "/Rotate 270", "/Dest [4 0 R /Fit]"):
+                     "/TrimBox [36 18 108 90]", "/Rotate 270", "/Dest [4 0 R /Fit]",
+                     "/OpenAction [4 0 R /XYZ null null 1.5]"):
             self.assertIn(lines(line), data)
 
     def test_text_is_in_a_font_of_the_readers(self) -> None:

@@ -81,6 +81,8 @@ class Pages(unittest.TestCase):
         info = jtpdf.probe(PHOTO)
         sheet, _ = doc.lay_out_picture(PHOTO, image="100dpi", turn=90)
         self.assertAlmostEqual(sheet.width, 72 * info.height / 100)
+        stored, _ = doc.lay_out_picture(PHOTO, image="100dpi", turn=0)
+        self.assertAlmostEqual(stored.width, 72 * info.width / 100)
         with self.assertRaisesRegex(ValueError, 'page: "A9" is no page size'):
             doc.add_picture(PHOTO, "A9")
         with self.assertRaisesRegex(ValueError, "fit is 'best', none of into"):

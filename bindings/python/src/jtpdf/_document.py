@@ -592,6 +592,17 @@ class Document:
         index = self._pages if page is None else page
         self._call("AddPdfBookmark", level, _native.wide_text(title, "title"), index)
 
+    def set_open_page(self, page: int, view: str = "/Fit") -> None:
+        """Says what a reader shows first: a page by its index, which may be added later.
+
+        view is the rest of a destination (ISO 32000-1, 12.3.2.2): "/Fit", "/XYZ null null 1.5".
+
+        >>> with Document() as doc:
+        ...     doc.set_open_page(0, "/FitH null")
+        ...     page = doc.add_page((0, 0, 100, 100))
+        """
+        self._call("SetPdfOpenPage", page, _objects.syntax(view, "view"))
+
     @property
     def page_count(self) -> int:
         """How many pages were added: the index of the next one."""

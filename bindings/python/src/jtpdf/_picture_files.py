@@ -203,7 +203,7 @@ def page_record(page: str | None, image: str | None, border: str | None, fit: Fi
     if fit not in _FITS:
         raise ValueError(f"fit is {fit!r}, none of {', '.join(_FITS)}")
     return Page(measure(page, "page"), measure(image, "image"), measure(border, "border"),
-                _FITS.index(fit), -1 if turn is None else turn, auto_orient)
+                _FITS.index(fit), 0 if turn is None else turn or 360, auto_orient)
 
 
 @contextlib.contextmanager
