@@ -2,6 +2,7 @@
 import { describe, finite, invalid, JtpdfError, options } from './errors.mjs';
 
 const NO_COLOR = -1;
+const MOST_LINES = 1000;  // that wait to be handed over
 const HANDLE = 0.551784;  // of the curves of an ellipse, as the library has it
 
 /** A colour of red, green and blue from 0 to 1, as other packages have it. */
@@ -61,6 +62,7 @@ class Canvas extends Made {
   #host;  // what the document lets its canvases do
   #resources = new Map();
   #images = new Set();
+  #lines = [];  // operators that the module did not get yet
 
   constructor(document, host, box) {
     super(document, undefined);
@@ -87,6 +89,7 @@ class Canvas extends Made {
   drawRectangle(given) {
     const box = this.#box('drawRectangle', given, 100, 100, ['color', 'borderColor', 'borderWidth']);
     const [fill, stroke, line] = paint(given, 'drawRectangle');
+    if (this.#host.compact && box.rotate === 0) return this.#add(compactRectangle(this.#host.unit, box, fill, stroke, line));
     this.#draw((m, at) => m.rectangle(at, box.x, box.y, box.width, box.height, box.rotate, fill, stroke, line));
   }
 
@@ -143,9 +146,19 @@ class Canvas extends Made {
 
   #draw(body) {
     this.#host.call(this, 'drawing', (m, at, library) => {
-      body(m, at, library);
+      if (this.#lines.length > 0) m.content(at, library.text(this.#lines.splice(0).join('\n'), ''));
+      body?.(m, at, library);
       return 0;
     });
+  }
+
+  #add(line) {
+    this.#host.require(this, 'drawing');
+    if (this.#lines.push(line) >= MOST_LINES) this.#draw();
+  }
+
+  static end(canvas) {
+    canvas.#draw();
   }
 
   #box(call, given, usualWidth, usualHeight, more) {
@@ -167,6 +180,8 @@ export class PdfPage extends Canvas {
 
 export class PdfForm extends Canvas {}
 
+/** Hands over what is left to draw. */
+export const endCanvas = (canvas) => Canvas.end(canvas);
 export const formEntries = (canvas, bounds) => Canvas.entriesOf(canvas, bounds);
 
 function paint(given, call) {
@@ -177,6 +192,18 @@ function paint(given, call) {
   if (finite(borderWidth, `${call}: borderWidth`) < 0) throw invalid(`${call}: borderWidth is less than 0`);
   return [fill, stroke, stroke === NO_COLOR ? 0 : borderWidth];
 }
+
+// A rectangle in as few bytes as there are for it.
+function compactRectangle(unit, { x, y, width, height }, fill, stroke, line) {
+  const box = `${short(x * unit)} ${short(y * unit)} ${short(width * unit)} ${short(height * unit)} re`;
+  const share = (byte) => Math.round((byte * 1000) / 255) / 1000;
+  const color = (rgb) => `${share(rgb >> 16)} ${share((rgb >> 8) & 255)} ${share(rgb & 255)}`;
+  if (stroke === NO_COLOR) return `q ${color(fill)} rg ${box} f Q`;
+  const border = `${color(stroke)} RG ${short(line * unit)} w ${box}`;
+  return fill === NO_COLOR ? `q ${border} S Q` : `q ${color(fill)} rg ${border} B Q`;
+}
+
+const short = (value) => (Math.abs(value) < 1e9 ? String(Math.round(value * 1e4) / 1e4) : value.toFixed(4));
 
 export const real = (value) => value.toFixed(4);
 

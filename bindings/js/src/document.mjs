@@ -1,8 +1,8 @@
 // Documents.
-import { formEntries, PdfForm, PdfImage, PdfPage, PdfProfile, real, stateError } from './canvas.mjs';
+import { endCanvas, formEntries, PdfForm, PdfImage, PdfPage, PdfProfile, real, stateError } from './canvas.mjs';
 import { planAny, planJp2, planJpeg, planPng } from './embed.mjs';
 import { describe, finite, invalid, JtpdfError, options, whole } from './errors.mjs';
-import { deflate } from './flate.mjs';
+import { deflated } from './flate.mjs';
 import { isSmall } from './library.mjs';
 import { load } from './load.mjs';
 import { Several, Sink, toBytes, toStream } from './parts.mjs';
@@ -24,6 +24,7 @@ const MOST_BYTES = 1e10;
 
 // A document that nobody holds any more gives its memory back.
 const abandoned = new FinalizationRegistry((handle) => handle.library.close(handle));
+const PACKED_AT_ONCE = 16;
 const MAKING = Symbol('Document.create');
 
 export class Document {
@@ -35,9 +36,10 @@ export class Document {
   #shown;  // the media box and the crop box of a page that is drawn
   #pages = 0;
   #profiles = new Map();
-  #compress;
   #packing = [];  // forms whose contents are being compressed
-  #host = { document: this, unit: 0, call: (canvas, what, body) => this.#onCanvas(canvas, what, body) };
+  // What pages and forms know of it; compact: contents need not be those of the library's own shapes.
+  #host = { document: this, unit: 0, compact: false, call: (canvas, what, body) => this.#onCanvas(canvas, what, body),
+    require: (canvas, what) => this.#requireOpen(canvas, what) };
   #end;  // why it cannot be used any more
 
   /** Use Document.create(). */
@@ -45,7 +47,7 @@ export class Document {
     if (making !== MAKING) throw invalid('a document is made by await Document.create(), not by new');
     this.#library = library;
     this.#unit = this.#host.unit = unit;
-    this.#compress = compress;
+    this.#host.compact = compress;
     this.#handle = library.open(unit, this.#sink);
     abandoned.register(this, this.#handle, this.#host);
     if (compress) this.#call('Document.create', (m, at) => m.defer_contents(at, this.#handle.number));
@@ -168,6 +170,7 @@ export class Document {
     this.#require();
     const canvas = this.#open;
     if (!canvas) return;
+    endCanvas(canvas);
     const number = this.#writeForm(canvas);
     this.#open = undefined;
     if (canvas instanceof PdfPage) this.#writePage(number);
@@ -204,12 +207,16 @@ export class Document {
   }
 
   #onCanvas(canvas, what, body) {
+    this.#requireOpen(canvas, what);
+    return this.#call(what, body);
+  }
+
+  #requireOpen(canvas, what) {
     this.#require();
     if (canvas !== this.#open) {
       throw stateError(`${what}: this ${canvas instanceof PdfPage ? 'page' : 'form'} is finished; draw on it before ` +
         'the next page or form begins');
     }
-    return this.#call(what, body);
   }
 
   // ---- Pictures ---------------------------------------------------------------------------------
@@ -238,7 +245,7 @@ export class Document {
     for (const stream of [picture, picture.alpha]) if (stream) await readSmall(stream);
     const orientation = o.orientation === undefined ? picture.facts.orientation
       : whole(o.orientation, `${call}: orientation`, 1, 8);
-    const profile = picture.profile && await deflate(picture.profile);
+    const profile = picture.profile && await deflated(picture.profile);
     this.#require();
     const base = picture.profile && `${this.#profile(picture.profile, profile)} 0 R`;
     const entries = [];
@@ -259,8 +266,7 @@ export class Document {
     const part = parts.length === 1 ? parts[0] : new Several(parts);
     this.#requireRoom(call, sizeOf(part));
     return this.#call(call, (m, at, library) =>
-      m.write_stream(at, entries.length, library.table(entries, (value) => library.text(value, 'a value')),
-        library.data(part), sizeOf(part)));
+      m.write_stream(at, entries.length, library.entries(entries), library.data(part), sizeOf(part)));
   }
 
   /** An image whose data is encoded already, as PDF has it. */
@@ -375,7 +381,11 @@ export class Document {
     this.#finishCanvas();
     this.#end = `the document was saved by ${call}(), which ends it; make another by Document.create()`;
     try {
-      for (const form of this.#packing) await this.#writePacked(form);
+      for (let i = 0; i < this.#packing.length; i += PACKED_AT_ONCE) {
+        const forms = this.#packing.slice(i, i + PACKED_AT_ONCE);
+        const packed = await Promise.all(forms.map(({ plain }) => deflated(plain)));
+        forms.forEach((form, k) => this.#writePacked(form, packed[k]));
+      }
       this.#call(call, (m, at, library) =>
         m.finish(at, closingText === undefined ? 0 : library.text(closingText, 'closingText')), true);
       return this.#sink;
@@ -384,13 +394,12 @@ export class Document {
     }
   }
 
-  async #writePacked({ number, entries, plain }) {
-    const packed = await deflate(plain);
+  #writePacked({ number, entries, plain }, packed) {
     const smaller = packed.length < plain.length;
     const all = smaller ? [...entries, ['/Filter', '/FlateDecode']] : entries;
     const data = smaller ? packed : plain;
     this.#call('writing what was drawn', (m, at, library) => m.write_reserved(at, number, all.length,
-      library.table(all, (value) => library.text(value, 'a value')), library.data(data), data.length), true);
+      library.entries(all), library.data(data), data.length), true);
   }
 
   /** Gives up a document that is not saved, and its memory. Does nothing the second time. */

@@ -1,6 +1,6 @@
 // Pictures into documents: from the header of a file to what is written of it.
 import { invalid, unsupported } from './errors.mjs';
-import { deflate } from './flate.mjs';
+import { deflated } from './flate.mjs';
 import { isRgbProfile } from './icc.mjs';
 import { isJp2, readJp2 } from './jp2.mjs';
 import { isJpeg, readJpeg } from './jpeg.mjs';
@@ -42,7 +42,7 @@ export async function planPng(source, { check = false } = {}) {
     filter: '/FlateDecode', bits: packed.bits, space: spaces[packed.space] ?? packed.space,
     more: [...predictor(packed.samples, packed.bits, facts.width),
       ...(packed.mask ? [['/Mask', `[${packed.mask.join(' ')}]`]] : [])],
-    parts: packed.parts ?? [await deflate(filteredUp(packed.pixels, stride))],
+    parts: packed.parts ?? [await deflated(filteredUp(packed.pixels, stride))],
     alpha: packed.alpha && await planAlpha(facts, packed.alpha),
   };
 }
@@ -114,7 +114,7 @@ async function planPixels({ width, height, data }) {
   const facts = { width, height };
   return {
     facts, filter: '/FlateDecode', bits: 8, space: '/DeviceRGB', more: predictor(3, 8, width),
-    parts: [await deflate(filteredUp(pixels, 3 * width))],
+    parts: [await deflated(filteredUp(pixels, 3 * width))],
     alpha: least < 255 ? await planAlpha(facts, alpha) : undefined,
   };
 }
@@ -123,7 +123,7 @@ async function planAlpha(facts, alpha) {
   const stride = alpha.length / facts.height, bits = (8 * stride) / facts.width;
   return {
     facts, filter: '/FlateDecode', bits, space: '/DeviceGray', more: predictor(1, bits, facts.width),
-    parts: [await deflate(filteredUp(alpha, stride))],
+    parts: [await deflated(filteredUp(alpha, stride))],
   };
 }
 

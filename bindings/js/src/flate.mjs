@@ -1,11 +1,12 @@
 // zlib streams, by what the platform brings along.
 import { damaged } from './errors.mjs';
+import { systemDeflate } from './platform.mjs';
 import { concat } from './source.mjs';
 
-export const deflate = (bytes) => pump(new Blob([bytes]), new CompressionStream('deflate'), Infinity);
+export const deflated = systemDeflate ?? ((bytes) => pump(new Blob([bytes]), new CompressionStream('deflate'), Infinity));
 
 /** Up to most bytes of what the parts inflate to; what stands behind them is not looked at. */
-export async function inflate(parts, most) {
+export async function inflated(parts, most) {
   try {
     return await pump(new Blob(parts), new DecompressionStream('deflate'), most);
   } catch (error) {

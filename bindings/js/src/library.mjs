@@ -159,6 +159,17 @@ export class Library {
   table(entries, value) {
     return this.numbers(Uint32Array, entries.flatMap(([key, what]) => [this.text(key, 'a key'), value(what)]));
   }
+
+  /** The same where both are UTF-8, in one piece. */
+  entries(pairs) {
+    const bytes = encoder.encode(pairs.map(([key, value]) =>
+      `${checked(key, 'a key')}\0${checked(value, `the value of ${key}`)}\0`).join(''));
+    const at = this.take(bytes.length);
+    this.bytes.set(bytes, at);
+    const addresses = [];
+    for (let begin = 0; begin < bytes.length; begin = bytes.indexOf(0, begin) + 1) addresses.push(at + begin);
+    return this.numbers(Uint32Array, addresses);
+  }
 }
 
 const encoder = new TextEncoder();

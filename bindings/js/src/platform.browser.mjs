@@ -8,3 +8,5 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   // Servers that do not know the type "application/wasm" rule out the faster way.
   return compileGiven(await response.arrayBuffer());
 }
+
+export const systemDeflate = undefined;  // a browser has CompressionStream

@@ -1,5 +1,7 @@
 // The module under Node.
 import { readFile } from 'node:fs/promises';
+import { promisify } from 'node:util';
+import { deflate, deflateSync } from 'node:zlib';
 import { compileGiven } from './compile.mjs';
 
 export async function compile(source = new URL('./jtpdf.wasm', import.meta.url)) {
@@ -8,3 +10,10 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   if (source instanceof URL || typeof source === 'string') return compile(await fetch(source));
   return compileGiven(source);
 }
+
+const inThread = promisify(deflate);
+const MOST_AT_ONCE = 1 << 16;  // what takes less time than handing it to another thread and back
+
+/** A zlib stream, without the detours of CompressionStream. */
+export const systemDeflate = async (bytes) =>
+  bytes.length <= MOST_AT_ONCE ? deflateSync(bytes) : inThread(bytes);

@@ -2,7 +2,7 @@
 // they are. Rows with alpha cannot: PDF keeps the alpha in a picture of its own.
 import { cutOff, damaged, unsupported } from './errors.mjs';
 import { known, readExif } from './exif.mjs';
-import { inflate } from './flate.mjs';
+import { inflated } from './flate.mjs';
 import { be16, be32, startsWith } from './source.mjs';
 
 const SIGNATURE = '\x89PNG\r\n\x1a\n';
@@ -172,7 +172,7 @@ async function unfiltered(source, facts) {
   if (size / 1100 > stored) {
     throw damaged(`the file is too small for its ${facts.width} x ${height} pixels; it is damaged, save it again`);
   }
-  const raw = await inflate(facts.data.map(([begin, end]) => source.part(begin, end)), size);
+  const raw = await inflated(facts.data.map(([begin, end]) => source.part(begin, end)), size);
   if (raw.length < size) throw cutOff();
   const rows = new Uint8Array(stride * height);
   for (let y = 0; y < height; ++y) unfilterRow(raw, y * (stride + 1), rows, y * stride, stride, step, y > 0);
@@ -217,7 +217,7 @@ export function filteredUp(rows, stride) {
 export async function pngProfile(facts) {
   if (!facts.profile?.length) return undefined;
   try {
-    return await inflate([facts.profile], MOST_PROFILE);
+    return await inflated([facts.profile], MOST_PROFILE);
   } catch {
     return undefined;  // a damaged profile is left out, as a picture is not worth less without
   }

@@ -28,6 +28,7 @@ export class Source {
     if (!held || begin < held.begin || end > held.begin + held.bytes.length) {
       const last = Math.min(begin + Math.max(length, window), this.size);
       const bytes = new Uint8Array(await this.blob.slice(begin, last).arrayBuffer());
+      if (bytes.length === this.size) this.bytes = bytes;  // a small file is not read again
       this.held = { begin, bytes };
       return bytes.subarray(0, end - begin);
     }
