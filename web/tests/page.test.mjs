@@ -201,6 +201,29 @@ test('sheets, borders and fits are as chosen', async () => {
   assert.match(await text('#failed'), /border leaves no room/);
 });
 
+test('the PDF goes straight to a file where the browser can', async () => {
+  await page.select('[name=size]', 'picture');
+  await page.$eval('[name=border]', (input) => { input.value = '0'; });
+  const read = () => page.evaluate(async () => {
+    const folder = await navigator.storage.getDirectory();
+    const file = await folder.getFileHandle('Sea_ 1_2.pdf').then((handle) => handle.getFile(), () => undefined);
+    return file && [file.size, await file.slice(0, 8).text()];
+  });
+  // A file of the browser's own in place of the one that somebody picks.
+  await page.evaluate(() => {
+    window.showSaveFilePicker = async ({ suggestedName }) =>
+      (await navigator.storage.getDirectory()).getFileHandle(suggestedName, { create: true });
+  });
+  await page.click('#file');
+  await until(async () => /written to Sea_ 1_2\.pdf/.test(await text('#done')), 'the file');
+  const [size, head] = await read();
+  assert.equal(head, '%PDF-1.5');
+  assert.ok(size > 1000);
+  await page.evaluate(() => { window.showSaveFilePicker = async () => { throw new DOMException('', 'AbortError'); }; });
+  await page.click('#file');
+  assert.equal(await text('#failed'), '');
+});
+
 test('the policy lets nothing leave the machine', async () => {
   const violation = await page.evaluate(async () => {
     const told = new Promise((resolve) => addEventListener('securitypolicyviolation', (event) => resolve(event.violatedDirective)));
