@@ -33,10 +33,12 @@ def draw(doc: jtpdf.Document, source: str, shadow: jtpdf.Image, place: int) -> N
     with jtpdf.PictureFile(source) as picture:
         _, box = doc.lay_out_picture(picture, f"{CELL}x{CELL}mm")
         image = doc.write_picture(picture)
+        throws_shadow = not picture.info().has_alpha  # of a shape that its box is
     upright = (box.width, box.height) if box.angle % 180 == 0 else (box.height, box.width)
     width, height = abs(upright[0]), abs(upright[1])
-    doc.draw_image(shadow, (left + (CELL - width) / 2 - 0.5, bottom + (CELL - height) / 2 - 3,
-                            width + 3.5, height + 3.5))
+    if throws_shadow:
+        doc.draw_image(shadow, (left + (CELL - width) / 2 - 0.5, bottom + (CELL - height) / 2 - 3,
+                                width + 3.5, height + 3.5))
     doc.draw_image(image, jtpdf.Box(left + box.left, bottom + box.bottom, box.width, box.height,
                                     box.angle))
     doc.draw_text(pathlib.Path(source).name[:32], left, bottom - 5, 8, color="#444444")
