@@ -57,9 +57,10 @@ export async function openBrowser(modules) {
   };
 }
 
-// The newest process that shows a page.
+// The process that shows the page: of its kind the one with most memory, as it has loaded the packages.
 async function renderer(browser) {
   const session = await browser.target().createCDPSession();
   const { processInfo } = await session.send('SystemInfo.getProcessInfo');
-  return Math.max(...processInfo.filter(({ type }) => type === 'renderer').map(({ id }) => id));
+  const size = (id) => Number(/VmRSS:\s+(\d+)/.exec(fs.readFileSync(`/proc/${id}/status`, 'utf8'))?.[1] ?? 0);
+  return processInfo.filter(({ type }) => type === 'renderer').sort((a, b) => size(b.id) - size(a.id))[0].id;
 }

@@ -10,8 +10,9 @@ import { Source } from './source.mjs';
 const DEVICE = { 1: '/DeviceGray', 3: '/DeviceRGB', 4: '/DeviceCMYK' };
 const HEAD = 64;
 
-/** Each gives { facts, write(profile): the entries and the data }: see PdfWriter.picture. */
+/** Each gives what a document writes of the picture: its facts, the entries of its stream, and the data. */
 export async function planJpeg(source) {
+  source.lookAhead();
   if (!isJpeg(await source.read(0, HEAD))) throw invalid('embedJpeg: this is no JPEG file');
   const jpeg = await readJpeg(source);
   const rgb = jpeg.components === 3;
@@ -55,9 +56,10 @@ export async function planJp2(source) {
 
 /** Of any kind: a file's bytes, or pixels as { width, height, data }, or what a canvas can draw. */
 export async function planAny(data, call) {
-  if (isPixels(data)) return planPixels(data, 1);
-  if (isDrawable(data)) return planPixels(draw(data), 1);
+  if (isPixels(data)) return planPixels(data);
+  if (isDrawable(data)) return planPixels(draw(data));
   const source = new Source(data, call);
+  source.lookAhead();
   const head = await source.read(0, HEAD);
   if (isJpeg(head)) return planJpeg(source);
   if (isPng(head)) return planPng(source);

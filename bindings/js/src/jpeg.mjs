@@ -119,8 +119,9 @@ const isEnd = (bytes) => bytes.length === 2 && bytes[0] === 0xff && bytes[1] ===
 // Where the picture ends: behind the EOI marker that belongs to it. Where the file, or the first
 // picture by the file's own index, ends in one, that is it; else the scans are searched.
 async function findEnd(source, facts) {
-  const likely = facts.firstSize || source.size;
-  if (likely <= source.size && isEnd(await source.read(likely - 2, 2, 2))) return likely;
+  const { firstSize } = facts;
+  if (!firstSize && isEnd(await source.lastTwo())) return source.size;
+  if (firstSize && firstSize <= source.size && isEnd(await source.read(firstSize - 2, 2, 2))) return firstSize;
   const WINDOW = 1 << 20;
   for (let at = facts.scan; ;) {
     const bytes = await source.read(at, WINDOW, WINDOW);

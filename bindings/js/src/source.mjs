@@ -35,6 +35,17 @@ export class Source {
     return held.bytes.subarray(begin - held.begin, end - held.begin);
   }
 
+  /** The last two bytes, which are asked for ahead: a Blob answers both questions in the time of one. */
+  lookAhead() {
+    if (this.last || this.bytes || this.size <= WINDOW) return;  // what is small comes whole
+    this.last = bytesOf(this.part(this.size - 2));
+    this.last.catch(() => {});  // whoever waits for it gets to know
+  }
+
+  async lastTwo() {
+    return await this.last ?? this.read(this.size - 2, 2, 2);
+  }
+
   /** The bytes from begin to end as a part of the result, without reading them. */
   part(begin = 0, end = this.size) {
     if (this.bytes) return this.bytes.subarray(begin, end);
