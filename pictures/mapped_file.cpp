@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <mutex>
 #include <utility>
 
 namespace pictures {
@@ -22,6 +23,9 @@ struct Watch {
 static_assert(std::atomic<uintptr_t>::is_always_lock_free);
 
 std::array<Watch, 1024> gWatches;
+
+// Held while maps end or are forgotten: the addresses of one that ended may be anything's.
+std::mutex gEnding;
 
 // Puts zeros in place of the page and all that follow it in its map, then lets the read go on.
 extern "C" void PutZeros(int signal, siginfo_t* info, void*) {
@@ -72,6 +76,7 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept {
 
 MappedFile::~MappedFile() {
   if (view_.empty()) return;
+  const std::lock_guard<std::mutex> lock(gEnding);
   gWatches[watch_].begin = 0;
   munmap(const_cast<uint8_t*>(view_.data()), view_.size());
   gWatches[watch_].taken = false;
@@ -85,7 +90,8 @@ std::optional<MappedFile> MappedFile::Map(int file, size_t size, bool touch) {
     return std::nullopt;
   }
   Watch& watch = gWatches[*number];
-  void* at = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | (touch ? MAP_POPULATE : 0), file, 0);
+  const int fetch = touch && size <= kMostTouched ? MAP_POPULATE : 0;
+  void* at = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | fetch, file, 0);
   if (at == MAP_FAILED) {
     watch.taken = false;
     return std::nullopt;
@@ -97,6 +103,17 @@ std::optional<MappedFile> MappedFile::Map(int file, size_t size, bool touch) {
   map.view_ = {static_cast<const uint8_t*>(at), size};
   map.watch_ = *number;
   return map;
+}
+
+void MappedFile::ForgetLarge() {
+  const int before = errno;
+  const std::lock_guard<std::mutex> lock(gEnding);
+  for (const Watch& watch : gWatches) {
+    const uintptr_t begin = watch.begin, end = watch.end;
+    if (begin == 0 || end - begin <= kMostTouched) continue;
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
+  }
+  errno = before;
 }
 
 bool MappedFile::Failed() const {

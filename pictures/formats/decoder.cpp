@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <string_view>
 #include <utility>
@@ -15,8 +16,13 @@
 namespace pictures {
 namespace {
 
-constexpr std::array kDecoders{&kJpegDecoder, &kPngDecoder, &kJpeg2000Decoder, &kTiffDecoder,
-                               &kWebpDecoder};
+constexpr std::array kDecoders{
+    &kJpegDecoder, &kPngDecoder, &kJpeg2000Decoder, &kTiffDecoder,
+    &kWebpDecoder, &kBmpDecoder, &kPnmDecoder,
+#ifdef JTPDF_WITH_GIF
+    &kGifDecoder,
+#endif
+};
 
 // As profiles name it.
 std::string_view SpaceOf(Colour colour) {
@@ -34,8 +40,7 @@ const Decoder* Recognise(Bytes head) {
 const Decoder& RecogniseOrThrow(Bytes head) {
   const Decoder* decoder = Recognise(head);
   if (decoder == nullptr) {
-    throw ImageError(
-        "is no picture of a known kind; convert it to JPEG, JPEG 2000, PNG, TIFF or WebP");
+    throw ImageError("is no picture of a known kind; convert it to JPEG, PNG or TIFF");
   }
   return *decoder;
 }
@@ -75,6 +80,37 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
     throw ImageError(text);
   }
   plan->memory = static_cast<uint64_t>(bytes);
+}
+
+void NumberFrames(unsigned frames, std::vector<ImagePlan>* plans) {
+  if (plans->size() == 1 && frames > 1) {
+    plans->front().notes.push_back(
+        {true, "only the first of its " + std::to_string(frames) + " frames was used"});
+  }
+  for (size_t i = 0; i < plans->size(); ++i) {
+    (*plans)[i].page = static_cast<unsigned>(i + 1);
+    (*plans)[i].pages = static_cast<unsigned>(plans->size());
+  }
+}
+
+Resolution PerMetre(uint32_t x, uint32_t y) {
+  Resolution resolution{x * 0.0254, y * 0.0254};
+  // 300 dpi is 11811.02 pixels per metre, of which the file keeps the whole ones.
+  for (double* dpi : {&resolution.x, &resolution.y}) {
+    const double whole = static_cast<double>(static_cast<int64_t>(*dpi + 0.5));
+    if (whole > 0 && std::max(*dpi - whole, whole - *dpi) <= 0.0254 / 2) *dpi = whole;
+  }
+  return resolution;
+}
+
+void SplitAlpha(const uint8_t* rgba, DecodedImage* image) {
+  uint8_t* to = image->pixels.bytes.Data();
+  uint8_t* toAlpha = image->alpha->bytes.Data();
+  const size_t count = image->alpha->bytes.Size();
+  for (size_t i = 0; i < count; ++i, rgba += 4, to += 3) {
+    std::memcpy(to, rgba, 3);
+    *toAlpha++ = rgba[3];
+  }
 }
 
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {

@@ -17,6 +17,7 @@ namespace pictures {
 
 struct ReadLimits {
   uint64_t maxPixels = 500'000'000;
+  bool allFrames = false;            // of animations, too, each a page; else their first alone
   const char* option = "maxPixels";  // what messages call that
 
   // What decoding one picture may take: four bytes for each pixel that is allowed.
@@ -30,8 +31,8 @@ struct Decoder {
   Format format;
   const char* name;                // "PNG"
   bool (*recognises)(Bytes head);  // by the first bytes, at most 64 of them
-  // The pages in the file: one, but for TIFF, where a page may have an error of its own. Cheap: no
-  // pixel is decoded.
+  // The pages in the file: one, but for TIFF, where a page may have an error of its own, and for
+  // animations, where all their frames are asked for. Cheap: no pixel is decoded.
   std::vector<ImagePlan> (*plan)(Bytes file, const ReadLimits& limits);
   // Decodes. Called only for plans with a decodeReason.
   DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
@@ -48,6 +49,9 @@ extern const Decoder kJpeg2000Decoder;
 extern const Decoder kPngDecoder;
 extern const Decoder kTiffDecoder;
 extern const Decoder kWebpDecoder;
+extern const Decoder kBmpDecoder;
+extern const Decoder kGifDecoder;  // where giflib is
+extern const Decoder kPnmDecoder;
 
 // How many of a file's first bytes Recognise needs.
 inline constexpr size_t kRecognisedBytes = 64;
@@ -67,6 +71,16 @@ void CheckStored(const ImagePlan& plan);
 // Enters in the plan how much memory decoding takes. Throws an ImageError where it is more than the
 // limit. A double: sizes that lie overflow integers.
 void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
+
+// Numbers the plans of an animation, or says in the only one that there are more frames.
+void NumberFrames(unsigned frames, std::vector<ImagePlan>* plans);
+
+// What a file says in pixels for each metre.
+Resolution PerMetre(uint32_t x, uint32_t y);
+
+// Pixels of four bytes, their opacity last, as the pixels and the alpha of the image, which are
+// there.
+void SplitAlpha(const uint8_t* rgba, DecodedImage* image);
 
 // Turns the picture into what the PDF holds: its own bytes, or decoded ones, packed (level 0 to
 // 12). `file` must outlive the result.

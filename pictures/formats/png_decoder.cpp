@@ -98,12 +98,7 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
   }
   SetMemory(DecodingMemory(facts, plan), limits, &plan);
   if (facts.density.size() == 9 && facts.density[8] == 1) {  // pixels per metre
-    plan.resolution = {Be32(&facts.density[0]) * 0.0254, Be32(&facts.density[4]) * 0.0254};
-    // 300 dpi is 11811.02 pixels per metre, of which the file keeps the whole ones.
-    for (double* dpi : {&plan.resolution.x, &plan.resolution.y}) {
-      const double whole = static_cast<double>(static_cast<int64_t>(*dpi + 0.5));
-      if (whole > 0 && std::max(*dpi - whole, whole - *dpi) <= 0.0254 / 2) *dpi = whole;
-    }
+    plan.resolution = PerMetre(Be32(&facts.density[0]), Be32(&facts.density[4]));
   }
   ApplyExif(ReadExif(facts.exif), &plan);
   if (facts.frames > 1) {

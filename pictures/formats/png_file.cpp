@@ -7,6 +7,7 @@
 #include <string>
 
 #include "image.h"
+#include "mapped_file.h"
 
 namespace pictures {
 namespace {
@@ -53,13 +54,26 @@ bool PngChunks::Next() {
   }
   chunk_ = {{reinterpret_cast<const char*>(&head[4]), 4}, data};
   at_ += 12 + data.size();
+  constexpr uint64_t kAtOnce = uint64_t{8} << 20;
+  if (at_ - forgotten_ > kAtOnce) {
+    MappedFile::ForgetLarge();
+    forgotten_ = at_;
+  }
   return true;
 }
 
 void PngChunks::CheckSum() const {
+  constexpr size_t kAtOnce = size_t{8} << 20;
   const Bytes sum = file_.subspan(at_ - 4, 4);
-  if (libdeflate_crc32(0, sum.data() - chunk_.data.size() - 4, chunk_.data.size() + 4) !=
-      Be32(sum.data())) {
+  Bytes rest = file_.subspan(at_ - 8 - chunk_.data.size(), chunk_.data.size() + 4);
+  uint32_t crc = 0;
+  while (!rest.empty()) {
+    const Bytes part = rest.first(std::min(kAtOnce, rest.size()));
+    crc = libdeflate_crc32(crc, part.data(), part.size());
+    rest = rest.subspan(part.size());
+    if (!rest.empty()) MappedFile::ForgetLarge();
+  }
+  if (crc != Be32(sum.data())) {
     std::string name(chunk_.name);
     std::ranges::replace_if(
         name, [](char c) { return c < ' ' || c > '~'; }, '?');

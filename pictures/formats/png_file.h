@@ -31,6 +31,7 @@ class PngChunks {
  private:
   Bytes file_;
   uint64_t at_ = kPngSignature.size();
+  uint64_t forgotten_ = 0;
   PngChunk chunk_;
 };
 

@@ -1,8 +1,8 @@
-// webp_decoder.cpp - WebP, the first frame: decoded by libwebp, always 8-bit RGB.
+// webp_decoder.cpp - WebP, and the frames of its animations: decoded by libwebp, always 8-bit RGB.
 #include <webp/decode.h>
 #include <webp/demux.h>
 
-#include <cstring>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <utility>
@@ -74,12 +74,13 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
   if (StartsWith(exif, std::string_view("Exif\0\0", 6))) exif = exif.subspan(6);  // some writers'
   ApplyExif(ReadExif(exif), &plan);
   JudgeProfile(&plan, Chunk(demuxer.get(), "ICCP"));
-  if (const uint32_t frames = WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT); frames > 1) {
-    plan.notes.push_back(
-        {true, "only the first of its " + std::to_string(frames) + " frames was used"});
-  }
+  const uint32_t frames = WebPDemuxGetI(demuxer.get(), WEBP_FF_FRAME_COUNT);
   std::vector<ImagePlan> plans;
-  plans.push_back(std::move(plan));
+  for (uint32_t i = 0; i < (limits.allFrames ? std::max(frames, 1u) : 1); ++i) {
+    plan.place = i;
+    plans.push_back(plan);
+  }
+  NumberFrames(frames, &plans);
   return plans;
 }
 
@@ -92,17 +93,12 @@ DecodedImage SplitRgba(const uint8_t* from, const ImagePlan& plan) {
   DecodedImage image;
   image.pixels = Raster(plan.width, plan.height, 8, 3);
   image.alpha.emplace(plan.width, plan.height, 8, 1);
-  uint8_t* to = image.pixels.bytes.Data();
-  uint8_t* toAlpha = image.alpha->bytes.Data();
-  for (size_t i = 0; i < size_t{plan.width} * plan.height; ++i, from += 4, to += 3) {
-    std::memcpy(to, from, 3);
-    *toAlpha++ = from[3];
-  }
+  SplitAlpha(from, &image);
   return image;
 }
 
-// The first frame may cover a part of the canvas only.
-DecodedImage DecodeFirstFrame(const ImagePlan& plan, Bytes file) {
+// A frame may cover a part of the canvas only, and show those before it.
+DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
   WebPAnimDecoderOptions options;
   WebPAnimDecoderOptionsInit(&options);
   options.color_mode = MODE_RGBA;
@@ -111,13 +107,16 @@ DecodedImage DecodeFirstFrame(const ImagePlan& plan, Bytes file) {
       WebPAnimDecoderNew(&data, &options));
   uint8_t* canvas = nullptr;
   int time = 0;
-  if (!decoder || WebPAnimDecoderGetNext(decoder.get(), &canvas, &time) == 0) ThrowDamaged();
+  if (!decoder) ThrowDamaged();
+  for (uint64_t i = 0; i <= plan.place; ++i) {
+    if (WebPAnimDecoderGetNext(decoder.get(), &canvas, &time) == 0) ThrowDamaged();
+  }
   return SplitRgba(canvas, plan);
 }
 
 DecodedImage DecodeWebp(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   const Demuxer demuxer = Demux(file);
-  if (IsAnimated(demuxer.get())) return DecodeFirstFrame(plan, file);
+  if (IsAnimated(demuxer.get())) return DecodeFrame(plan, file);
   DecodedImage image;
   if (HasAlpha(demuxer.get())) {
     Buffer rgba(size_t{plan.width} * plan.height * 4);

@@ -11,7 +11,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace pictures;
-  constexpr ReadLimits kLimits{1 << 18};
+  constexpr ReadLimits kLimits{1 << 18, true};
   const Decoder& decoder = FUZZED_DECODER;
   const Bytes file(data, size);
   if (!decoder.recognises(file.first(size < kRecognisedBytes ? size : kRecognisedBytes))) return 0;

@@ -51,6 +51,50 @@ def read(folder, name):
         return file.read()
 
 
+def bitmaps():
+    for mode in ("1", "L", "RGB", "RGBA"):
+        image = picture("L").convert("1") if mode == "1" else picture(mode)
+        image.save(path("bmp", mode), "BMP")
+    for name, bits, compression, masks in (("555", 16, 0, ()), ("565", 16, 3, (0xF800, 0x7E0, 31)),
+                                           ("deep", 32, 3, (0x3FF00000, 0xFFC00, 0x3FF))):
+        head = struct.pack("<IiiHHIIiiII", 40, 5, -3, 1, bits, compression, 0, 1000, 1000, 0, 0)
+        head += struct.pack(f"<{len(masks)}I", *masks)
+        pixels = bytes(range((5 * bits + 31) // 32 * 4 * 3))
+        write("bmp", name, b"BM" + struct.pack("<IHHI", 0, 0, 0, 14 + len(head)) + head + pixels)
+    for name, bits, compression, data in (
+            ("rle8", 8, 1, b"\5\3\0\3\1\2\3\0\0\2\1\1\4\x09\0\0\0\1"),
+            ("rle4", 4, 2, b"\5\x33\0\3\x12\x30\0\2\1\1\4\x99\0\0\0\1")):
+        head = struct.pack("<IiiHHIIiiII", 40, 13, 3, 1, bits, compression, 0, 0, 0, 16, 0)
+        palette = bytes(range(64))
+        write("bmp", name, b"BM" + struct.pack("<IHHI", 0, 0, 0, 54 + 64) + head + palette + data)
+    head = struct.pack("<IHHHH", 12, 5, 3, 1, 4)
+    write("bmp", "core", b"BM" + struct.pack("<IHHI", 0, 0, 0, 74) + head + bytes(48) + bytes(12))
+
+
+def films():
+    frames = [picture("RGB", seed).quantize(8) for seed in (1, 2, 3)]
+    for disposal in (0, 2, 3):
+        frames[0].save(path("gif", f"film-{disposal}"), "GIF", save_all=True, disposal=disposal,
+                       append_images=frames[1:])
+    frames[0].save(path("gif", "interlaced"), "GIF", interlace=1, transparency=2)
+    frames[0].save(path("gif", "plain"), "GIF", interlace=0)
+
+
+def netpbm():
+    for mode in ("1", "L", "RGB"):
+        image = picture("L").convert("1") if mode == "1" else picture(mode)
+        image.save(path("pnm", f"raw-{mode}"), "PPM")
+    write("pnm", "plain-1", b"P1 # comment\n4 2\n1010 0101")
+    write("pnm", "plain-L", b"P2 3 2 9\n1 2 3\n4 5 9\n")
+    write("pnm", "plain-RGB", b"P3 2 1 300\n1 2 3 4 5 300\n")
+    write("pnm", "wide", b"P5 3 2 1000\n" + bytes(range(12)))
+    for depth in (1, 2, 3, 4):
+        write("pnm", f"pam-{depth}", b"P7\nWIDTH 3\nHEIGHT 2\nDEPTH %d\nMAXVAL 255\nENDHDR\n" % depth
+              + bytes(range(6 * depth)))
+    write("pnm", "pam-inks", b"P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 7\nTUPLTYPE CMYK\nENDHDR\n"
+          + bytes(range(8)))
+
+
 def odd_ones():
     """Files that few writers make: each takes a way of its own through its reader."""
     jpeg = read("jpeg", "L-plain")
@@ -105,6 +149,9 @@ def main():
                            icc_profile=PROFILE)
     picture("RGB").save(path("webp", "film"), "WEBP", save_all=True, lossless=True,
                         append_images=[picture("RGB", 2)])
+    bitmaps()
+    films()
+    netpbm()
     odd_ones()
 
 

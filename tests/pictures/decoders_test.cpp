@@ -28,29 +28,37 @@ TEST(Recognise, GoesByTheFirstBytes) {
   EXPECT_EQ(Recognise(AsBytes("II*\0"sv)), &kTiffDecoder);
   EXPECT_EQ(Recognise(AsBytes("MM\0+"sv)), &kTiffDecoder);
   EXPECT_EQ(Recognise(AsBytes("RIFF....WEBP"sv)), &kWebpDecoder);
-  for (const std::string_view other : {""sv, "\xFF\xD8"sv, "RIFF....WAVE"sv, "GIF89a"sv, "II"sv}) {
+  EXPECT_EQ(Recognise(AsBytes("BM34567890\0\0\0\0\x0C\0\0\0"sv)), &kBmpDecoder);
+  EXPECT_EQ(Recognise(AsBytes("P5 1"sv)), &kPnmDecoder);
+  EXPECT_EQ(Recognise(AsBytes("P7\nWIDTH"sv)), &kPnmDecoder);
+#ifdef JTPDF_WITH_GIF
+  EXPECT_EQ(Recognise(AsBytes("GIF87a"sv)), &kGifDecoder);
+#endif
+  for (const std::string_view other :
+       {""sv, "\xFF\xD8"sv, "RIFF....WAVE"sv, "GIF90a"sv, "II"sv, "P8 1"sv, "P5x"sv, "BM"sv,
+        "BM34567890\0\0\0\0\x0B\0\0\0"sv}) {
     EXPECT_EQ(Recognise(AsBytes(other)), nullptr);
   }
 }
 
 TEST(CheckSize, RefusesNothingAndTooMuch) {
-  const ReadLimits limits{100};
+  const ReadLimits limits{100, false};
   EXPECT_NO_THROW(CheckSize(10, 10, limits));
   EXPECT_THROW(CheckSize(10, 11, limits), ImageError);
   EXPECT_THROW(CheckSize(0, 10, limits), ImageError);
-  EXPECT_THROW(CheckSize(uint64_t{1} << 32, 1, {~uint64_t{0}}), ImageError);
-  EXPECT_THROW(CheckSize(UINT64_MAX, UINT64_MAX, {~uint64_t{0}}), ImageError);
+  EXPECT_THROW(CheckSize(uint64_t{1} << 32, 1, {~uint64_t{0}, false}), ImageError);
+  EXPECT_THROW(CheckSize(UINT64_MAX, UINT64_MAX, {~uint64_t{0}, false}), ImageError);
 }
 
 TEST(SetMemory, RefusesMoreThanFourBytesForEachPixelThatIsAllowed) {
-  const ReadLimits limits{100'000'000};
+  const ReadLimits limits{100'000'000, false};
   ImagePlan plan;
   SetMemory(400e6, limits, &plan);
   EXPECT_EQ(plan.memory, 400'000'000u);
   EXPECT_THROW(SetMemory(400e6 + 1, limits, &plan), ImageError);
-  EXPECT_THROW(SetMemory(1e300, {~uint64_t{0}}, &plan), ImageError);
-  EXPECT_NO_THROW(SetMemory(64 << 20, {1}, &plan));  // the least that every picture may take
-  EXPECT_THROW(SetMemory((64 << 20) + 1, {1}, &plan), ImageError);
+  EXPECT_THROW(SetMemory(1e300, {~uint64_t{0}, false}, &plan), ImageError);
+  EXPECT_NO_THROW(SetMemory(64 << 20, {1, false}, &plan));  // the least that every picture may take
+  EXPECT_THROW(SetMemory((64 << 20) + 1, {1, false}, &plan), ImageError);
 }
 
 TEST(CheckStored, RefusesMoreThanAPdfImageHolds) {

@@ -21,7 +21,7 @@ def chunk(name, data):
 class BadInput(JtpdfTest):
     def test_what_is_no_picture(self):
         out = self.path("o.pdf")
-        for data in (b"\0", b"GIF89a" + bytes(50), b"%PDF-1.4\n", bytes(5000), b"\xff\xd8",
+        for data in (b"\0", b"GIF88a" + bytes(50), b"%PDF-1.4\n", bytes(5000), b"\xff\xd8",
                      b"\x89PNG", b"RIFF\0\0\0\0WAVE"):
             with self.subTest(data=data[:8]):
                 self.assertFails(1, r"x: is no picture of a known kind", self.put(data, "x"), "-o",

@@ -3,12 +3,18 @@ import faulthandler
 import os
 import re
 import resource
+import struct
 import subprocess
 import unittest
+import zlib
 
 from support import JTPDF, JtpdfTest, jpeg_bytes, jpeg_segment, jpeg_with, noise
 
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
+
+
+def chunk(name, data):
+    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
 
 class Memory(JtpdfTest):
@@ -36,6 +42,19 @@ class Memory(JtpdfTest):
         few, many = self.peak(*pngs[:10]), self.peak(*pngs)
         self.assertGreater(few, 4)
         self.assertLess(many, few + 12)
+
+    @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
+    def test_what_passes_through_takes_no_memory_however_large_it_is(self):
+        side = 7000
+        rows = (b"\0" + os.urandom(3 * side)) * side
+        stream = zlib.compress(rows, 0)  # 147 MB
+        head = chunk(b"IHDR", struct.pack(">IIBBBBB", side, side, 8, 2, 0, 0, 0))
+        one = [chunk(b"IDAT", stream)]
+        many = [chunk(b"IDAT", stream[at:at + 8192]) for at in range(0, len(stream), 8192)]
+        for name, chunks in ("one.png", one), ("many.png", many):
+            path = self.put(b"\x89PNG\r\n\x1a\n" + head + b"".join(chunks) + chunk(b"IEND", b""),
+                            name)
+            self.assertLess(self.peak(path), 40, name)
 
     @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
     def test_memory_that_runs_out_is_an_error_and_leaves_nothing(self):

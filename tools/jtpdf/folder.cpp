@@ -95,7 +95,7 @@ Folder ListFolder(const std::string& folder) {
   if (found.inputs.empty()) {
     found.inputs.push_back(
         {folder, false,
-         "is a folder without a picture (JPEG, JPEG 2000, PNG, TIFF or WebP); folders inside it "
+         "is a folder without a picture; folders inside it "
          "are not looked into, name them too"});
   }
   return found;

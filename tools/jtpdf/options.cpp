@@ -24,7 +24,7 @@ const std::string_view kHelp =
  -a, --auto-orient     turn pages as their images     --nup 2x3  on each page
      --crop-border, --bleed-border, --trim-border, --art-border V[:H]
  -r, --rotation HOW    auto (EXIF), none, 0, 90, 180, 270 (clockwise)
-     --first-frame-only  of files with several    --bookmarks  one for an input
+     --first-frame-only, --all-frames of files    --bookmarks  one for an input
      --title, --author, --subject, --keywords, --creator TEXT
      --creationdate, --moddate DATE   2026-05-17T12:30:00Z; none unless asked
      --role ROLE       photo, text, background, ...: recorded; so --record-names
@@ -34,8 +34,8 @@ const std::string_view kHelp =
      --max-input N     refuse more bytes (4G) from a pipe
      --skip-bad  leave out what fails         --dry-run  list what would be done
  -q, --quiet  -v, --verbose  -h, --help  --version    --viewer-...: see jtpdf(1)
-Recognised by content: JPEG, JPEG 2000, PNG, TIFF, WebP. Exit: 0 done, 1 failed,
-2 usage. The manual is jtpdf(1). Examples:
+Recognised by content: JPEG, JPEG 2000, PNG, TIFF, WebP, GIF, BMP, PNM, PAM.
+Exit: 0 done, 1 failed, 2 usage. The manual is jtpdf(1). Examples:
   jtpdf scan*.jpg photo.png map.jp2 -o album.pdf
   jtpdf -S A4 -b 1cm -a holiday/ -o holiday.pdf
   find . -name '*.tif' -print0 | jtpdf --from-file - -o plans.pdf
@@ -130,6 +130,7 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   add("--max-input", words->maxInput);
   app->add_flag("-a,--auto-orient", options->layout.autoOrient);
   app->add_flag("--first-frame-only", options->firstFrameOnly);
+  app->add_flag("--all-frames", options->limits.allFrames);
   app->add_flag("--bookmarks", options->bookmarks);
   app->add_flag("--record-names", options->recordNames);
   app->add_flag("--skip-bad", options->skipBad);

@@ -7,15 +7,11 @@
 
 #include "flate.h"
 #include "image_source.h"
+#include "mapped_file.h"
 #include "text.h"
 
 namespace pictures::tool {
 namespace {
-
-int32_t WriteToOutput(void* output, const char* data, size_t size) {
-  static_cast<Output*>(output)->CheckRoom(size);
-  return static_cast<Output*>(output)->Write(data, size);
-}
 
 std::string AsArray(const JTPDFRect& box) {
   return "[" + Decimal(box.left) + " " + Decimal(box.bottom) + " " + Decimal(box.left + box.width) +
@@ -30,10 +26,28 @@ std::string ClipTo(const JTPDFRect& box) {
 
 }  // namespace
 
+// What was written of large files that are mapped is forgotten, again and again.
+int32_t PdfDocument::WriteToOutput(void* context, const char* data, size_t size) {
+  constexpr size_t kAtOnce = size_t{8} << 20;
+  auto& sink = *static_cast<Sink*>(context);
+  sink.output.CheckRoom(size);
+  while (size > 0) {
+    const size_t part = std::min(size, kAtOnce - sink.remembered);
+    if (const int code = sink.output.Write(data, part); code != 0) return code;
+    data += part;
+    size -= part;
+    sink.remembered += part;
+    if (sink.remembered < kAtOnce) continue;
+    MappedFile::ForgetLarge();
+    sink.remembered = 0;
+  }
+  return 0;
+}
+
 PdfDocument::PdfDocument(Output& output, const Metadata& metadata, int compression)
-    : output_(output),
+    : sink_{output, 0},
       compression_(compression),
-      document_(CreateCallbackPdfDoc(PDFCoordinateUnitPoint, WriteToOutput, &output)),
+      document_(CreateCallbackPdfDoc(PDFCoordinateUnitPoint, WriteToOutput, &sink_)),
       images_(document_.get(), compression) {
   const std::pair<const char*, const std::wstring&> items[] = {
       {"Title", metadata.title},     {"Author", metadata.author},
@@ -57,7 +71,7 @@ void PdfDocument::Check(int32_t code) {
 int PdfDocument::WriteImage(const EncodedImage& image, TPdfImageRole role,
                             const std::wstring& name) {
   // Before the first byte of it is written.
-  output_.CheckRoom(image.pixels.Size() + (image.alpha ? image.alpha->Size() : 0));
+  sink_.output.CheckRoom(image.pixels.Size() + (image.alpha ? image.alpha->Size() : 0));
   int number = 0;
   Check(images_.Write(image, {role, name}, &number));
   return number;

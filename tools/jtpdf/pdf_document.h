@@ -47,7 +47,14 @@ class PdfDocument {
   static int32_t EncodeContent(void* document, const char* data, size_t size, const char** encoded,
                                size_t* encodedSize);
 
-  Output& output_;
+  // What the library writes to, and how much went there since maps were forgotten.
+  struct Sink {
+    Output& output;
+    size_t remembered;
+  };
+  static int32_t WriteToOutput(void* sink, const char* data, size_t size);
+
+  Sink sink_;
   int compression_;
   int pages_ = 0;
   Viewer viewer_;

@@ -1,0 +1,259 @@
+// gif_decoder.cpp - GIF: its frames, decoded by giflib and laid over each other.
+#include <gif_lib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "formats/decoder.h"
+
+namespace pictures {
+namespace {
+
+[[noreturn]] void ThrowDamaged(int code) {
+  const char* text = GifErrorString(code);
+  throw ImageError(std::string("cannot be decoded (giflib: ") +
+                   (text == nullptr ? "damaged" : text) +
+                   "); the file is damaged or cut off, save the picture again");
+}
+
+int ReadBytes(GifFileType* gif, GifByteType* to, int size) {
+  auto* rest = static_cast<Bytes*>(gif->UserData);
+  const size_t count = std::min(rest->size(), static_cast<size_t>(size));
+  if (count > 0) std::memcpy(to, rest->data(), count);
+  *rest = rest->subspan(count);
+  return static_cast<int>(count);
+}
+
+struct Frame {
+  uint32_t left = 0, top = 0, width = 0, height = 0;
+  bool interlaced = false;
+  int disposal = DISPOSAL_UNSPECIFIED;
+  int transparent = NO_TRANSPARENT_COLOR;
+
+  bool Hides(uint32_t canvasWidth, uint32_t canvasHeight) const {
+    return left == 0 && top == 0 && width >= canvasWidth && height >= canvasHeight &&
+           transparent == NO_TRANSPARENT_COLOR;
+  }
+};
+
+// Walks the frames of a file.
+class GifReader {
+ public:
+  explicit GifReader(Bytes file) : rest_(file) {
+    int code = 0;
+    gif_.reset(DGifOpen(&rest_, ReadBytes, &code));
+    if (!gif_) ThrowDamaged(code);
+  }
+
+  uint32_t Width() const { return static_cast<uint32_t>(gif_->SWidth); }
+  uint32_t Height() const { return static_cast<uint32_t>(gif_->SHeight); }
+
+  // Goes to the next frame; false behind the last.
+  bool Next(Frame* frame) {
+    GraphicsControlBlock control{DISPOSAL_UNSPECIFIED, false, 0, NO_TRANSPARENT_COLOR};
+    for (;;) {
+      GifRecordType type = UNDEFINED_RECORD_TYPE;
+      Check(DGifGetRecordType(gif_.get(), &type));
+      if (type == TERMINATE_RECORD_TYPE) return false;
+      if (type == IMAGE_DESC_RECORD_TYPE) break;
+      if (type == EXTENSION_RECORD_TYPE) ReadExtension(&control);
+    }
+    Check(DGifGetImageDesc(gif_.get()));
+    const GifImageDesc& image = gif_->Image;
+    *frame = {static_cast<uint32_t>(image.Left),
+              static_cast<uint32_t>(image.Top),
+              static_cast<uint32_t>(image.Width),
+              static_cast<uint32_t>(image.Height),
+              image.Interlace,
+              control.DisposalMode,
+              control.TransparentColor};
+    return true;
+  }
+
+  // Passes over the pixels of the frame at hand.
+  void SkipPixels() {
+    int codeSize = 0;
+    GifByteType* block = nullptr;
+    Check(DGifGetCode(gif_.get(), &codeSize, &block));
+    while (block != nullptr) Check(DGifGetCodeNext(gif_.get(), &block));
+  }
+
+  // The next row of the frame, in the order in which they are stored.
+  void ReadRow(uint8_t* row, uint32_t width) {
+    Check(DGifGetLine(gif_.get(), row, static_cast<int>(width)));
+  }
+
+  // The colours of the frame at hand.
+  const ColorMapObject& Colours() {
+    const ColorMapObject* map =
+        gif_->Image.ColorMap != nullptr ? gif_->Image.ColorMap : gif_->SColorMap;
+    if (map == nullptr) throw ImageError("is a GIF file without colours; save the picture again");
+    return *map;
+  }
+
+ private:
+  struct Close {
+    void operator()(GifFileType* gif) const { DGifCloseFile(gif, nullptr); }
+  };
+
+  void Check(int result) {
+    if (result == GIF_OK) return;
+    if (rest_.empty()) throw CutOff();
+    ThrowDamaged(gif_->Error);
+  }
+
+  void ReadExtension(GraphicsControlBlock* control) {
+    int code = 0;
+    GifByteType* block = nullptr;
+    Check(DGifGetExtension(gif_.get(), &code, &block));
+    if (block != nullptr && code == GRAPHICS_EXT_FUNC_CODE) {
+      DGifExtensionToGCB(block[0], block + 1, control);
+    }
+    while (block != nullptr) Check(DGifGetExtensionNext(gif_.get(), &block));
+  }
+
+  Bytes rest_;
+  std::unique_ptr<GifFileType, Close> gif_;
+};
+
+std::vector<ImagePlan> PlanGif(Bytes file, const ReadLimits& limits) {
+  GifReader reader(file);
+  ImagePlan plan;
+  plan.format = Format::kGif;
+  plan.width = reader.Width();
+  plan.height = reader.Height();
+  CheckSize(plan.width, plan.height, limits);
+  plan.palette = true;
+  plan.decodeReason = "GIF, which PDF does not know";
+  // The canvas and what it was before, of four bytes a pixel, and the rasters.
+  SetMemory(static_cast<double>(plan.width) * plan.height * (4 + 4 + 3 + 1), limits, &plan);
+  std::vector<ImagePlan> plans;
+  Frame frame;
+  unsigned frames = 0;
+  for (; reader.Next(&frame); ++frames) {
+    reader.SkipPixels();
+    if (frames > 0 && !limits.allFrames) continue;
+    plan.alpha = !frame.Hides(plan.width, plan.height);
+    plan.place = frames;
+    plans.push_back(plan);
+  }
+  if (plans.empty()) throw ImageError("is a GIF file without pictures; save or export it again");
+  NumberFrames(frames, &plans);
+  return plans;
+}
+
+// Where row `i` of those that are stored belongs: an interlaced frame has every eighth first.
+uint32_t RowOf(const Frame& frame, uint32_t i) {
+  if (!frame.interlaced) return i;
+  constexpr uint32_t kFirst[] = {0, 4, 2, 1}, kStep[] = {8, 8, 4, 2};
+  for (size_t pass = 0; pass < 4; ++pass) {
+    const uint32_t rows =
+        frame.height <= kFirst[pass] ? 0 : (frame.height - kFirst[pass] - 1) / kStep[pass] + 1;
+    if (i < rows) return kFirst[pass] + i * kStep[pass];
+    i -= rows;
+  }
+  return 0;  // not reached: the passes have all rows
+}
+
+// What is seen of the frames so far: red, green, blue and opacity.
+class Canvas {
+ public:
+  Canvas(uint32_t width, uint32_t height)
+      : width_(width), height_(height), pixels_(size_t{4} * width * height) {
+    std::memset(pixels_.Data(), 0, pixels_.Size());
+  }
+
+  void Draw(const Frame& frame, GifReader* reader) {
+    Dispose();
+    if (frame.disposal == DISPOSE_PREVIOUS) before_ = Buffer::CopyOf(pixels_.View());
+    const ColorMapObject& colours = reader->Colours();
+    Buffer row(frame.width);
+    for (uint32_t i = 0; i < frame.height; ++i) {
+      reader->ReadRow(row.Data(), frame.width);
+      const uint32_t y = frame.top + RowOf(frame, i);
+      if (y < height_) DrawRow(frame, colours, y, row.Data());
+    }
+    last_ = frame;
+  }
+
+  DecodedImage Split() const {
+    DecodedImage image;
+    image.pixels = Raster(width_, height_, 8, 3);
+    image.alpha.emplace(width_, height_, 8, 1);
+    SplitAlpha(pixels_.Data(), &image);
+    return image;
+  }
+
+ private:
+  // Does away with the frame before, as that one asks.
+  void Dispose() {
+    if (last_.disposal == DISPOSE_PREVIOUS) pixels_ = std::move(before_);
+    if (last_.disposal != DISPOSE_BACKGROUND || last_.left >= width_) return;
+    const uint32_t right = std::min(last_.left + last_.width, width_);
+    for (uint32_t y = last_.top; y < std::min(last_.top + last_.height, height_); ++y) {
+      std::memset(At(last_.left, y), 0, size_t{4} * (right - last_.left));
+    }
+  }
+
+  void DrawRow(const Frame& frame, const ColorMapObject& colours, uint32_t y, const uint8_t* row) {
+    for (uint32_t x = 0; x < frame.width && frame.left + x < width_; ++x) {
+      if (row[x] == frame.transparent) continue;
+      const GifColorType black{0, 0, 0};
+      const GifColorType& colour = row[x] < colours.ColorCount ? colours.Colors[row[x]] : black;
+      const uint8_t pixel[] = {colour.Red, colour.Green, colour.Blue, 255};
+      std::memcpy(At(frame.left + x, y), pixel, 4);
+    }
+  }
+
+  uint8_t* At(uint32_t x, uint32_t y) { return pixels_.Data() + 4 * (size_t{width_} * y + x); }
+
+  uint32_t width_, height_;
+  Buffer pixels_;
+  Buffer before_;  // where the last frame wants it back
+  Frame last_;
+};
+
+// The last frame up to `number` that hides all before it.
+uint64_t FirstNeeded(Bytes file, uint64_t number) {
+  GifReader reader(file);
+  Frame frame;
+  uint64_t first = 0;
+  for (uint64_t i = 0; i <= number && reader.Next(&frame); ++i) {
+    reader.SkipPixels();
+    if (frame.Hides(reader.Width(), reader.Height())) first = i;
+  }
+  return first;
+}
+
+DecodedImage DecodeGif(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
+  const uint64_t first = FirstNeeded(file, plan.place);
+  GifReader reader(file);
+  Canvas canvas(plan.width, plan.height);
+  Frame frame;
+  for (uint64_t i = 0; i <= plan.place; ++i) {
+    if (!reader.Next(&frame)) throw CutOff();
+    if (i < first) {
+      reader.SkipPixels();
+    } else {
+      canvas.Draw(frame, &reader);
+    }
+  }
+  return canvas.Split();
+}
+
+Buffer NoProfile(const ImagePlan&, Bytes) {
+  return {};
+}
+
+bool IsGif(Bytes head) {
+  return StartsWith(head, "GIF87a") || StartsWith(head, "GIF89a");
+}
+
+}  // namespace
+
+const Decoder kGifDecoder{Format::kGif, "GIF", IsGif, PlanGif, DecodeGif, NoProfile, nullptr};
+
+}  // namespace pictures
