@@ -7,6 +7,7 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/jtpdf)
 
 install(TARGETS jtpdf EXPORT jtpdfSharedTargets
+  RUNTIME COMPONENT runtime ARCHIVE COMPONENT development
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   FILE_SET HEADERS COMPONENT development)
 install(EXPORT jtpdfSharedTargets NAMESPACE jtpdf:: DESTINATION ${package_dir}

@@ -10,7 +10,10 @@
 
 #include <stdbool.h>
 
-#if defined(__GNUC__)
+/* A host of the static library defines JTPDF_STATIC on Windows; its CMake target does so. */
+#if defined(_WIN32) && !defined(JTPDF_STATIC)
+#define JTPDF_EXPORT __declspec(dllimport)
+#elif defined(__GNUC__)
 #define JTPDF_EXPORT __attribute__((visibility("default")))
 #else
 #define JTPDF_EXPORT

@@ -36,13 +36,15 @@
  * 6. Units. All lengths are in the document's unit, given when it is created, as PDF points
  *    (1/72 inch) per unit. Angles are in degrees, counter-clockwise, about the centre of the box.
  *    Reals are written with four decimals; lengths, angles and colours are never checked.
- * 7. Text. Wide text is UTF-32, one code point per wchar_t, up to the terminating NUL. It is
- *    written as UTF-16 in a room of two bytes per code point, so text is cut off behind the last
- *    whole character that fits when it holds characters above U+FFFF. A text with a surrogate or a
- *    value above U+10FFFF is written as an empty string.
+ * 7. Text. Wide text is UTF-32, one code point per wchar_t, up to the terminating NUL; on Windows,
+ *    where a wchar_t has 16 bits, it is UTF-16, and what is written is the same. It is written as
+ *    UTF-16 in a room of two bytes per code point, so text is cut off behind the last whole
+ *    character that fits when it holds characters above U+FFFF. A text with a surrogate (on
+ * Windows: one without its other half) or a value above U+10FFFF is written as an empty string.
  * 8. Exceptions. Functions that return a code turn stream failures into it. Every other exception
- *    (std::bad_alloc above all) reaches the caller, who must be C++ to catch it; hosts in other
- *    languages use TryCreate...PdfDoc or SetPdfMemoryErrors. The document then
+ *    (std::bad_alloc above all) reaches the caller, who must be C++ to catch it (on Windows: of the
+ *    GNU compiler, which built the library); other hosts use TryCreate...PdfDoc or
+ *    SetPdfMemoryErrors. The document then
  *    is as before the call: what the call was to write or to draw is not there, not even in part,
  *    and once there is memory the call can be made again. But WritePdfImageWithAlpha may have
  *    written the alpha image; after InitPdfDoc and FinalizePdfDoc the document can only be
@@ -90,11 +92,11 @@ JTPDF_EXPORT extern const double PDFCoordinateUnitPoint;      /* 1.0 */
 
 /* ---- Documents: created, initialised, finalised, destroyed --------------------------------- */
 
-/* Creates a document that will write to the file fileName (not null; UTF-8 on disk). creator and
- * author become the information items /Creator and /Author; null counts as empty, and an empty
- * text writes no item. unitFactor is the number of points per unit, normally one of the constants
- * above. Nothing is opened yet: a path that cannot be opened shows in InitPdfDoc.
- * Never returns null; std::bad_alloc reaches the caller. */
+/* Creates a document that will write to the file fileName (not null; UTF-8 on disk, as it is on
+ * Windows). creator and author become the information items /Creator and /Author; null counts as
+ * empty, and an empty text writes no item. unitFactor is the number of points per unit, normally
+ * one of the constants above. Nothing is opened yet: a path that cannot be opened shows in
+ * InitPdfDoc. Never returns null; std::bad_alloc reaches the caller. */
 JTPDF_EXPORT JTPDFDocument* CreateFilePdfDoc(double unitFactor, const wchar_t* fileName,
                                              const wchar_t* creator, const wchar_t* author);
 
@@ -136,7 +138,7 @@ JTPDF_EXPORT void SetPdfMemoryErrors(JTPDFDocument* doc, bool on);
 
 /* Opens the file of a file document, truncating it, and writes the file's head and object 1.
  * Valid once, before any Write...: a second call, and a call after FinalizePdfDoc, is refused with
- * a code. A failed open gives the system's code (EILSEQ for a file name that is not valid UTF-32)
+ * a code. A failed open gives the system's code (EILSEQ for a file name that is not valid text)
  * and may be repeated. */
 JTPDF_EXPORT int32_t InitPdfDoc(JTPDFDocument* doc);
 

@@ -575,7 +575,7 @@ struct Place {
 }
 
 // Decodes one character above U+007F, which begins at text[i], and moves i behind it.
-inline wchar_t decode_long(std::string_view text, std::size_t& i, Place place) {
+inline std::uint32_t decode_long(std::string_view text, std::size_t& i, Place place) {
   const auto byte = [text](std::size_t k) { return static_cast<unsigned char>(text[k]); };
   const unsigned lead = byte(i);
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
@@ -590,12 +590,22 @@ inline wchar_t decode_long(std::string_view text, std::size_t& i, Place place) {
     throw_bad_text(place, "is not UTF-8", i, std::errc::illegal_byte_sequence);
   }
   i += length;
-  return static_cast<wchar_t>(c);
+  return c;
 }
 
 // Whether a text is written into the file, where the library has room for one UTF-16 unit a
 // character: a blank behind the text, which is cut off, makes the room for each pair of units.
 enum class Pairs : bool { as_they_are, with_room };
+
+// Puts the wide text of a character at out and returns its end: a pair where wide text is UTF-16.
+inline wchar_t* put_wide(std::uint32_t c, wchar_t* out) {
+  if (sizeof(wchar_t) == 2 && c > 0xFFFF) {
+    *out++ = static_cast<wchar_t>(0xD7C0 + (c >> 10));
+    c = 0xDC00 + (c & 0x3FF);
+  }
+  *out++ = static_cast<wchar_t>(c);
+  return out;
+}
 
 // Decodes text to out, which has room for text.size() + 1, and returns the end behind a NUL.
 inline wchar_t* decode(std::string_view text, wchar_t* out, Place place,
@@ -607,7 +617,7 @@ inline wchar_t* decode(std::string_view text, wchar_t* out, Place place,
       *out++ = static_cast<wchar_t>(byte);
       ++i;
     } else if (byte != 0) {
-      *out++ = decode_long(text, i, place);
+      out = put_wide(decode_long(text, i, place), out);
       blanks += byte >= 0xF0 ? 1 : 0;
     } else {
       throw_nul(place, i);
@@ -861,8 +871,21 @@ inline constexpr Box kEverywhere{{-200, inch}, {-200, inch}, {400, inch}, {400, 
 
 // std::filesystem::path and its like, without that header.
 template <typename Path>
-using IfPath = std::enable_if_t<
-    std::is_convertible_v<decltype(std::declval<const Path&>().native()), std::string_view>>;
+using Native = decltype(std::declval<const Path&>().native());
+template <typename Path>
+using IfPath = std::enable_if_t<std::is_convertible_v<Native<Path>, std::string_view> ||
+                                std::is_convertible_v<Native<Path>, std::wstring_view>>;
+
+// Its UTF-8: what it holds, or what becomes of wide text.
+template <typename Path>
+auto utf8(const Path& path) {
+  if constexpr (std::is_convertible_v<Native<Path>, std::string_view>) {
+    return std::string_view(path.native());
+  } else {
+    const auto text = path.u8string();
+    return std::string(text.begin(), text.end());
+  }
+}
 
 inline JTPDFRGBColor rgb_color(Color color) noexcept {
   return {color.red, color.green, color.blue, color.alpha};
@@ -891,10 +914,16 @@ inline constexpr std::uint64_t kPageBytes = 512;
 inline constexpr std::uint64_t kRestBytes = 1'000'000;
 
 // The size of the file, 0 where it is no file with a size.
-inline std::uint64_t size_of_file(const std::string& path) noexcept {
-  struct stat status;
+inline std::uint64_t size_of_file(const std::string& path) {
   const ErrnoKept errno_kept;
+#if defined(_WIN32)
+  struct _stat64 status;
+  const WideText wide_path(path, {"stat", "path"}, Pairs::as_they_are);
+  if (_wstat64(wide_path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+#else
+  struct stat status;
   if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+#endif
   return static_cast<std::uint64_t>(status.st_size);
 }
 
@@ -1052,7 +1081,7 @@ class [[nodiscard]] Document {
   }
   template <typename Path, typename = detail::IfPath<Path>>
   static Document file(const Path& path, Unit unit = point, const Credits& credits = {}) {
-    return file(std::string_view(path.native()), unit, credits);
+    return file(std::string_view(detail::utf8(path)), unit, credits);
   }
 
   // A document whose bytes() can be fetched when it is finished.
@@ -1101,7 +1130,7 @@ class [[nodiscard]] Document {
   }
   template <typename Path, typename = detail::IfPath<Path>>
   static Document unopened_file(const Path& path, Unit unit = point, const Credits& credits = {}) {
-    return unopened_file(std::string_view(path.native()), unit, credits);
+    return unopened_file(std::string_view(detail::utf8(path)), unit, credits);
   }
   static Document unopened_memory(Unit unit = point) {
     const double points = detail::sound_points(unit, "CreateMemoryPdfDoc");

@@ -107,7 +107,7 @@ typedef struct JTPDFRGBColor {
 typedef struct JTPDFDictionaryItem {
   const char* key;      /* not null. "Name" or "/Name"; "/Outer/Name" nests. Bytes outside 0x21 to
                            0x7E are dropped; a key with nothing left becomes /JT_DUMMY_KEY */
-  const wchar_t* value; /* NUL-terminated UTF-32, null counts as empty; always a text string */
+  const wchar_t* value; /* NUL-terminated wide text, null counts as empty; always a text string */
 } JTPDFDictionaryItem;
 
 /* What CreateCallbackPdfDoc hands a document's bytes to: size bytes (more than 0) at data, behind
@@ -137,7 +137,11 @@ typedef int32_t (*JTPDFEncodeFunction)(void* context, const char* data, size_t s
                                        const char** encoded, size_t* encodedSize);
 
 /* The binary interface: these layouts are promised for every library of SOVERSION 2. */
+#if defined(_WIN32)
+JTPDF_STATIC_ASSERT(sizeof(wchar_t) == 2, "wide text is UTF-16: wchar_t must have 16 bits");
+#else
 JTPDF_STATIC_ASSERT(sizeof(wchar_t) == 4, "wide text is UTF-32: wchar_t must have 32 bits");
+#endif
 JTPDF_STATIC_ASSERT(sizeof(TPdfColorSpace) == 4, "enumerations have 32 bits");
 JTPDF_STATIC_ASSERT(sizeof(TPdfCompression) == 4, "enumerations have 32 bits");
 JTPDF_STATIC_ASSERT(sizeof(TPdfImageRole) == 4, "enumerations have 32 bits");

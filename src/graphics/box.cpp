@@ -31,10 +31,10 @@ JTPDFBox JTPDFBox::AsPoints(double factor) const {
 TextWriter& JTPDFBox::WriteMatrix(TextWriter& text, bool scaleToBox) const {
   const double radians = angle * kRadiansPerDegree;
   // An infinite angle has neither sine nor cosine. The C library gives this quotient, a NaN, for
-  // both, but sets errno, and with it the code of a later refusal.
-  const bool infinite = std::isinf(radians);
-  const double cosine = infinite ? radians / radians : std::cos(radians);
-  const double sine = infinite ? radians / radians : std::sin(radians);
+  // both, but sets errno, and with it the code of a later refusal; on Windows for a NaN as well.
+  const bool finite = std::isfinite(radians);
+  const double cosine = finite ? std::cos(radians) : radians / radians;
+  const double sine = finite ? std::sin(radians) : radians / radians;
 
   // The halves and the sine are negated as they are, so an upright box has "-0.0000" in its
   // rotation and a box without width "-0.0000" in its offset (kept).

@@ -1,12 +1,18 @@
-// Services of the platform, written against POSIX.
+// Services of the platform: what is the same everywhere, then POSIX, then Windows.
 
 #include "objects/platform_text.h"
 
 #include <fcntl.h>
-#include <locale.h>
 #include <string.h>
+
+#if defined(_WIN32)
+#include <io.h>
+#include <sys/stat.h>
+#else
+#include <locale.h>
 #include <sys/uio.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cassert>
@@ -23,6 +29,37 @@ extern "C" int __xpg_strerror_r(int errnum, char* buffer, size_t size) noexcept;
 
 namespace {
 
+bool IsSurrogate(char32_t c) {
+  return c >= 0xD800 && c <= 0xDFFF;
+}
+
+#if defined(_WIN32)
+
+bool IsHighSurrogate(char32_t c) {
+  return c >= 0xD800 && c <= 0xDBFF;
+}
+
+bool IsLowSurrogate(char32_t c) {
+  return c >= 0xDC00 && c <= 0xDFFF;
+}
+
+// Names of files are wide text there.
+std::optional<const wchar_t*> FileName(const wchar_t* path, const PlatformString&) {
+  return path;
+}
+
+// Moves a descriptor out of the standard streams' range.
+int AboveStandardStreams(int descriptor) {
+  if (descriptor < 0 || descriptor > 2) return descriptor;
+  const int moved = AboveStandardStreams(_dup(descriptor));
+  const int error = errno;
+  _close(descriptor);
+  errno = error;
+  return moved;
+}
+
+#else
+
 constexpr char32_t kLastCodePoint = 0x10FFFF;
 
 // Without it a file ends at 2 GiB where a long has 32 bits.
@@ -32,11 +69,8 @@ constexpr int kLargeFile = O_LARGEFILE;
 constexpr int kLargeFile = 0;
 #endif
 
-bool IsSurrogate(char32_t c) {
-  return c >= 0xD800 && c <= 0xDFFF;
-}
-
-std::string UTF8(PlatformString text) {
+// Names of files are UTF-8.
+std::optional<std::string> FileName(const wchar_t*, PlatformString text) {
   std::string bytes;
   for (const char32_t c : text) {
     const int more = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;  // bytes behind the first
@@ -47,24 +81,6 @@ std::string UTF8(PlatformString text) {
     }
   }
   return bytes;
-}
-
-// The file system's form of path; none, with EILSEQ, if it is not valid UTF-32: nothing else would
-// tell the caller why the file was not opened.
-std::optional<std::string> FileSystemPath(const wchar_t* path) {
-  const std::optional<PlatformString> text = NSString_from_wchar_t(path);
-  if (text) return UTF8(*text);
-  errno = EILSEQ;
-  return std::nullopt;
-}
-
-template <typename Stream>
-void OpenOnPlatformPath(Stream& stream, const wchar_t* path, unsigned int mode) {
-  if (const std::optional<std::string> name = FileSystemPath(path)) {
-    stream.open(*name, static_cast<std::ios_base::openmode>(mode));
-  } else {
-    stream.setstate(std::ios_base::failbit);
-  }
 }
 
 // Moves a descriptor out of the standard streams' range.
@@ -85,18 +101,28 @@ void DropWritten(iovec*& first, const iovec* end, std::size_t count) {
   first->iov_len -= count;
 }
 
-}  // namespace
+#endif
 
-std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text) {
-  static_assert(sizeof(wchar_t) == sizeof(char32_t));
-  const PlatformString units(reinterpret_cast<const char32_t*>(text), std::wcslen(text));
-  for (const char32_t c : units) {
-    if (IsSurrogate(c) || c > kLastCodePoint) return std::nullopt;
-  }
-  return units;
+// The file system's form of path; none, with EILSEQ, if it is not valid text: nothing else would
+// tell the caller why the file was not opened.
+auto FileSystemPath(const wchar_t* path) {
+  const std::optional<PlatformString> text = NSString_from_wchar_t(path);
+  if (!text) errno = EILSEQ;
+  return text ? FileName(path, *text) : std::nullopt;
 }
 
-std::size_t WriteUTF16BE(PlatformString text, unsigned char* out, std::size_t room) {
+template <typename Stream>
+void OpenOnPlatformPath(Stream& stream, const wchar_t* path, unsigned int mode) {
+  if (const auto name = FileSystemPath(path)) {
+    stream.open(*name, static_cast<std::ios_base::openmode>(mode));
+  } else {
+    stream.setstate(std::ios_base::failbit);
+  }
+}
+
+}  // namespace
+
+std::size_t WriteUTF16BE(std::u32string_view text, unsigned char* out, std::size_t room) {
   std::size_t used = 0;
   const auto put = [&](char32_t unit) {
     out[used++] = static_cast<unsigned char>(unit >> 8);
@@ -121,6 +147,84 @@ void OpenWithUnicodePath(std::ofstream& stream, const wchar_t* path, unsigned in
 
 void OpenWithUnicodePath(std::ifstream& stream, const wchar_t* path, unsigned int mode) {
   OpenOnPlatformPath(stream, path, mode);
+}
+
+bool PlatformFile::Close() {
+  if (!IsOpen()) return true;
+  const int closing = descriptor;
+  descriptor = -1;
+  return close(closing) == 0;
+}
+
+#if defined(_WIN32)
+
+std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text) {
+  static_assert(sizeof(wchar_t) == sizeof(char16_t));
+  PlatformString points;
+  points.reserve(std::wcslen(text));
+  for (; *text != L'\0'; ++text) {
+    char32_t c = *text;
+    if (IsHighSurrogate(c) && IsLowSurrogate(text[1])) {
+      c = 0x10000 + ((c - 0xD800) << 10) + (*++text - 0xDC00);
+    } else if (IsSurrogate(c)) {
+      return std::nullopt;
+    }
+    points += c;
+  }
+  return points;
+}
+
+std::size_t CodePointCount(std::wstring_view text) {
+  std::size_t count = text.size();
+  for (std::size_t i = 1; i < text.size(); ++i) {
+    if (IsHighSurrogate(text[i - 1]) && IsLowSurrogate(text[i])) --count;
+  }
+  return count;
+}
+
+bool PlatformFile::Open(const wchar_t* path) {
+  const std::optional<const wchar_t*> name = FileSystemPath(path);
+  if (!name) return false;
+  constexpr int kFlags = _O_WRONLY | _O_CREAT | _O_TRUNC | _O_BINARY | _O_NOINHERIT;
+  descriptor = AboveStandardStreams(_wopen(*name, kFlags, _S_IREAD | _S_IWRITE));
+  return IsOpen();
+}
+
+bool PlatformFile::Write(std::initializer_list<std::string_view> parts) {
+  constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;  // the count is an int
+  for (std::string_view part : parts) {
+    while (!part.empty()) {
+      const auto size = static_cast<unsigned>(std::min(part.size(), kMostAtOnce));
+      const int written = _write(descriptor, part.data(), size);
+      if (written == 0) errno = ENOSPC;
+      if (written <= 0) return false;
+      part.remove_prefix(static_cast<std::size_t>(written));
+    }
+  }
+  return true;
+}
+
+int JTPDFStrError(int errnum, char* buffer, unsigned long size) {
+  // The C library's texts know no locale, and its buffer belongs to the thread.
+  const std::string_view text = strerror(errnum);
+  const std::size_t length = text.copy(buffer, size - 1);
+  buffer[length] = '\0';
+  return text == "Unknown error" ? EINVAL : length < text.size() ? ERANGE : 0;
+}
+
+#else
+
+std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text) {
+  static_assert(sizeof(wchar_t) == sizeof(char32_t));
+  const PlatformString units(reinterpret_cast<const char32_t*>(text), std::wcslen(text));
+  for (const char32_t c : units) {
+    if (IsSurrogate(c) || c > kLastCodePoint) return std::nullopt;
+  }
+  return units;
+}
+
+std::size_t CodePointCount(std::wstring_view text) {
+  return text.size();
 }
 
 bool PlatformFile::Open(const wchar_t* path) {
@@ -148,13 +252,6 @@ bool PlatformFile::Write(std::initializer_list<std::string_view> parts) {
   return true;
 }
 
-bool PlatformFile::Close() {
-  if (!IsOpen()) return true;
-  const int closing = descriptor;
-  descriptor = -1;
-  return close(closing) == 0;
-}
-
 int JTPDFStrError(int errnum, char* buffer, unsigned long size) {
   // Error texts are translated; ours are the same in every locale. "C" needs no memory.
   const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
@@ -169,3 +266,5 @@ int JTPDFStrError(int errnum, char* buffer, unsigned long size) {
   if (result != 0) buffer[size - 1] = '\0';
   return result;
 }
+
+#endif

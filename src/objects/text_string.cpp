@@ -30,7 +30,7 @@ std::string Hexadecimal(std::uintptr_t value) {
 std::u16string PDFUTF16FromWString(const std::wstring& text) {
   std::u16string result;
   const std::optional<PlatformString> valid = NSString_from_wchar_t(text.c_str());
-  const std::size_t room = 2 * text.size();
+  const std::size_t room = 2 * CodePointCount(text);
   const std::unique_ptr<unsigned char, FreeDeleter> buffer(
       static_cast<unsigned char*>(std::malloc(room + 2)));
   if (!buffer) return result;

@@ -7,9 +7,9 @@
 // The bytes FE FF and text in UTF-16 big-endian, whatever the byte order of the machine: read the
 // units as bytes. Text counts up to its first NUL.
 //
-// The room behind the mark is two bytes per wide unit of text, so a text with characters above
+// The room behind the mark is two bytes per code point of text, so a text with characters above
 // U+FFFF loses its end (kept: the lengths of our strings have always been bounded so). Where
-// nothing is converted (no text, text that is not valid UTF-32, a lone character that does not fit)
+// nothing is converted (no text, text that is not valid, a lone character that does not fit)
 // the result is empty and diagnostic mode notes it.
 std::u16string PDFUTF16FromWString(const std::wstring& text);
 
