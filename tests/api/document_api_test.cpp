@@ -71,15 +71,21 @@ TEST(InitPdfDoc, InAMissingDirectoryGivesTheSystemsCodeAndOneLine) {
   EXPECT_BYTES(Doc().Init().Finish(), doc.Init().Finish());
 }
 
-TEST(InitPdfDoc, OnADirectoryGivesEISDIR) {
+TEST(InitPdfDoc, OnADirectoryGivesTheSystemsCode) {
+#if defined(_WIN32)
+  constexpr int kCode = EACCES;
+#else
+  constexpr int kCode = EISDIR;
+#endif
   TempDir dir;
   Doc doc(dir.File(""));
   errno = 0;
-  EXPECT_EQ(EISDIR, InitPdfDoc(doc));
+  EXPECT_EQ(kCode, InitPdfDoc(doc));
 }
 
 TEST(InitPdfDoc, WithANameThatIsNotUnicodeGivesEILSEQ) {
   for (const unsigned unit : {0xD800u, 0xDFFFu, 0x110000u, 0xFFFFFFFFu}) {
+    if (sizeof(wchar_t) == 2 && unit > 0xFFFF) continue;
     const wchar_t name[] = {L'a', static_cast<wchar_t>(unit), 0};
     JTPDFDocument* const doc = CreateFilePdfDoc(1, name, nullptr, nullptr);
     Diagnostics diagnostics;
@@ -110,7 +116,7 @@ TEST(InitPdfDoc, ARefusalCarriesWhateverErrnoWasThere) {
   EXPECT_EQ(ErrorLine("InitPdfDoc", ERANGE), diagnostics.Take());
   errno = 4242;
   EXPECT_EQ(4242, InitPdfDoc(doc));
-  EXPECT_EQ("InitPdfDoc: JTPDF error: 4242; Unknown error 4242\n", diagnostics.Take());
+  EXPECT_EQ(ErrorLine("InitPdfDoc", 4242), diagnostics.Take());
   EXPECT_EQ(4242, errno) << "a report leaves errno alone";
   errno = -1;
   EXPECT_EQ(-1, InitPdfDoc(doc));

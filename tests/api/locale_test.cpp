@@ -130,7 +130,14 @@ TEST_F(Locales, GlobalCxxLocaleWithOddFacetsChangesNothing) {
 }
 
 // The environment says where the locale is: support/german_locale.cmake.
-class RealLocale : public Locales {};
+class RealLocale : public Locales {
+ protected:
+#if defined(_WIN32)
+  void SetUp() override {
+    GTEST_SKIP() << "Wine's C library knows no locale but \"C\"";
+  }
+#endif
+};
 
 TEST_F(RealLocale, SetlocaleWithADecimalCommaChangesNothing) {
   ASSERT_NE(nullptr, std::setlocale(LC_ALL, "de_DE.UTF-8"));
@@ -151,6 +158,7 @@ TEST_F(RealLocale, GlobalCxxLocaleWithADecimalCommaChangesNothing) {
 }
 
 TEST_F(RealLocale, ThreadLocaleChangesNothing) {
+#if !defined(_WIN32)
   const locale_t german = newlocale(LC_ALL_MASK, "de_DE.UTF-8", nullptr);
   ASSERT_NE(nullptr, german);
   const locale_t saved = uselocale(german);
@@ -161,4 +169,5 @@ TEST_F(RealLocale, ThreadLocaleChangesNothing) {
   freelocale(german);
   EXPECT_BYTES(InTheClassicLocale().bytes, memory);
   EXPECT_EQ(InTheClassicLocale().reports, reports);
+#endif
 }

@@ -8,6 +8,14 @@
 #include <string.h>
 #include <unistd.h>
 
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+static int pipe(int ends[2]) {
+  return _pipe(ends, 4096, _O_BINARY);
+}
+#endif
+
 #include "jtpdf/jtpdf.h"
 
 static int failures = 0;
@@ -144,6 +152,10 @@ static void CheckDiagnostics(void) {
   close(ends[1]);
   size = read(ends[0], text, sizeof text - 1);
   close(ends[0]);
+  if (size > 1 && text[size - 2] == '\r') { /* as lines end on Windows */
+    text[--size] = '\0';
+    text[size - 1] = '\n';
+  }
   CHECK(code == ENOENT);
   CHECK(size == (ssize_t)sizeof expected - 1);
   CHECK(strcmp(text, expected) == 0);

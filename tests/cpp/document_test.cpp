@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <ostream>
@@ -37,8 +38,14 @@ std::string Text(jtpdf::Bytes bytes) {
   return std::string(bytes.begin(), bytes.end());
 }
 
+// The path is UTF-8.
 std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+#if defined(__cpp_char8_t)
+  const std::filesystem::path name = std::u8string(path.begin(), path.end());
+#else
+  const std::filesystem::path name = std::filesystem::u8path(path);
+#endif
+  std::ifstream file(name, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
@@ -364,9 +371,9 @@ INSTANTIATE_TEST_SUITE_P(Utf8, JtpdfGoodText,
                                          GoodText{"BelowSurrogates", "\xED\x9F\xBF", L"\xD7FF"},
                                          GoodText{"AboveSurrogates", "\xEE\x80\x80", L"\xE000"},
                                          GoodText{"Most3", "\xEF\xBF\xBF", L"\xFFFF"},
-                                         GoodText{"Least4", "a\xF0\x90\x80\x80z", L"a\x10000z "},
-                                         GoodText{"Last", "b\xF4\x8F\xBF\xBFy", L"b\x10FFFFy "},
-                                         GoodText{"Pairs", "🎉🎉", L"\x1F389\x1F389  "}),
+                                         GoodText{"Least4", "a\xF0\x90\x80\x80z", L"a\U00010000z "},
+                                         GoodText{"Last", "b\xF4\x8F\xBF\xBFy", L"b\U0010FFFFy "},
+                                         GoodText{"Pairs", "🎉🎉", L"\U0001F389\U0001F389  "}),
                          [](const testing::TestParamInfo<GoodText>& row) {
                            return row.param.name;
                          });

@@ -139,7 +139,7 @@ INSTANTIATE_TEST_SUITE_P(Sink, SinkFaults,
                          testing::Values(Row{"NothingWithENOSPC", Effect::kNothing, ENOSPC},
                                          Row{"NothingWithEIO", Effect::kNothing, EIO},
                                          Row{"NothingWithoutAReason", Effect::kNothing, 0},
-                                         Row{"HalfWithEDQUOT", Effect::kHalf, EDQUOT},
+                                         Row{"HalfWithEFBIG", Effect::kHalf, EFBIG},
                                          Row{"BadAlloc", Effect::kThrowsBadAlloc, ENOMEM}),
                          NameOf<Row>);
 

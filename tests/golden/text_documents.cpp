@@ -30,12 +30,14 @@ void Texts(Host& host) {
   SetPdfInfoItem(host.doc, "Astral", L"\U0001F600aa\U0001F600b");  // room for "aa" behind the first
   SetPdfInfoItem(host.doc, "Empty", L"");
   SetPdfInfoItem(host.doc, "Null", nullptr);
-  const wchar_t surrogates[] = {L'a', 0xD83D, 0xDE00, 0};
+  // What is no text, be wide text UTF-32 or UTF-16.
+  const wchar_t surrogates[] = {L'a', 0xDE00, 0xD83D, 0};
   SetPdfInfoItem(host.doc, "Surrogates", surrogates);
-  const wchar_t beyond[] = {L'a', 0x110000, 0};
+  const wchar_t beyond[] = {L'a', static_cast<wchar_t>(sizeof(wchar_t) == 4 ? 0x110000 : 0xD800),
+                            0};
   SetPdfInfoItem(host.doc, "Beyond", beyond);
-  const wchar_t behind[] = {L'a', 0x1F600, 0x1F600, 0xDC00, 0};  // behind the room that is left
-  SetPdfInfoItem(host.doc, "Behind", behind);
+  const std::wstring behind = std::wstring(L"a\U0001F600\U0001F600") + wchar_t(0xDC00);
+  SetPdfInfoItem(host.doc, "Behind", behind.c_str());  // behind the room that is left
   SetPdfInfoItem(host.doc, "Highest", L"aa\U0010FFFF");
   SetPdfInfoItem(host.doc, "Producer", L"never written");
   SetPdfInfoItem(host.doc, "MGmk", L"never written");

@@ -27,13 +27,21 @@ TEST(NSStringFromWcharT, HoldsTheTextUpToItsNul) {
 
 TEST(NSStringFromWcharT, IsNoneForInvalidText) {
   for (const unsigned unit : {0xD800u, 0xDBFFu, 0xDC00u, 0xDFFFu, 0x110000u, 0x80000000u, ~0u}) {
+    if (sizeof(wchar_t) == 2 && unit > 0xFFFF) continue;
     const wchar_t text[] = {L'a', static_cast<wchar_t>(unit), 0};
     EXPECT_FALSE(NSString_from_wchar_t(text)) << unit;
   }
   for (const unsigned unit : {0xD7FFu, 0xE000u, 0xFFFEu, 0xFFFFu, 0x10000u, 0x10FFFFu}) {
+    if (sizeof(wchar_t) == 2 && unit > 0xFFFF) continue;
     const wchar_t text[] = {static_cast<wchar_t>(unit), 0};
     EXPECT_TRUE(NSString_from_wchar_t(text)) << unit;
   }
+}
+
+TEST(CodePointCount, CountsCharactersAndNuls) {
+  EXPECT_EQ(0u, CodePointCount(L""));
+  EXPECT_EQ(4u, CodePointCount(std::wstring(L"a\u20AC\0b", 4)));
+  EXPECT_EQ(3u, CodePointCount(L"\U0001F600\U0010FFFFa"));
 }
 
 TEST(WriteUTF16BE, WritesWholeCharactersOnly) {
@@ -101,7 +109,7 @@ TEST(OpenWithUnicodePath, AnInvalidNameGivesEILSEQ) {
 }
 
 TEST(OpenWithUnicodePath, AnInvalidNameThrowsWhereTheStreamIsToThrow) {
-  const wchar_t name[] = {0x110000, 0};
+  const wchar_t name[] = {0xDC00, 0};
   std::ofstream out;
   out.exceptions(std::ios_base::failbit);
   errno = 0;

@@ -30,8 +30,9 @@ double FromBits(std::uint64_t bits) {
   return value;
 }
 
-// What "%.4f" gives in a buffer of 30 bytes.
+// What "%.4f" gives in a buffer of 30 bytes. Not every C library prints the sign of a NaN.
 std::string Printed(double value) {
+  if (std::isnan(value)) return std::signbit(value) ? "-nan" : "nan";
   char buffer[30];
   std::snprintf(buffer, sizeof buffer, "%.4f", value);
   return buffer;

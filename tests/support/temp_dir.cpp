@@ -1,16 +1,18 @@
 #include "support/temp_dir.h"
 
-#include <stdlib.h>
-
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <system_error>
 
 TempDir::TempDir() {
-  std::string name = (std::filesystem::temp_directory_path() / "jtpdf-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make " + name);
-  path = name;
+  std::random_device random;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    path = std::filesystem::temp_directory_path() / ("jtpdf-test-" + std::to_string(random()));
+    if (std::filesystem::create_directory(path)) return;
+  }
+  throw std::runtime_error("cannot make " + path.string());
 }
 
 TempDir::~TempDir() {

@@ -12,7 +12,10 @@ class TempDir {
   TempDir& operator=(const TempDir&) = delete;
   ~TempDir();
 
-  std::filesystem::path File(const std::string& name) const { return path / name; }
+  // The file of that name, which is UTF-8.
+  std::filesystem::path File(const std::string& name) const {
+    return path / std::u8string(name.begin(), name.end());
+  }
 
  private:
   std::filesystem::path path;

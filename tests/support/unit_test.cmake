@@ -19,6 +19,10 @@ if(NOT TARGET jtpdf_test_support)
     ${jtpdf_support_dir}/temp_dir.cpp)
   target_include_directories(jtpdf_test_support PUBLIC
     ${PROJECT_SOURCE_DIR}/tests ${PROJECT_SOURCE_DIR}/include)
+  target_link_libraries(jtpdf_test_support PUBLIC GTest::gtest)
+  # Where the library's names are imported, a test of the exports takes the objects, too: what a test
+  # does to std::cerr and to operator new does not reach the library's own in a DLL.
+  target_compile_definitions(jtpdf_test_support PUBLIC $<$<BOOL:${WIN32}>:JTPDF_STATIC>)
   jtpdf_compile_options(jtpdf_test_support)
 endif()
 
@@ -43,6 +47,9 @@ endfunction()
 function(jtpdf_unit_test file library)
   get_filename_component(room ${CMAKE_CURRENT_SOURCE_DIR} NAME)
   set(target ${room}_${file}_test)
+  if(WIN32)
+    set(library jtpdf_core)
+  endif()
   add_executable(${target} ${file}_test.cpp ${ARGN})
   target_link_libraries(${target} PRIVATE
     jtpdf_test_support ${library} GTest::gtest GTest::gtest_main Threads::Threads)

@@ -104,8 +104,8 @@ TEST(Threads, DocumentIsHandedOn) {
 // Standard error goes to a file while this lives.
 class StandardErrorInFile {
  public:
-  explicit StandardErrorInFile(const std::string& path) : before_(dup(STDERR_FILENO)) {
-    std::FILE* const file = std::fopen(path.c_str(), "w");
+  explicit StandardErrorInFile(const std::filesystem::path& path) : before_(dup(STDERR_FILENO)) {
+    std::FILE* const file = std::fopen(path.string().c_str(), "w");
     dup2(fileno(file), STDERR_FILENO);
     std::fclose(file);
   }
