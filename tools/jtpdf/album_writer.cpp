@@ -17,7 +17,10 @@ namespace {
 
 // About the memory an encoded page holds until it is written.
 uint64_t WeightOf(const PagePlan& page) {
-  if (page.image.PassesThrough()) return page.image.profileSize + page.image.size;
+  // With what goes beside the bytes that pass through: a soft mask.
+  if (page.image.PassesThrough()) {
+    return page.image.profileSize + page.image.size + page.image.memory;
+  }
   return page.image.profileSize +
          uint64_t{page.image.width} * page.image.height *
              static_cast<uint64_t>(Channels(page.image.colour) + (page.image.alpha ? 1 : 0)) *

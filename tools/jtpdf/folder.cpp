@@ -93,10 +93,9 @@ Folder ListFolder(const std::string& folder) {
     }
   }
   if (found.inputs.empty()) {
-    found.inputs.push_back(
-        {folder, false,
-         "is a folder without a picture; folders inside it "
-         "are not looked into, name them too"});
+    found.inputs.push_back({folder, false,
+                            "is a folder without a picture; folders inside it are "
+                            "not looked into, name them too"});
   }
   return found;
 }
