@@ -97,7 +97,7 @@ class Words(JtpdfTest):
         self.assertEqual(sorted(os.listdir(self.folder)), ["a.jpg", "b.png", "c"])
 
     def test_progress_shows_on_a_terminal_and_nowhere_else(self):
-        paths = [self.save(noise(300, 300, n), f"{n}.png", compress_level=1) for n in range(8)]
+        paths = [self.save(noise(300, 300, n, "RGBA"), f"{n}.png", compress_level=1) for n in range(8)]
         paths.append(self.odd_jpeg("odd.jpg"))
         command = [JTPDF, "-j", "1", *paths, "-o", "-"]
         def take_late(output):

@@ -41,10 +41,10 @@ def blocks(columns=12, rows=7, mode="RGB", seed=1):
     return small.resize((columns * BLOCK, rows * BLOCK), Image.NEAREST)
 
 
-def noise(width, height, seed=1):
-    """A picture that takes long to compress."""
+def noise(width, height, seed=1, mode="RGB"):
+    """A picture that takes long to compress; with alpha one that is never stored as it is."""
     return Image.fromarray(numpy.random.default_rng(seed).integers(
-        0, 256, (height, width, 3), numpy.uint8))
+        0, 256, (height, width, len(mode)), numpy.uint8), mode)
 
 
 def stored(pdf):
