@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace pictures {
 
@@ -31,6 +32,12 @@ class Buffer {
   size_t Size() const { return size_; }
   bool Empty() const { return size_ == 0; }
   Bytes View() const { return {bytes_.get(), size_}; }
+  // Makes it twice as large; what is behind its bytes is not set.
+  void Double() {
+    Buffer larger(2 * size_);
+    if (size_ > 0) std::memcpy(larger.Data(), Data(), size_);
+    *this = std::move(larger);
+  }
   // Forgets the bytes behind the first `size`; the memory stays.
   void Shrink(size_t size) { size_ = size < size_ ? size : size_; }
 

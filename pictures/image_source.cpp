@@ -91,11 +91,7 @@ ImageSource ImageSource::Read(int descriptor, const PipeRules& rules) {
   size_t size = 0;
   bool judged = false;
   for (;;) {
-    if (size == bytes.Size()) {
-      Buffer larger(size * 2);
-      std::memcpy(larger.Data(), bytes.Data(), size);
-      bytes = std::move(larger);
-    }
+    if (size == bytes.Size()) bytes.Double();
     const ssize_t count = read(descriptor, bytes.Data() + size, bytes.Size() - size);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) ThrowUnreadable();

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -59,11 +58,7 @@ Buffer ReadAll(JTPDFPictureReadFunction read, void* context, uint64_t most) {
   size_t size = 0;
   bool judged = false;
   for (;;) {
-    if (size == bytes.Size()) {
-      Buffer larger(size * 2);
-      std::memcpy(larger.Data(), bytes.Data(), size);
-      bytes = std::move(larger);
-    }
+    if (size == bytes.Size()) bytes.Double();
     size_t count = 0;
     const size_t room = bytes.Size() - size;
     const int32_t code = read(context, reinterpret_cast<char*>(bytes.Data()) + size, room, &count);
