@@ -1,5 +1,5 @@
-// node compare.mjs INPUTS MODULES ROUNDS: each workload by each package, in turn, under Node and in
-// Chromium; the best of the rounds counts. Prints Markdown.
+// node compare.mjs INPUTS MODULES ROUNDS [PLACE]: each workload by each package, in turn, under Node and in
+// Chromium, or in one of them; the best of the rounds counts. Prints Markdown.
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
 import { cpus } from 'node:os';
@@ -8,7 +8,7 @@ import { fileURLToPath } from 'node:url';
 import { openBrowser } from './browser.mjs';
 import { packages, workloads } from './workloads.mjs';
 
-const [folder, modules, rounds] = process.argv.slice(2);
+const [folder, modules, rounds, only = ''] = process.argv.slice(2);
 const version = (name) => JSON.parse(fs.readFileSync(join(modules, name.toLowerCase(), 'package.json'))).version;
 const inputsOf = (name) => (name ? fs.readdirSync(join(folder, name)).sort().map((file) => join(folder, name, file)) : []);
 
@@ -50,6 +50,7 @@ console.log(`Node ${process.version}, ${await browser.version()}, ${cpus()[0].mo
 await browser.close();
 for (const [place, measure, names] of [['Node', underNode, Object.keys(packages)],
   ['Chromium', inBrowser, Object.keys(packages).filter((name) => name !== 'PDFKit')]]) {
+  if (only && only !== place.toLowerCase()) continue;
   for (const [workload, [title]] of workloads.entries()) {
     const results = names.map((name) => ({ name, best: { ms: Infinity } }));
     for (let round = 0; round < rounds; ++round) {
