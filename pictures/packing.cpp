@@ -44,6 +44,12 @@ bool FiltersHelp(const Raster& raster) {
   return filtered < plain;
 }
 
+// Filtered rows have few repetitions: libdeflate finds as many of them as zlib only a level
+// further.
+int LevelOfFiltered(int level) {
+  return level == 0 ? 0 : std::min(level + 1, 12);
+}
+
 void TakeIfSmaller(Buffer data, Filter filter, int predictor, EncodedStream* stream) {
   if (!stream->pieces.empty() && data.Size() >= stream->Size()) return;
   stream->Own(std::move(data));
@@ -64,7 +70,7 @@ void Compress(Raster raster, bool canBeFiltered, int level, EncodedStream* strea
   if (filter) {
     const Buffer filtered = FilterAll(raster);
     raster = {};
-    TakeIfSmaller(Deflate(filtered.View(), level), Filter::kFlate, 15, stream);
+    TakeIfSmaller(Deflate(filtered.View(), LevelOfFiltered(level)), Filter::kFlate, 15, stream);
   }
 }
 
