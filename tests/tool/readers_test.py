@@ -96,6 +96,21 @@ def make_inputs(folder):
                                    {"format": "PNG", "transparency": bytes([0, 128, 255])}))
     add("PNG, colour key", (blocks(), {"format": "PNG",
                                        "transparency": blocks().getpixel((0, 0))}))
+    for bits in (1, 2, 4, 8):
+        add(f"PNG, palette, {bits} bits", (blocks(6, 5).quantize(min(1 << bits, 30)),
+                                            {"format": "PNG", "bits": bits}))
+    add("PNG, colour key, grey", (blocks(mode="L"), {
+        "format": "PNG", "transparency": blocks(mode="L").getpixel((0, 0))}))
+    grey_profile = support.icc_profile(b"GRAY")
+    add("PNG, grey, ICC profile", (blocks(mode="L"), {"format": "PNG",
+                                                      "icc_profile": grey_profile}))
+    add("BMP, RGB", (blocks(), {"format": "BMP"}))
+    add("BMP, palette", (blocks(6, 5).quantize(16), {"format": "BMP"}))
+    add("PPM", (blocks(), {"format": "PPM"}))
+    bilevel = blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1")
+    add("PBM", (bilevel, {"format": "PPM"}))
+    add("GIF", (blocks(6, 5).quantize(16), {"format": "GIF"}))
+    add("GIF, transparency", (blocks(6, 5).quantize(8), {"format": "GIF", "transparency": 1}))
     for mode in ("1", "L", "RGB", "CMYK", "RGBA"):
         picture = (blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1") if mode == "1"
                    else blocks(mode=mode))
