@@ -29,7 +29,7 @@ struct CutOff : ImageError {
             "ends before its picture does; the file was cut off, copy it again from its source") {}
 };
 
-enum class Format { kJpeg, kJpeg2000, kPng, kTiff, kWebp, kBmp, kGif, kPnm };
+enum class Format { kJpeg, kJpeg2000, kPng, kTiff, kWebp, kBmp, kGif, kPnm, kHeif, kJxl };
 
 enum class Colour { kGrey, kRgb, kCmyk };
 

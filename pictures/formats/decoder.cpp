@@ -16,13 +16,7 @@
 namespace pictures {
 namespace {
 
-constexpr std::array kDecoders{
-    &kJpegDecoder, &kPngDecoder, &kJpeg2000Decoder, &kTiffDecoder,
-    &kWebpDecoder, &kBmpDecoder, &kPnmDecoder,
-#ifdef JTPDF_WITH_GIF
-    &kGifDecoder,
-#endif
-};
+constexpr std::array kDecoders{JTPDF_DECODERS};  // those whose libraries the build found
 
 // As profiles name it.
 std::string_view SpaceOf(Colour colour) {
@@ -43,6 +37,10 @@ const Decoder& RecogniseOrThrow(Bytes head) {
     throw ImageError("is no picture of a known kind; convert it to JPEG, PNG or TIFF");
   }
   return *decoder;
+}
+
+std::span<const Decoder* const> Decoders() {
+  return kDecoders;
 }
 
 const Decoder& DecoderOf(Format format) {
@@ -116,8 +114,10 @@ void SplitAlpha(const uint8_t* rgba, DecodedImage* image) {
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {
   const Decoder& decoder = DecoderOf(plan.format);
   EncodedImage image;
-  if (plan.PassesThrough()) {
-    image = decoder.passThrough(plan, file, level);
+  std::optional<EncodedImage> stored;
+  if (plan.PassesThrough()) stored = decoder.passThrough(plan, file, level);
+  if (stored) {
+    image = std::move(*stored);
   } else {
     std::vector<Note> notes;
     const bool profiled = plan.profile == ProfileUse::kUsed;

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -39,19 +41,24 @@ struct Decoder {
   // The embedded ICC profile, empty where there is none.
   Buffer (*profile)(const ImagePlan& plan, Bytes file);
   // Describes the file's own bytes as an image of the PDF; what goes with them, a soft mask, is
-  // compressed at the level. Called only for plans without a decodeReason; null where there are
-  // none.
-  EncodedImage (*passThrough)(const ImagePlan& plan, Bytes file, int level);
+  // compressed at the level. Nothing where they turn out to be damaged, so that they are decoded
+  // after all. Called only for plans without a decodeReason; null where there are none.
+  std::optional<EncodedImage> (*passThrough)(const ImagePlan& plan, Bytes file, int level);
 };
 
+extern const Decoder kHeifDecoder;
 extern const Decoder kJpegDecoder;
 extern const Decoder kJpeg2000Decoder;
+extern const Decoder kJxlDecoder;
 extern const Decoder kPngDecoder;
 extern const Decoder kTiffDecoder;
 extern const Decoder kWebpDecoder;
 extern const Decoder kBmpDecoder;
 extern const Decoder kGifDecoder;  // where giflib is
 extern const Decoder kPnmDecoder;
+
+// Those that are in this build.
+std::span<const Decoder* const> Decoders();
 
 // How many of a file's first bytes Recognise needs.
 inline constexpr size_t kRecognisedBytes = 64;

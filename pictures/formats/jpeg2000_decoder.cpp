@@ -307,7 +307,7 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
   return result;
 }
 
-EncodedImage PassJpeg2000Through(const ImagePlan& plan, Bytes file, int) {
+std::optional<EncodedImage> PassJpeg2000Through(const ImagePlan& plan, Bytes file, int) {
   return PassThrough(plan, file, Filter::kJpx);
 }
 

@@ -14,90 +14,12 @@
 
 #include "formats/decoder.h"
 #include "formats/exif.h"
+#include "formats/jpeg_segments.h"
 
 namespace pictures {
 namespace {
 
 using namespace std::string_view_literals;
-
-enum Marker : uint8_t {
-  kSof0 = 0xC0,
-  kSof1 = 0xC1,
-  kSof2 = 0xC2,
-  kSof9 = 0xC9,
-  kSof10 = 0xCA,
-  kDht = 0xC4,
-  kJpg = 0xC8,
-  kDac = 0xCC,
-  kRst0 = 0xD0,
-  kRst7 = 0xD7,
-  kSoi = 0xD8,
-  kEoi = 0xD9,
-  kSos = 0xDA,
-  kApp0 = 0xE0,
-  kApp1 = 0xE1,
-  kApp2 = 0xE2,
-  kApp14 = 0xEE,
-  kApp15 = 0xEF,
-  kCom = 0xFE,
-  kTem = 0x01
-};
-
-// The marker segments of a file up to its first scan, one after the other.
-class SegmentWalk {
- public:
-  explicit SegmentWalk(Bytes file) : file_(file) {}
-
-  // Steps to the next segment; false behind the first scan's header or the picture's end.
-  bool Next() {
-    if (marker == kSos || marker == kEoi) return false;
-    FindMarker();
-    marker = file_[at_++];
-    if (marker == kTem || (marker >= kRst0 && marker <= kEoi)) {
-      data = {};
-      return true;
-    }
-    const Bytes length = Slice(file_, at_, 2);
-    if (length.empty()) throw CutOff();
-    const uint32_t size = Be16(length.data());
-    if (size < 2 && IsComment()) {  // decoders take it for an empty one
-      stray += 2;
-      at_ += 2;
-      data = {};
-      return true;
-    }
-    if (size < 2) throw ImageError("is damaged: a JPEG segment without its length; save it again");
-    data = Slice(file_, at_ + 2, size - 2);
-    if (data.size() != size - 2) throw CutOff();
-    at_ += size;
-    return true;
-  }
-  size_t Position() const { return at_; }
-
-  uint8_t marker = kSoi;
-  Bytes data;
-  size_t stray = 0;  // bytes that belong to no segment
-
- private:
-  // Steps to behind the next FF of a marker, as decoders do: over what is none, and over the FFs
-  // that markers may be padded with.
-  void FindMarker() {
-    for (;;) {
-      const size_t begin = at_;
-      while (at_ < file_.size() && file_[at_] != 0xFF) ++at_;
-      stray += at_ - begin;
-      const size_t padding = at_;
-      while (at_ < file_.size() && file_[at_] == 0xFF) ++at_;
-      if (at_ == file_.size()) throw CutOff();
-      if (file_[at_] != 0) return;  // FF 00 is data: an FF of the picture's own
-      stray += at_ - padding;
-    }
-  }
-  bool IsComment() const { return (marker >= kApp0 && marker <= kApp15) || marker == kCom; }
-
-  Bytes file_;
-  size_t at_ = 2;  // behind SOI
-};
 
 // What the segments before the first scan say.
 struct JpegFacts {
@@ -114,7 +36,7 @@ struct JpegFacts {
 
 JpegFacts ReadFacts(Bytes file) {
   JpegFacts facts;
-  SegmentWalk walk(file);
+  JpegSegments walk(file);
   while (walk.Next()) {
     const Bytes data = walk.data;
     switch (walk.marker) {
@@ -155,24 +77,14 @@ JpegFacts ReadFacts(Bytes file) {
   return facts;
 }
 
-// The picture's end: behind the EOI marker that belongs to it. Where the file ends in one, that
-// is it, unless more pictures follow the first; else the scans are searched.
+// The picture's end: where the file ends in a marker for that, that is it, unless more pictures
+// follow the first; else the scans are searched.
 size_t FindEnd(Bytes file, const JpegFacts& facts) {
   const size_t size = file.size();
   if (!facts.multiPicture && file[size - 2] == 0xFF && file[size - 1] == kEoi) return size;
-  size_t at = facts.firstScan;
-  while (at + 1 < size) {
-    const void* found = std::memchr(&file[at], 0xFF, size - 1 - at);
-    if (found == nullptr) break;
-    at = static_cast<const uint8_t*>(found) - file.data() + 1;
-    const uint8_t marker = file[at];
-    if (marker == kEoi) return at + 1;
-    if (marker == 0xFF || marker == 0 || (marker >= kRst0 && marker <= kRst7)) continue;
-    const Bytes length = Slice(file, at + 1, 2);  // tables or the next scan's header
-    if (length.empty()) break;
-    at += 1 + Be16(length.data());
-  }
-  throw CutOff();
+  const std::optional<size_t> end = FindJpegEnd(file, facts.firstScan);
+  if (!end) throw CutOff();
+  return *end;
 }
 
 bool NamedRgb(const JpegFacts& facts) {
@@ -243,7 +155,7 @@ Buffer JpegProfile(const ImagePlan&, Bytes file) {
   std::array<Bytes, 256> chunks{};
   unsigned count = 0, found = 0;
   size_t size = 0;
-  SegmentWalk walk(file);
+  JpegSegments walk(file);
   while (walk.Next()) {
     if (walk.marker != kApp2 || !StartsWith(walk.data, "ICC_PROFILE\0"sv) ||
         walk.data.size() <= kHead) {
@@ -351,7 +263,7 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
   return image;
 }
 
-EncodedImage PassJpegThrough(const ImagePlan& plan, Bytes file, int) {
+std::optional<EncodedImage> PassJpegThrough(const ImagePlan& plan, Bytes file, int) {
   return PassThrough(plan, file, Filter::kDct);
 }
 

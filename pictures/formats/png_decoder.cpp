@@ -345,7 +345,7 @@ std::optional<EncodedStream> AlphaBeside(const PngFacts& facts, Bytes file, int 
   return PackAlpha(std::move(alpha), level);
 }
 
-EncodedImage PassPngThrough(const ImagePlan& plan, Bytes file, int level) {
+std::optional<EncodedImage> PassPngThrough(const ImagePlan& plan, Bytes file, int level) {
   const PngFacts facts = ReadPngFacts(file);
   EncodedImage image;
   EncodedStream& pixels = image.pixels;

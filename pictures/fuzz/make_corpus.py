@@ -1,11 +1,14 @@
 #!/usr/bin/python3
 """Writes the seeds of the fuzz corpora: one small picture of each kind that a reader tells apart.
 
-    pictures/fuzz/make_corpus.py      (Debian's python3-pil and python3-numpy)
+    pictures/fuzz/make_corpus.py      (Debian's python3-pil, python3-numpy, libtiff-tools, libjxl-tools,
+                                       libheif-examples)
 """
 import os
 import struct
+import subprocess
 import sys
+import tempfile
 import zlib
 
 import numpy
@@ -115,6 +118,30 @@ def odd_ones():
         struct.pack("<HHI", 338, 3, 1), struct.pack("<HHI", 700, 3, 1)))
 
 
+def encoded():
+    """What other programs write."""
+    with tempfile.TemporaryDirectory() as folder:
+        source = lambda name: os.path.join(folder, name)
+        quietly = lambda *command: subprocess.run(command, check=True, capture_output=True)
+        picture("L").convert("1").save(source("1.tif"))
+        picture("RGB", size=(24, 20)).save(source("RGB.tif"))
+        for name, options in {"fax-1d": "g3:1d", "fax-2d": "g3:2d", "fax-4": "g4"}.items():
+            quietly("tiffcp", "-c", options, "-f", "lsb2msb", source("1.tif"), path("tiff", name))
+        for name, options in {"jpeg-strips": "jpeg:r", "jpeg-ycc": "jpeg", "lzw-2": "lzw:2",
+                              "zip-2": "zip:2"}.items():
+            quietly("tiffcp", "-c", options, "-r", "16" if "jpeg" in name else "100",
+                    source("RGB.tif"), path("tiff", name))
+        for mode in "L", "RGB", "RGBA":
+            picture(mode, size=(40, 24)).save(source(mode + ".png"))
+            for name, options in {"lossless": ["-d", "0"], "lossy": ["-d", "3"]}.items():
+                quietly("cjxl", source(mode + ".png"), path("jxl", f"{mode}-{name}"), *options)
+            quietly("heif-enc", source(mode + ".png"), "-o", path("heif", mode + ".heic"))
+            quietly("heif-enc", "-A", source(mode + ".png"), "-o", path("heif", mode + ".avif"))
+        picture("RGB").save(source("a.jpg"), exif=EXIF)
+        quietly("cjxl", source("a.jpg"), path("jxl", "jpeg"))
+        quietly("heif-enc", source("L.png"), source("RGB.png"), "-o", path("heif", "two.heic"))
+
+
 def main():
     for mode in ("L", "RGB", "CMYK"):
         for name, options in (("plain", {}), ("progressive", {"progressive": True}),
@@ -153,6 +180,7 @@ def main():
     films()
     netpbm()
     odd_ones()
+    encoded()
 
 
 if sys.version_info < (3, 9):

@@ -28,6 +28,14 @@ TEST(Recognise, GoesByTheFirstBytes) {
   EXPECT_EQ(Recognise(AsBytes("II*\0"sv)), &kTiffDecoder);
   EXPECT_EQ(Recognise(AsBytes("MM\0+"sv)), &kTiffDecoder);
   EXPECT_EQ(Recognise(AsBytes("RIFF....WEBP"sv)), &kWebpDecoder);
+  EXPECT_EQ(Recognise(AsBytes("\0\0\0\x18"
+                              "ftypheic\0\0\0\0"sv)),
+            &kHeifDecoder);
+  EXPECT_EQ(Recognise(AsBytes("\0\0\0\x1C"
+                              "ftypavif\0\0\0\0"sv)),
+            &kHeifDecoder);
+  EXPECT_EQ(Recognise(AsBytes("\xFF\x0A"sv)), &kJxlDecoder);
+  EXPECT_EQ(Recognise(AsBytes("\0\0\0\x0CJXL \r\n\x87\n"sv)), &kJxlDecoder);
   EXPECT_EQ(Recognise(AsBytes("BM34567890\0\0\0\0\x0C\0\0\0"sv)), &kBmpDecoder);
   EXPECT_EQ(Recognise(AsBytes("P5 1"sv)), &kPnmDecoder);
   EXPECT_EQ(Recognise(AsBytes("P7\nWIDTH"sv)), &kPnmDecoder);

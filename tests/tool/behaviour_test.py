@@ -61,7 +61,9 @@ class Words(JtpdfTest):
     def test_version(self):
         status, text, _ = run("--version")
         self.assertEqual(status, 0)
-        self.assertRegex(text.decode(), r"^jtpdf \d+\.\d+\.\d+\n$")
+        self.assertRegex(text.decode(), r"^jtpdf \d+\.\d+\.\d+\nReads [\w ,]+ and [\w ]+\n$")
+        for kind in "HEIF", "JPEG", "JPEG 2000", "JPEG XL", "PNG", "TIFF", "WebP":
+            self.assertRegex(text.decode(), rf"[ds] {kind}[,\n ]|, {kind}[,\n ]")
 
     def test_usage_errors(self):
         for arguments in ([], ["--nonsense"], ["-j"], ["a", "-q", "-v", "-o", "x"]):

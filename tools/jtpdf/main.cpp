@@ -9,6 +9,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +18,7 @@
 #include "album_table.h"
 #include "album_writer.h"
 #include "console.h"
+#include "formats/decoder.h"
 #include "input_list.h"
 #include "interruption.h"
 #include "options.h"
@@ -136,6 +138,17 @@ bool KeepStandardStreams() {
   return true;
 }
 
+// The formats are those whose libraries were there when it was built.
+std::string Version() {
+  std::string text = "jtpdf " JTPDF_TOOL_VERSION "\nReads ";
+  const std::span<const Decoder* const> decoders = Decoders();
+  for (size_t i = 0; i < decoders.size(); ++i) {
+    text += i == 0 ? "" : i + 1 < decoders.size() ? ", " : " and ";
+    text += decoders[i]->name;
+  }
+  return text + '\n';
+}
+
 }  // namespace
 }  // namespace pictures::tool
 
@@ -144,8 +157,7 @@ int main(int count, char** arguments) {
   try {
     const pictures::tool::Options options = pictures::tool::ParseOptions(count, arguments);
     if (options.help || options.version) {
-      return pictures::tool::Show(options.help ? pictures::tool::kHelp
-                                               : "jtpdf " JTPDF_TOOL_VERSION "\n");
+      return pictures::tool::Show(options.help ? pictures::tool::kHelp : pictures::tool::Version());
     }
     return pictures::tool::Run(options);
   } catch (const pictures::tool::UsageError& error) {

@@ -1,0 +1,175 @@
+#include "formats/jxl_file.h"
+
+#include <jxl/decode.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "formats/icc.h"
+
+namespace pictures {
+namespace {
+
+[[noreturn]] void ThrowDamaged() {
+  throw ImageError(
+      "cannot be decoded (libjxl finds it damaged); the file is damaged, save the picture again");
+}
+
+// A walk through what happens while the file is decoded.
+class JxlEvents {
+ public:
+  JxlEvents(Bytes file, int wanted) : decoder_(JxlDecoderCreate(nullptr)) {
+    if (!decoder_) throw std::bad_alloc();
+    Require(JxlDecoderSubscribeEvents(Get(), wanted));
+    Require(JxlDecoderSetKeepOrientation(Get(), JXL_TRUE));
+    Require(JxlDecoderSetUnpremultiplyAlpha(Get(), JXL_TRUE));
+    Require(JxlDecoderSetDecompressBoxes(Get(), JXL_TRUE));
+    // The input is never closed: of a file that is cut off libjxl would print a word of its own.
+    Require(JxlDecoderSetInput(Get(), file.data(), file.size()));
+  }
+
+  // The next thing that happens; JXL_DEC_SUCCESS at the end.
+  JxlDecoderStatus Next() {
+    const JxlDecoderStatus status = JxlDecoderProcessInput(Get());
+    if (status == JXL_DEC_NEED_MORE_INPUT) throw CutOff();
+    if (status == JXL_DEC_ERROR) ThrowDamaged();
+    return status;
+  }
+  JxlDecoder* Get() const { return decoder_.get(); }
+  static void Require(JxlDecoderStatus status) {
+    if (status != JXL_DEC_SUCCESS) ThrowDamaged();
+  }
+
+ private:
+  struct Destroy {
+    void operator()(JxlDecoder* decoder) const { JxlDecoderDestroy(decoder); }
+  };
+  std::unique_ptr<JxlDecoder, Destroy> decoder_;
+};
+
+bool HasInks(JxlDecoder* decoder, const JxlBasicInfo& info) {
+  for (uint32_t i = 0; i < info.num_extra_channels; ++i) {
+    JxlExtraChannelInfo channel;
+    if (JxlDecoderGetExtraChannelInfo(decoder, i, &channel) == JXL_DEC_SUCCESS &&
+        channel.type == JXL_CHANNEL_BLACK) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool IsSrgb(JxlDecoder* decoder) {
+  JxlColorEncoding colours;
+  if (JxlDecoderGetColorAsEncodedProfile(decoder, nullptr, JXL_COLOR_PROFILE_TARGET_DATA,
+                                         &colours) != JXL_DEC_SUCCESS) {
+    return false;
+  }
+  return colours.transfer_function == JXL_TRANSFER_FUNCTION_SRGB &&
+         colours.white_point == JXL_WHITE_POINT_D65 &&
+         (colours.color_space == JXL_COLOR_SPACE_GRAY ||
+          (colours.color_space == JXL_COLOR_SPACE_RGB && colours.primaries == JXL_PRIMARIES_SRGB));
+}
+
+}  // namespace
+
+JxlFacts ReadJxlFacts(Bytes file) {
+  JxlFacts facts;
+  JxlEvents events(file, JXL_DEC_BASIC_INFO | JXL_DEC_FRAME | JXL_DEC_JPEG_RECONSTRUCTION);
+  for (;;) {
+    switch (events.Next()) {
+      case JXL_DEC_BASIC_INFO:
+        JxlEvents::Require(JxlDecoderGetBasicInfo(events.Get(), &facts.info));
+        facts.inks = HasInks(events.Get(), facts.info);
+        break;
+      case JXL_DEC_FRAME:
+        ++facts.frames;
+        break;
+      case JXL_DEC_JPEG_RECONSTRUCTION:
+        facts.jpeg = true;
+        break;
+      case JXL_DEC_SUCCESS:
+        if (facts.frames == 0) ThrowDamaged();
+        return facts;
+      default:
+        ThrowDamaged();
+    }
+  }
+}
+
+ExifFacts ReadJxlExif(Bytes file) {
+  JxlEvents events(file, JXL_DEC_BOX);
+  JxlBoxType type = {};
+  while (std::memcmp(type, "Exif", sizeof type) != 0) {
+    if (JxlDecoderProcessInput(events.Get()) != JXL_DEC_BOX) return {};
+    JxlEvents::Require(JxlDecoderGetBoxType(events.Get(), type, JXL_TRUE));
+  }
+  Buffer box(size_t{64} << 10);  // what is looked for stands at its begin
+  JxlEvents::Require(JxlDecoderSetBoxBuffer(events.Get(), box.Data(), box.Size()));
+  JxlDecoderProcessInput(events.Get());
+  box.Shrink(box.Size() - JxlDecoderReleaseBoxBuffer(events.Get()));
+  if (box.Size() < 4) return {};
+  const uint64_t begin = uint64_t{4} + Be32(box.Data());
+  return ReadExif(Slice(box.View(), begin, box.Size() - std::min<uint64_t>(begin, box.Size())));
+}
+
+Buffer ReadJxlProfile(Bytes file) {
+  JxlEvents events(file, JXL_DEC_COLOR_ENCODING);
+  if (events.Next() != JXL_DEC_COLOR_ENCODING) ThrowDamaged();
+  if (IsSrgb(events.Get())) return {};
+  size_t size = 0;
+  constexpr auto kTarget = JXL_COLOR_PROFILE_TARGET_DATA;
+  if (JxlDecoderGetICCProfileSize(events.Get(), nullptr, kTarget, &size) != JXL_DEC_SUCCESS ||
+      size > kMostProfile) {
+    return {};
+  }
+  Buffer profile(size);
+  JxlEvents::Require(JxlDecoderGetColorAsICCProfile(events.Get(), nullptr, kTarget, profile.Data(),
+                                                    profile.Size()));
+  return profile;
+}
+
+void DecodeJxlFrame(Bytes file, unsigned frame, Raster* pixels) {
+  const JxlPixelFormat format{static_cast<uint32_t>(pixels->channels),
+                              pixels->bits == 8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16, JXL_BIG_ENDIAN,
+                              0};
+  JxlEvents events(file, JXL_DEC_FULL_IMAGE);
+  JxlDecoderSkipFrames(events.Get(), frame);
+  for (;;) {
+    const JxlDecoderStatus status = events.Next();
+    if (status == JXL_DEC_FULL_IMAGE) return;
+    if (status != JXL_DEC_NEED_IMAGE_OUT_BUFFER) ThrowDamaged();
+    size_t size = 0;
+    JxlEvents::Require(JxlDecoderImageOutBufferSize(events.Get(), &format, &size));
+    if (size != pixels->bytes.Size()) ThrowDamaged();
+    JxlEvents::Require(
+        JxlDecoderSetImageOutBuffer(events.Get(), &format, pixels->bytes.Data(), size));
+  }
+}
+
+Buffer ReconstructJpeg(Bytes file) {
+  Buffer jpeg(file.size() + file.size() / 2);
+  size_t unused = jpeg.Size();
+  JxlEvents events(file, JXL_DEC_JPEG_RECONSTRUCTION | JXL_DEC_FULL_IMAGE);
+  for (;;) {
+    const JxlDecoderStatus status = events.Next();
+    if (status == JXL_DEC_JPEG_NEED_MORE_OUTPUT) {
+      unused = JxlDecoderReleaseJPEGBuffer(events.Get());
+      Buffer larger(jpeg.Size() * 2);
+      std::memcpy(larger.Data(), jpeg.Data(), jpeg.Size() - unused);
+      unused += larger.Size() - jpeg.Size();
+      jpeg = std::move(larger);
+    } else if (status == JXL_DEC_FULL_IMAGE) {
+      jpeg.Shrink(jpeg.Size() - JxlDecoderReleaseJPEGBuffer(events.Get()));
+      return jpeg;
+    } else if (status != JXL_DEC_JPEG_RECONSTRUCTION) {
+      ThrowDamaged();
+    }
+    JxlEvents::Require(
+        JxlDecoderSetJPEGBuffer(events.Get(), jpeg.Data() + jpeg.Size() - unused, unused));
+  }
+}
+
+}  // namespace pictures
