@@ -1,4 +1,4 @@
-// tiff_decoder.cpp - TIFF: every page of it, decoded by libtiff.
+// tiff_decoder.cpp - TIFF: every page of it, as it is stored or decoded by libtiff.
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,6 +8,7 @@
 #include "formats/exif.h"
 #include "formats/tiff_file.h"
 #include "formats/tiff_page.h"
+#include "formats/tiff_stored.h"
 
 namespace pictures {
 namespace {
@@ -38,7 +39,7 @@ Bytes ReadProfile(TIFF* tiff) {
   return {static_cast<const uint8_t*>(data), size};
 }
 
-void PlanPage(TiffFile& file, const ReadLimits& limits, ImagePlan* plan) {
+void PlanPage(TiffFile& file, Bytes bytes, const ReadLimits& limits, ImagePlan* plan) {
   TIFF* tiff = file.Get();
   const TiffPage page = ReadTiffPage(file, &plan->notes);
   CheckSize(page.width, page.height, limits);
@@ -60,8 +61,15 @@ void PlanPage(TiffFile& file, const ReadLimits& limits, ImagePlan* plan) {
   plan->alpha = page.alpha != TiffPage::Alpha::kNone;
   plan->resolution = ReadResolution(tiff);
   plan->place = TIFFCurrentDirOffset(tiff);
-  plan->decodeReason = "TIFF, which PDF does not know";
-  SetMemory(DecodingMemory(page, tiff), limits, plan);
+  plan->decodeReason = WhyDecodeTiff(file, page, bytes);
+  const double memory = DecodingMemory(page, tiff);
+  if (!plan->PassesThrough()) {
+    SetMemory(memory, limits, plan);
+  } else {  // unless it turns out to be damaged, and then only where it may be
+    plan->size = static_cast<size_t>(StoredTiffSize(tiff));
+    CheckStored(*plan);
+    if (memory <= static_cast<double>(limits.MostBytes())) SetMemory(memory, limits, plan);
+  }
   uint16_t orientation = 1;
   if (TIFFGetField(tiff, TIFFTAG_ORIENTATION, &orientation) == 1) {
     ApplyExif({int{orientation}, {}}, plan);
@@ -70,12 +78,12 @@ void PlanPage(TiffFile& file, const ReadLimits& limits, ImagePlan* plan) {
 }
 
 // The current page, or why it cannot be used: the others may be good.
-ImagePlan TryPlanPage(TiffFile& file, const ReadLimits& limits) {
+ImagePlan TryPlanPage(TiffFile& file, Bytes bytes, const ReadLimits& limits) {
   ImagePlan plan;
   plan.format = Format::kTiff;
   try {
     if (file.HasError()) file.ThrowDamaged();
-    PlanPage(file, limits, &plan);
+    PlanPage(file, bytes, limits, &plan);
     if (file.HasError()) file.ThrowDamaged();
   } catch (const ImageError& error) {
     plan.error = error.what();
@@ -100,7 +108,7 @@ std::vector<ImagePlan> PlanTiff(Bytes bytes, const ReadLimits& limits) {
       ++leftOut;
       file.TakeError();
     } else {
-      plans.push_back(TryPlanPage(file, limits));
+      plans.push_back(TryPlanPage(file, bytes, limits));
     }
     if (plans.size() > kMostPages) throw ImageError("has more than 65535 pages; split it");
     // A directory that cannot be read may still say where the next one is.
@@ -122,15 +130,37 @@ std::vector<ImagePlan> PlanTiff(Bytes bytes, const ReadLimits& limits) {
   return plans;
 }
 
-DecodedImage DecodeTiff(const ImagePlan& plan, Bytes bytes, std::vector<Note>* notes) {
-  TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
-  std::vector<Note> said;  // by the plan
+// The page of the plan, which has said its notes.
+TiffPage ReadPlannedPage(TiffFile& file, const ImagePlan& plan) {
+  std::vector<Note> said;
   const TiffPage page = ReadTiffPage(file, &said);
   if (page.width != plan.width || page.height != plan.height) file.ThrowDamaged();
+  return page;
+}
+
+std::optional<EncodedImage> PassTiffThrough(const ImagePlan& plan, Bytes bytes, int) {
+  TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
+  const TiffPage page = ReadPlannedPage(file, plan);
+  std::optional<EncodedStream> stream;
+  if (WhyDecodeTiff(file, page, bytes).empty()) stream = StoredTiffStream(file, page, bytes);
+  if (!stream) return std::nullopt;
+  EncodedImage image;
+  image.pixels = std::move(*stream);
+  return image;
+}
+
+DecodedImage DecodeTiff(const ImagePlan& plan, Bytes bytes, std::vector<Note>* notes) {
+  TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
+  const TiffPage page = ReadPlannedPage(file, plan);
+  if (plan.memory == 0) file.ThrowDamaged();  // it should have passed through
   DecodedImage image = DecodeTiffPage(file, page);
   if (file.HasError()) file.ThrowDamaged();
   const std::string warning = file.TakeWarning();
-  if (!warning.empty()) notes->push_back({false, "libtiff: " + warning});
+  if (page.IsFax() && !warning.empty()) {
+    notes->push_back({true, "is damaged and may show faults (libtiff: " + warning + ")"});
+  } else if (!warning.empty()) {
+    notes->push_back({false, "libtiff: " + warning});
+  }
   return image;
 }
 
@@ -146,7 +176,7 @@ bool IsTiff(Bytes head) {
 
 }  // namespace
 
-const Decoder kTiffDecoder{Format::kTiff, "TIFF",      IsTiff, PlanTiff,
-                           DecodeTiff,    TiffProfile, nullptr};
+const Decoder kTiffDecoder{Format::kTiff, "TIFF",      IsTiff,         PlanTiff,
+                           DecodeTiff,    TiffProfile, PassTiffThrough};
 
 }  // namespace pictures

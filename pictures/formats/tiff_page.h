@@ -6,6 +6,7 @@
 #ifndef JTPDF_PICTURES_TIFF_PAGE_H
 #define JTPDF_PICTURES_TIFF_PAGE_H
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -33,6 +34,10 @@ struct TiffPage {
   bool IsLab() const {
     return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB;
   }
+  bool IsFax() const {
+    return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTFAX3 ||
+           compression == COMPRESSION_CCITTFAX4;
+  }
   // Of those that the colour is made of.
   int ColourSamples() const { return IsPalette() ? 1 : Channels(colour); }
   // The depth of the PDF's image.
@@ -41,6 +46,10 @@ struct TiffPage {
 
 // The facts of the file's current page. Throws an ImageError for what cannot become an image.
 TiffPage ReadTiffPage(const TiffFile& file, std::vector<Note>* notes);
+
+// The colours of a palette, red first.
+using TiffColour = std::array<uint8_t, 3>;
+std::vector<TiffColour> ReadTiffPalette(TiffFile& file, const TiffPage& page);
 
 // About the most memory that decoding it takes. A double: sizes that lie overflow integers.
 double DecodingMemory(const TiffPage& page, TIFF* tiff);

@@ -102,7 +102,7 @@ void Invert(uint8_t* row, size_t size) {
 class PageConverter {
  public:
   PageConverter(TiffFile& file, const TiffPage& page) : page_(page), rows_(file, page) {
-    if (page.IsPalette()) ReadPalette(file);
+    if (page.IsPalette()) palette_ = ReadTiffPalette(file, page);
     // A file's row may be packed wider than the page (tiles), never narrower.
     const size_t samplesInRow = page.separate ? 1 : static_cast<size_t>(page.samples);
     if (rows_.Stride() * 8 < samplesInRow * page.width * static_cast<size_t>(page.bits)) {
@@ -138,21 +138,6 @@ class PageConverter {
   }
 
  private:
-  void ReadPalette(TiffFile& file) {
-    uint16_t *red = nullptr, *green = nullptr, *blue = nullptr;
-    if (TIFFGetField(file.Get(), TIFFTAG_COLORMAP, &red, &green, &blue) != 1) file.ThrowDamaged();
-    const size_t count = size_t{1} << page_.bits;
-    // Entries have 16 bits; some writers put 8-bit numbers there.
-    const bool small = std::all_of(red, red + count, [](uint16_t v) { return v < 256; }) &&
-                       std::all_of(green, green + count, [](uint16_t v) { return v < 256; }) &&
-                       std::all_of(blue, blue + count, [](uint16_t v) { return v < 256; });
-    const int shift = small ? 0 : 8;
-    for (size_t i = 0; i < count; ++i) {
-      palette_[i] = {static_cast<uint8_t>(red[i] >> shift), static_cast<uint8_t>(green[i] >> shift),
-                     static_cast<uint8_t>(blue[i] >> shift)};
-    }
-  }
-
   unsigned Sample(uint32_t y, size_t x, int sample) {
     const uint8_t* row = rows_.Row(y, page_.separate ? sample : 0);
     const size_t i =
@@ -216,7 +201,7 @@ class PageConverter {
 
   TiffPage page_;
   PageRows rows_;
-  std::array<std::array<uint8_t, 3>, 256> palette_{};
+  std::vector<TiffColour> palette_;
 };
 
 // YCbCr, LogLuv: libtiff's own conversion, 8-bit RGB.
@@ -247,6 +232,23 @@ DecodedImage ConvertThroughLibtiff(TiffFile& file, const TiffPage& page) {
 }
 
 }  // namespace
+
+std::vector<TiffColour> ReadTiffPalette(TiffFile& file, const TiffPage& page) {
+  uint16_t *red = nullptr, *green = nullptr, *blue = nullptr;
+  if (TIFFGetField(file.Get(), TIFFTAG_COLORMAP, &red, &green, &blue) != 1) file.ThrowDamaged();
+  const size_t count = size_t{1} << page.bits;
+  // Entries have 16 bits; some writers put 8-bit numbers there.
+  const bool small = std::all_of(red, red + count, [](uint16_t v) { return v < 256; }) &&
+                     std::all_of(green, green + count, [](uint16_t v) { return v < 256; }) &&
+                     std::all_of(blue, blue + count, [](uint16_t v) { return v < 256; });
+  const int shift = small ? 0 : 8;
+  std::vector<TiffColour> palette(count);
+  for (size_t i = 0; i < count; ++i) {
+    palette[i] = {static_cast<uint8_t>(red[i] >> shift), static_cast<uint8_t>(green[i] >> shift),
+                  static_cast<uint8_t>(blue[i] >> shift)};
+  }
+  return palette;
+}
 
 DecodedImage DecodeTiffPage(TiffFile& file, TiffPage page) {
   if (page.photometric == PHOTOMETRIC_YCBCR && page.compression == COMPRESSION_JPEG &&
