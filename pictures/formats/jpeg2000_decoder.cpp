@@ -1,9 +1,8 @@
-// jpeg2000_decoder.cpp - JPEG 2000: opaque grey and RGB JP2 files pass through, the rest is
-// decoded.
+// jpeg2000_decoder.cpp - JPEG 2000: opaque grey and RGB passes through, the rest is decoded.
 //
-// PDF readers differ over alpha, palettes, CMYK and bare codestreams in JPEG 2000, so these are
-// decoded by OpenJPEG. Planning reads the boxes and the codestream's headers by code of our own,
-// which decodes nothing.
+// A codestream is put into JP2 boxes, which readers want. They differ over alpha, palettes and CMYK
+// in JPEG 2000, so these are decoded by OpenJPEG. Planning reads the boxes and the codestream's
+// headers by code of our own, which decodes nothing.
 #include <openjpeg.h>
 
 #include <algorithm>
@@ -37,11 +36,11 @@ bool AlphaByCustom(const Jpeg2000File& file) {
 // Why the file must be decoded; empty where it passes through.
 std::string DecodeReason(const Jpeg2000File& file) {
   if (!file.damage.empty()) return "damaged JPEG 2000";
-  if (file.bare) return "a JPEG 2000 codestream without a JP2 file";
   if (file.alpha || AlphaByCustom(file)) return "JPEG 2000 with alpha";
   if (file.palette) return "JPEG 2000 with a palette";
-  const bool grey = file.model == Model::kGrey && file.stream.components == 1;
-  const bool rgb = file.model == Model::kRgb && file.stream.components == 3;
+  // A codestream without boxes does not say what its colours are: what they are by custom.
+  const bool grey = (file.bare || file.model == Model::kGrey) && file.stream.components == 1;
+  const bool rgb = (file.bare || file.model == Model::kRgb) && file.stream.components == 3;
   if (!grey && !rgb) return "JPEG 2000 that is neither plain grey nor plain RGB";
   if (!file.stream.uniform || file.reordered) return "JPEG 2000 with uneven components";
   if (file.stream.extended) return "JPEG 2000 with extensions, which few readers know";
@@ -307,8 +306,46 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
   return result;
 }
 
-std::optional<EncodedImage> PassJpeg2000Through(const ImagePlan& plan, Bytes file, int) {
-  return PassThrough(plan, file, Filter::kJpx);
+void Put(uint32_t number, uint8_t** to) {
+  for (int shift = 24; shift >= 0; shift -= 8) *(*to)++ = static_cast<uint8_t>(number >> shift);
+}
+
+// The boxes in front of a codestream, that of the codestream begun: readers want a file in a PDF.
+Buffer MakeBoxes(const Jpeg2000Codestream& stream) {
+  constexpr size_t kImageHeader = 8 + 14, kColour = 8 + 7, kType = 8 + 12;
+  Buffer boxes(kJp2Magic.size() + kType + 8 + kImageHeader + kColour + 8);
+  uint8_t* to = std::copy(kJp2Magic.begin(), kJp2Magic.end(), boxes.Data());
+  const auto begin = [&](uint64_t size, std::string_view name) {
+    Put(size > UINT32_MAX ? 0 : static_cast<uint32_t>(size), &to);  // 0: up to the end
+    to = std::copy(name.begin(), name.end(), to);
+  };
+  constexpr std::string_view kBrandAndNoVersion("jp2 \0\0\0\0jp2 ", 12);
+  begin(kType, "ftyp");
+  to = std::copy(kBrandAndNoVersion.begin(), kBrandAndNoVersion.end(), to);
+  begin(8 + kImageHeader + kColour, "jp2h");
+  begin(kImageHeader, "ihdr");
+  Put(stream.height, &to);
+  Put(stream.width, &to);
+  Put(static_cast<uint32_t>(stream.components) << 16 | uint32_t{stream.precision} << 8 | 7, &to);
+  *to++ = 0;  // the colours are known
+  *to++ = 0;  // no rights
+  begin(kColour, "colr");
+  *to++ = 1;  // by number
+  *to++ = 0;
+  *to++ = 0;
+  Put(stream.components == 1 ? 17 : 16, &to);
+  begin(8 + stream.size, "jp2c");
+  return boxes;
+}
+
+std::optional<EncodedImage> PassJpeg2000Through(const ImagePlan& plan, Bytes bytes, int) {
+  EncodedImage image = PassThrough(plan, bytes, Filter::kJpx);
+  const Jpeg2000File file = ReadJpeg2000File(bytes);
+  if (file.bare) {
+    image.pixels.owned = MakeBoxes(file.stream);
+    image.pixels.pieces = {image.pixels.owned.View(), file.data};
+  }
+  return image;
 }
 
 bool IsJpeg2000(Bytes head) {

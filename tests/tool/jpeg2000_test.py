@@ -196,6 +196,31 @@ class Mended(Jpeg2000Test):
                          "--dry-run")
 
 
+class Bare(Jpeg2000Test):
+    def test_a_codestream_is_put_into_boxes(self):
+        for mode, colour in ("L", 17), ("RGB", 16):
+            with self.subTest(mode):
+                whole = self.jp2(blocks(mode=mode))
+                stream = whole[whole.index(b"\xff\x4f\xff\x51"):]
+                pdf = self.convert(self.put(stream + b"more", "a.j2k"))
+                self.assertEqual(images(pdf)[0]["enc"], "jpx")
+                self.assertShows(pdf, blocks(mode=mode))
+                head = (box(b"jP  ", b"\r\n\x87\n") + box(b"ftyp", b"jp2 \0\0\0\0jp2 ")
+                        + box(b"jp2h", box(b"ihdr", struct.pack(">IIHBBBB", 56, 96, len(mode), 7, 7,
+                                                                0, 0))
+                              + box(b"colr", struct.pack(">BBBI", 1, 0, 0, colour))))
+                self.assertIn(head + box(b"jp2c", stream), self.get("out.pdf"))
+                with Image.open(self.put(head + box(b"jp2c", stream), "b.jp2")) as image:
+                    self.assertEqual(image.mode, mode)
+
+    def test_others_are_decoded(self):
+        for mode in "LA", "RGBA":
+            whole = self.jp2(blocks(mode=mode))
+            pdf = self.convert(self.put(whole[whole.index(b"\xff\x4f\xff\x51"):], "a.j2k"))
+            self.assertEqual(images(pdf)[0]["enc"], "image")
+            self.assertShows(pdf, over(blocks(mode=mode), "white"))
+
+
 class Colours(Jpeg2000Test):
     def pixels(self, data):
         pdf = self.convert(self.put(data, "a.jp2"), "-S", "A6")

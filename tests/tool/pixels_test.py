@@ -478,14 +478,6 @@ class Jpeg2000(JtpdfTest):
                 self.assertEqual([i["type"] for i in images(pdf)], ["image", "smask"])
                 self.assertShows(pdf, over(picture, "white"))
 
-    def test_bare_codestreams_are_decoded(self):
-        for mode in ("L", "RGB", "RGBA"):
-            with self.subTest(mode=mode):
-                picture = blocks(mode=mode)
-                pdf = self.convert(self.jp2(picture, "a.j2k"))
-                self.assertEqual(images(pdf)[0]["enc"], "image")
-                self.assertShows(pdf, over(picture, "white"))
-
     def test_sixteen_bits_are_kept(self):
         samples = numpy.asarray(blocks(mode="L"), numpy.uint16) * 256 + 1
         path = self.jp2(Image.fromarray(samples))
