@@ -3,10 +3,6 @@
 // The header is read by a walk of our own over the marker segments: it touches only the pages of
 // the file that hold headers, which is what makes thousands of photographs a matter of moments.
 // libjpeg-turbo decodes the few files that cannot pass through.
-#include <cstdio>  // jpeglib.h needs it
-
-#include <jpeglib.h>
-#include <csetjmp>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -14,6 +10,7 @@
 
 #include "formats/decoder.h"
 #include "formats/exif.h"
+#include "formats/jpeg_failure.h"
 #include "formats/jpeg_segments.h"
 
 namespace pictures {
@@ -179,45 +176,12 @@ Buffer JpegProfile(const ImagePlan&, Bytes file) {
   return profile;
 }
 
-// libjpeg-turbo reports errors by a call that must not return: it jumps back into ReadPixels.
-struct Failure {
-  jpeg_error_mgr manager;  // first, so that libjpeg's pointer to it is a pointer to this
-  std::jmp_buf back;
-  char text[JMSG_LENGTH_MAX];
-};
-
-void FailAndJump(j_common_ptr decoder) {
-  auto* failure = reinterpret_cast<Failure*>(decoder->err);
-  failure->manager.format_message(decoder, failure->text);
-  std::longjmp(failure->back, 1);
-}
-
-void KeepWarning(j_common_ptr decoder, int level) {
-  auto* failure = reinterpret_cast<Failure*>(decoder->err);
-  if (level < 0 && failure->manager.num_warnings++ == 0) {
-    failure->manager.format_message(decoder, failure->text);
-  }
-}
-
-// A progressive file may repeat its scans without end: a small file that takes hours.
-void LimitScans(j_common_ptr decoder) {
-  constexpr int kMostScans = 500;
-  if (reinterpret_cast<j_decompress_ptr>(decoder)->input_scan_number > kMostScans) {
-    auto* failure = reinterpret_cast<Failure*>(decoder->err);
-    std::strcpy(failure->text, "too many scans");
-    std::longjmp(failure->back, 1);
-  }
-}
-
 // Decodes into `raster`; false with failure->text set. Holds nothing with a destructor, for the
 // jump passes through it.
-bool ReadPixels(Bytes file, Raster* raster, Failure* failure) {
+bool ReadPixels(Bytes file, Raster* raster, JpegFailure* failure) {
   jpeg_decompress_struct decoder;
-  jpeg_progress_mgr progress = {};
-  progress.progress_monitor = LimitScans;
-  decoder.err = jpeg_std_error(&failure->manager);
-  failure->manager.error_exit = FailAndJump;
-  failure->manager.emit_message = KeepWarning;
+  jpeg_progress_mgr progress = LimitedScans();
+  decoder.err = JumpOnErrors(failure);
   jpeg_create_decompress(&decoder);
   if (setjmp(failure->back) != 0) {
     jpeg_destroy_decompress(&decoder);
@@ -231,8 +195,7 @@ bool ReadPixels(Bytes file, Raster* raster, Failure* failure) {
                                                     : JCS_CMYK;
   jpeg_start_decompress(&decoder);
   if (decoder.output_width != raster->width || decoder.output_height != raster->height) {
-    std::strcpy(failure->text, "two sizes");
-    std::longjmp(failure->back, 1);
+    FailWith(failure, "two sizes");
   }
   while (decoder.output_scanline < decoder.output_height) {
     JSAMPROW row = raster->Row(decoder.output_scanline);
@@ -246,7 +209,7 @@ bool ReadPixels(Bytes file, Raster* raster, Failure* failure) {
 DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* notes) {
   DecodedImage image;
   image.pixels = Raster(plan.width, plan.height, 8, Channels(plan.colour));
-  Failure failure = {};
+  JpegFailure failure = {};
   if (!ReadPixels(file.first(plan.size), &image.pixels, &failure)) {
     throw ImageError(std::string("cannot be decoded (libjpeg: ") + failure.text +
                      "); the file is damaged, save the picture again");

@@ -8,6 +8,7 @@
 
 #include "formats/decoder.h"
 #include "input_problem.h"
+#include "optimisation.h"
 #include "ordered_work.h"
 #include "pdf_document.h"
 #include "text.h"
@@ -39,7 +40,9 @@ Product EncodePage(const AlbumPlan& plan, const PagePlan& page, const Options& o
   product.problem = ProblemOf([&] {
     product.source = OpenInput(plan, page.input, page.image.PassesThrough());
     UseUnchanged(product.source, [&] {
-      product.image = Encode(page.image, product.source.View(), options.compression);
+      product.image = options.optimize
+                          ? EncodeSmallest(page.image, product.source.View(), options.limits)
+                          : Encode(page.image, product.source.View(), options.compression);
     });
     if (!page.image.PassesThrough()) product.source = {};
   });

@@ -30,12 +30,13 @@ const std::string_view kHelp =
      --role ROLE       photo, text, background, ...: recorded; so --record-names
  -j, --jobs N          images at a time (default: the processors)
      --compression N   0 to 12 (6), for images that are not stored as they are
+ -O, --optimize        as small as can be without loss, whatever time it takes
      --max-pixels N    refuse larger images, and more than 4 N bytes (500000000)
      --max-input N     refuse more bytes (4G) from a pipe
      --skip-bad  leave out what fails         --dry-run  list what would be done
  -q, --quiet  -v, --verbose  -h, --help  --version    --viewer-...: see jtpdf(1)
-Recognised by content: JPEG, JPEG 2000, PNG, TIFF, WebP, GIF, BMP, PNM, PAM.
-Exit: 0 done, 1 failed, 2 usage. The manual is jtpdf(1). Examples:
+--version names the kinds that are read. Exit: 0 done, 1 failed, 2 usage.
+The manual is jtpdf(1). Examples:
   jtpdf scan*.jpg photo.png map.jp2 -o album.pdf
   jtpdf -S A4 -b 1cm -a holiday/ -o holiday.pdf
   find . -name '*.tif' -print0 | jtpdf --from-file - -o plans.pdf
@@ -133,6 +134,7 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   app->add_flag("--all-frames", options->limits.allFrames);
   app->add_flag("--bookmarks", options->bookmarks);
   app->add_flag("--record-names", options->recordNames);
+  app->add_flag("-O,--optimize", options->optimize);
   app->add_flag("--skip-bad", options->skipBad);
   app->add_flag("--dry-run", options->dryRun);
   app->add_flag("-q,--quiet", words->quiet);

@@ -34,6 +34,7 @@ struct Options {
   bool recordNames = false;
   unsigned jobs = 1;
   int compression = 6;
+  bool optimize = false;
   bool skipBad = false;
   bool dryRun = false;
   bool help = false;

@@ -25,7 +25,7 @@ _jtpdf() {
           --crop-border --bleed-border --trim-border --art-border --nup --rotation --title --author --subject --keywords --creator --creationdate
           --moddate --role --record-names --bookmarks --first-frame-only --all-frames
           --viewer-panes --viewer-initial-page --viewer-magnification --viewer-page-layout
-          --viewer-fit-window --viewer-center-window --viewer-fullscreen --jobs --compression --max-pixels --max-input --skip-bad
+          --viewer-fit-window --viewer-center-window --viewer-fullscreen --jobs --compression --optimize --max-pixels --max-input --skip-bad
           --dry-run --quiet --verbose --help --version'
       fi
       ;;

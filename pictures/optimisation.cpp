@@ -1,0 +1,59 @@
+#include "optimisation.h"
+
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "formats/jpeg_recoding.h"
+
+namespace pictures {
+namespace {
+
+constexpr int kHardest = 12;
+
+Buffer Join(const std::vector<Bytes>& pieces, size_t size) {
+  Buffer whole(size);
+  uint8_t* to = whole.Data();
+  for (const Bytes piece : pieces) {
+    if (!piece.empty()) std::memcpy(to, piece.data(), piece.size());
+    to += piece.size();
+  }
+  return whole;
+}
+
+void Recode(EncodedStream* stream) {
+  const Buffer joined =
+      stream->pieces.size() == 1 ? Buffer() : Join(stream->pieces, stream->Size());
+  Buffer smaller = RecodeJpeg(joined.Empty() ? stream->pieces[0] : joined.View());
+  if (!smaller.Empty() && smaller.Size() < stream->Size()) stream->Own(std::move(smaller));
+}
+
+size_t SizeOf(const EncodedImage& image) {
+  return image.pixels.Size() + image.pixels.palette.Size() +
+         (image.alpha ? image.alpha->Size() : 0);
+}
+
+// A TIFF page that is too much to decode has no memory in its plan.
+bool MayDecode(const ImagePlan& plan, const ReadLimits& limits) {
+  if (plan.format == Format::kTiff && plan.memory == 0) return false;
+  const double samples = static_cast<double>(plan.width) * plan.height * Channels(plan.colour);
+  return samples * (plan.depth > 8 ? 2 : 1) <= static_cast<double>(limits.MostBytes());
+}
+
+}  // namespace
+
+EncodedImage EncodeSmallest(const ImagePlan& plan, Bytes file, const ReadLimits& limits) {
+  EncodedImage image = Encode(plan, file, kHardest);
+  if (image.pixels.filter == Filter::kDct) {
+    Recode(&image.pixels);
+  } else if (plan.PassesThrough() && image.pixels.filter != Filter::kJpx &&
+             MayDecode(plan, limits)) {
+    ImagePlan decoded = plan;
+    decoded.decodeReason = "made smaller";
+    EncodedImage packed = Encode(decoded, file, kHardest);
+    if (SizeOf(packed) < SizeOf(image)) return packed;
+  }
+  return image;
+}
+
+}  // namespace pictures
