@@ -38,7 +38,9 @@ struct Product {
 Product EncodePage(const AlbumPlan& plan, const PagePlan& page, const Options& options) {
   Product product;
   product.problem = ProblemOf([&] {
-    product.source = OpenInput(plan, page.input, page.image.PassesThrough());
+    // Of a file with many pages each takes a small part.
+    const bool touch = page.image.PassesThrough() && page.image.pages == 1;
+    product.source = OpenInput(plan, page.input, touch);
     UseUnchanged(product.source, [&] {
       product.image = options.optimize
                           ? EncodeSmallest(page.image, product.source.View(), options.limits)
