@@ -8,6 +8,7 @@
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "formats/boxes.h"
 #include "formats/decoder.h"
@@ -56,8 +57,12 @@ class HeifFile {
     Require(heif_context_get_primary_image_ID(context_.get(), &id));
     return id;
   }
-  size_t Pictures() const {
-    return static_cast<size_t>(heif_context_get_number_of_top_level_images(context_.get()));
+  // All that stand for themselves, thumbnails and the like left out.
+  std::vector<heif_item_id> Pictures() const {
+    const int count = heif_context_get_number_of_top_level_images(context_.get());
+    std::vector<heif_item_id> ids(static_cast<size_t>(count));
+    heif_context_get_list_of_top_level_image_IDs(context_.get(), ids.data(), count);
+    return ids;
   }
   Handle Open(heif_item_id id) const {
     heif_image_handle* handle = nullptr;
@@ -146,13 +151,23 @@ ImagePlan PlanPicture(const HeifFile& file, heif_item_id id, const ReadLimits& l
 
 std::vector<ImagePlan> PlanHeif(Bytes bytes, const ReadLimits& limits) {
   const HeifFile file(bytes, limits.maxPixels);
-  ImagePlan plan = PlanPicture(file, file.MainPicture(), limits);
-  if (file.Pictures() > 1) {
-    plan.notes.push_back({true, "only the main one of its " + std::to_string(file.Pictures()) +
-                                    " pictures was used"});
+  const std::vector<heif_item_id> all = file.Pictures();
+  std::vector<ImagePlan> plans;
+  if (limits.allFrames) {
+    for (const heif_item_id id : all) plans.push_back(PlanPicture(file, id, limits));
+    for (size_t i = 0; i < plans.size(); ++i) {
+      plans[i].page = static_cast<unsigned>(i + 1);
+      plans[i].pages = static_cast<unsigned>(plans.size());
+    }
   }
-  if (HasFilm(bytes)) plan.notes.push_back({true, "its film was left out, all but one picture"});
-  return {plan};
+  if (plans.empty()) plans.push_back(PlanPicture(file, file.MainPicture(), limits));
+  std::vector<Note>& notes = plans[0].notes;
+  if (plans.size() < all.size()) {
+    notes.push_back({true, "only the main one of its " + std::to_string(all.size()) +
+                               " pictures was used; --all-frames takes all"});
+  }
+  if (HasFilm(bytes)) notes.push_back({true, "its film was left out, all but its pictures"});
+  return plans;
 }
 
 // Samples of 16 bits, first as many as the codec has, over the whole range; colours as they are

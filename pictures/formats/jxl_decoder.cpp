@@ -59,11 +59,13 @@ std::vector<ImagePlan> PlanJxl(Bytes file, const ReadLimits& limits) {
   plan.resolution = ReadJxlExif(file).resolution;
   plan.decodeReason = "JPEG XL, which PDF does not know";
   JudgeProfile(&plan, ReadJxlProfile(file).View());
-  if (facts.frames > 1) {
-    plan.notes.push_back(
-        {true, "only the first of its " + std::to_string(facts.frames) + " frames was used"});
+  std::vector<ImagePlan> plans;
+  for (unsigned i = 0; i < (limits.allFrames ? facts.frames : 1); ++i) {
+    plan.place = i;
+    plans.push_back(plan);
   }
-  return {plan};
+  NumberFrames(facts.frames, &plans);
+  return plans;
 }
 
 DecodedImage DecodeJxl(const ImagePlan& plan, Bytes file, std::vector<Note>* notes) {

@@ -120,8 +120,11 @@ class JpegXl(Encoded):
         frames = [blocks(seed=seed).quantize(64) for seed in (1, 2, 3)]
         self.save(frames[0], "a.gif", save_all=True, append_images=frames[1:], duration=100)
         path = self.encode(self.path("a.gif"), "-d", "0")
-        pdf = self.convert(path, messages=r"a\.jxl: only the first of its 3 frames was used")
+        pdf = self.convert(path, messages=r"a\.jxl: only the first of its 3 frames")
         self.assertShows(pdf, frames[0].convert("RGB"))
+        pdf = self.convert(path, "--all-frames")
+        for number, frame in enumerate(frames):
+            self.assertShows(pdf, frame.convert("RGB"), page=number + 1)
 
     def test_damage(self):
         for options in ((), ("--container=1",)):
@@ -185,6 +188,9 @@ class Heif(Encoded):
         pdf = self.convert(self.encode(first, second),
                            messages=r"a\.heic: only the main one of its 2 pictures was used")
         self.assertShows(pdf, blocks(), tolerance=30)
+        pdf = self.convert(self.path("a.heic"), "--all-frames")
+        for page, picture in enumerate((blocks(), blocks(seed=2))):
+            self.assertShows(pdf, picture, page=page + 1, tolerance=30)
 
     def test_a_film_is_left_out_with_a_note(self):
         self.encode(self.save(blocks(), "a.png"))
