@@ -1,4 +1,5 @@
 """Every kind of input through five readers; with --write-docs what they show goes into a page."""
+import io
 import os
 import pathlib
 import shutil
@@ -80,6 +81,9 @@ def make_inputs(folder):
     add("JP2, RGB, lossy", (blocks(), {"format": "JPEG2000", "irreversible": True,
                                        "quality_layers": [20]}))
     add("JP2, RGB and alpha", (blocks(mode="RGBA"), {"format": "JPEG2000"}))
+    jp2 = io.BytesIO()
+    blocks().save(jp2, "JPEG2000", irreversible=False)
+    add("J2K, RGB", jp2.getvalue()[jp2.getvalue().index(b"\xff\x4f\xff\x51"):])
     add("JP2, 16-bit grey", (Image.fromarray(numpy.asarray(blocks(mode="L"), numpy.uint16) * 257),
                              {"format": "JPEG2000"}))
     for depth in (1, 2, 4, 8, 16):
@@ -115,6 +119,16 @@ def make_inputs(folder):
         picture = (blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1") if mode == "1"
                    else blocks(mode=mode))
         add(f"TIFF, {mode}", (picture, {"format": "TIFF", "compression": "tiff_lzw"}))
+    black = blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1")
+    for kind, picture, options in (
+            ("group 3", black, "g3:1d"), ("group 3, two dimensions", black, "g3:2d"),
+            ("group 4", black, "g4"), ("JPEG in strips, lossy", blocks(), "jpeg:r:95"),
+            ("LZW, predictor", blocks(), "lzw:2"), ("Deflate, predictor", blocks(), "zip:2")):
+        picture.save(os.path.join(folder, "source.tif"))
+        made = os.path.join(folder, "made.tif")
+        subprocess.run(["tiffcp", "-c", options, "-r", "16" if "JPEG" in kind else "1000",
+                        os.path.join(folder, "source.tif"), made], check=True)
+        add("TIFF, " + kind, pathlib.Path(made).read_bytes())
     add("WebP, RGB", (blocks(), {"format": "WEBP", "lossless": True}))
     add("WebP, RGB and alpha", (blocks(mode="RGBA"), {"format": "WEBP", "lossless": True,
                                                       "exact": True}))
