@@ -122,6 +122,7 @@ std::optional<JoinedJpeg> JoinStrips(TIFF* tiff, const TiffPage& page, Bytes byt
   if (TIFFGetField(tiff, TIFFTAG_JPEGTABLES, &size, &tables) == 1) {
     strips.tables = {static_cast<const uint8_t*>(tables), size};
   }
+  if (page.height > 0xFFFF) return std::nullopt;  // no JPEG is: nor are there more strips
   const uint32_t count = TIFFNumberOfStrips(tiff);
   for (uint32_t i = 0; i < count; ++i) strips.strips.push_back(Strip(tiff, i, bytes));
   return JoinJpegStrips(strips);
