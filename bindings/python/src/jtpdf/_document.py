@@ -378,11 +378,12 @@ class Document:
                     turn: int | None = None, auto_orient: bool = False, frame: int = 0) -> Image:
         """Adds a page of a picture: a path, the bytes of a file, or a file.
 
-        JPEG, JPEG 2000, PNG, TIFF and WebP are read. page is "A4", "Letter", "A4^T" for landscape or
-        "10cmx15cm"; image is the size of the picture, "10cmx15cm", "50%" or "300dpi"; border is
-        "1cm", or "1cm:2cm" above and below, left and right. Without them the page is as large as the
-        picture, by the resolution in its file. turn is in degrees clockwise, in place of the
-        orientation that the file says; auto_orient turns the page where the picture lies the other way.
+        JPEG, JPEG 2000, PNG, TIFF, WebP, GIF, BMP, PNM, HEIF and JPEG XL are read. page is "A4",
+        "Letter", "A4^T" for landscape or "10cmx15cm"; image is the size of the picture, "10cmx15cm",
+        "50%" or "300dpi"; border is "1cm", or "1cm:2cm" above and below, left and right. Without
+        them the page is as large as the picture, by the resolution in its file. turn is in degrees
+        clockwise, in place of the orientation that the file says; auto_orient turns the page where
+        the picture lies the other way.
 
         >>> doc = Document("album.pdf")  # doctest: +SKIP
         >>> doc.add_picture("photo.jpg", page="A4", border="1cm", fit="into")  # doctest: +SKIP
