@@ -58,17 +58,24 @@ class Memory(JtpdfTest):
 
     @unittest.skipIf("SANITIZED" in os.environ, "sanitizers have memory of their own")
     def test_memory_that_runs_out_is_an_error_and_leaves_nothing(self):
-        paths = [self.save(noise(300 + n, 300, n), f"{n}.png", compress_level=1)
+        paths = [self.save(noise(300 + n, 300, n, "RGBA"), f"{n}.png", compress_level=1)
                  for n in range(66)]
         names = sorted(os.listdir(self.folder))
         failures = 0
-        # From too little to begin with, through every place where it can end, to enough.
-        for kilobytes in range(12 << 10, 60 << 10, 4 << 10):
-            def limit():
-                resource.setrlimit(resource.RLIMIT_AS, (kilobytes << 10, kilobytes << 10))
+
+        def limit_to(kilobytes):
+            return lambda: resource.setrlimit(resource.RLIMIT_AS,
+                                              (kilobytes << 10, kilobytes << 10))
+
+        # From what its libraries take, through every place where it can end, to enough.
+        least = next(kilobytes for kilobytes in range(8 << 10, 1 << 20, 4 << 10)
+                     if subprocess.run([JTPDF, "--version"], capture_output=True,
+                                       preexec_fn=limit_to(kilobytes)).returncode == 0)
+        for kilobytes in range(least, least + (48 << 10), 4 << 10):
             for _ in range(2):
                 done = subprocess.run([JTPDF, "-q", "-j", "2", "--compression", "1", *paths, "-o",
-                                       self.path("o.pdf")], capture_output=True, preexec_fn=limit)
+                                       self.path("o.pdf")], capture_output=True,
+                                      preexec_fn=limit_to(kilobytes))
                 with self.subTest(kilobytes=kilobytes, error=done.stderr):
                     if b"error while loading shared libraries" in done.stderr:
                         continue
