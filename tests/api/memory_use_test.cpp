@@ -66,7 +66,9 @@ TEST_P(MemoryUse, PeakIsTheDocument) {
     const long peak = Status("VmHWM") - before;
     std::printf("%ld bytes, peak %.3f of them\n", size, double(peak) / double(size));
     std::fflush(stdout);
-    constexpr long kPages = 400000;  // the C library's own, and pages that are used in part
+    // The C library's own, pages that are used in part, and what the kernel has not yet counted: it
+    // adds up each processor's pages in batches.
+    constexpr long kPages = 700000;
     return size > 0 && peak <= size + size / 20 + kPages;
   });
 }
