@@ -127,12 +127,12 @@ void Attach(Host& host) {
   const int file = host.Reserve();
   const std::string description = "<< /Type /Filespec /F (note.txt) /UF (note.txt) /EF << /F " +
                                   std::to_string(file) + " 0 R >> >>";
-  const int specification = host.Object(description.c_str());
+  const int fileEntry = host.Object(description.c_str());
   const JTPDFEntry type = {"/Type", "/EmbeddedFile"};
   const JTPDFPiece text = {"a note\n", 7};
   Host::Check(WriteReservedPdfStream(host.doc, file, 1, &type, 1, &text), "WriteReservedPdfStream");
   const std::string names = "<< /Limits [(note.txt) (note.txt)]\n   /Names [(note.txt) " +
-                            std::to_string(specification) + " 0 R] >>";
+                            std::to_string(fileEntry) + " 0 R] >>";
   Host::Check(WriteReservedPdfObject(host.doc, node, names.c_str()), "WriteReservedPdfObject");
 }
 

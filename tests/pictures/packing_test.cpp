@@ -12,7 +12,7 @@
 namespace pictures {
 namespace {
 
-// Undoes the filters as the PNG specification has them, pixel by pixel.
+// Undoes the filters of PNG (ISO/IEC 15948, clause 9), pixel by pixel.
 std::vector<uint8_t> Unfiltered(Bytes rows, size_t stride, size_t pixelSize) {
   std::vector<uint8_t> plain;
   for (size_t y = 0; y * (stride + 1) < rows.size(); ++y) {
