@@ -2,6 +2,7 @@
 #ifndef JTPDF_PICTURES_BYTES_H
 #define JTPDF_PICTURES_BYTES_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -58,6 +59,20 @@ inline uint32_t Be32(const uint8_t* at) {
 inline Bytes Slice(Bytes bytes, uint64_t offset, uint64_t size) {
   if (offset > bytes.size() || size > bytes.size() - offset) return {};
   return bytes.subspan(static_cast<size_t>(offset), static_cast<size_t>(size));
+}
+
+inline size_t TotalSize(std::span<const Bytes> pieces) {
+  size_t size = 0;
+  for (const Bytes piece : pieces) size += piece.size();
+  return size;
+}
+
+// The pieces one behind the other.
+inline Buffer Join(std::span<const Bytes> pieces) {
+  Buffer whole(TotalSize(pieces));
+  uint8_t* to = whole.Data();
+  for (const Bytes piece : pieces) to = std::copy(piece.begin(), piece.end(), to);
+  return whole;
 }
 
 inline bool StartsWith(Bytes bytes, std::string_view magic) {

@@ -22,6 +22,19 @@ struct ImageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Of a file that contradicts itself or its format.
+struct Damaged : ImageError {
+  explicit Damaged(const std::string& what)
+      : ImageError("is damaged: " + what + "; save the picture again") {}
+};
+
+// Of a file that the library which decodes it refuses.
+struct Undecodable : ImageError {
+  explicit Undecodable(const std::string& why)
+      : ImageError("cannot be decoded (" + why +
+                   "); the file is damaged or cut off, save the picture again") {}
+};
+
 // Of a file that breaks off.
 struct CutOff : ImageError {
   CutOff()
@@ -142,11 +155,7 @@ struct EncodedStream {
     owned = std::move(data);
     pieces = {owned.View()};
   }
-  size_t Size() const {
-    size_t size = 0;
-    for (const Bytes piece : pieces) size += piece.size();
-    return size;
-  }
+  size_t Size() const { return TotalSize(pieces); }
   // Components of a sample.
   int Components() const { return palette.Empty() ? Channels(colour) : 1; }
 };

@@ -88,7 +88,10 @@ std::string TextString(const std::wstring& text) {
 
 std::string ArrayOf(const std::vector<int>& numbers) {
   std::string text = "[";
-  for (const int number : numbers) text += (text.size() > 1 ? " " : "") + std::to_string(number);
+  for (const int number : numbers) {
+    if (text.size() > 1) text += ' ';
+    text += std::to_string(number);
+  }
   return text + ']';
 }
 

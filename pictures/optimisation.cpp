@@ -11,19 +11,8 @@ namespace {
 
 constexpr int kHardest = 12;
 
-Buffer Join(const std::vector<Bytes>& pieces, size_t size) {
-  Buffer whole(size);
-  uint8_t* to = whole.Data();
-  for (const Bytes piece : pieces) {
-    if (!piece.empty()) std::memcpy(to, piece.data(), piece.size());
-    to += piece.size();
-  }
-  return whole;
-}
-
 void Recode(EncodedStream* stream) {
-  const Buffer joined =
-      stream->pieces.size() == 1 ? Buffer() : Join(stream->pieces, stream->Size());
+  const Buffer joined = stream->pieces.size() == 1 ? Buffer() : Join(stream->pieces);
   Buffer smaller = RecodeJpeg(joined.Empty() ? stream->pieces[0] : joined.View());
   if (!smaller.Empty() && smaller.Size() < stream->Size()) stream->Own(std::move(smaller));
 }

@@ -13,10 +13,6 @@
 namespace pictures {
 namespace {
 
-[[noreturn]] void ThrowDamaged(const char* what) {
-  throw ImageError(std::string("is damaged: ") + what + "; save the picture again");
-}
-
 uint32_t Le16(const uint8_t* at) {
   return uint32_t{at[1]} << 8 | at[0];
 }
@@ -74,7 +70,7 @@ void ReadMasks(Bytes file, uint32_t headerSize, uint32_t compression, BmpFacts* 
     facts->masks[i] = {Le32(&masks[4 * i])};
     const bool fits = facts->bits == 32 || facts->masks[i].bits >> facts->bits == 0;
     if (!facts->masks[i].IsOneRun() || facts->masks[i].Size() > 16 || !fits) {
-      ThrowDamaged("its header names bits of a pixel that no sample has");
+      throw Damaged("its header names bits of a pixel that no sample has");
     }
   }
 }
@@ -84,7 +80,7 @@ void ReadCoding(uint32_t compression, bool isOs2, BmpFacts* facts) {
   const int bits = facts->bits;
   const bool knownBits =
       bits == 1 || bits == 2 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
-  if (!knownBits) ThrowDamaged("its header names a depth that BMP does not have");
+  if (!knownBits) throw Damaged("its header names a depth that BMP does not have");
   if (compression == 0) return;
   if (compression == kRle8 && bits == 8) {
     facts->coding = Coding::kRle8;
@@ -122,7 +118,7 @@ BmpFacts ReadHeader(Bytes file) {
   if (size.empty()) throw CutOff();
   const uint32_t headerSize = Le32(size.data());
   if (headerSize != kCoreHeader && (headerSize < 16 || headerSize > 1024)) {
-    ThrowDamaged("its header has no size that BMP knows");
+    throw Damaged("its header has no size that BMP knows");
   }
   const Bytes info = Slice(file, kFileHeader, headerSize);
   if (info.empty()) throw CutOff();
@@ -172,9 +168,7 @@ std::vector<ImagePlan> PlanBmp(Bytes file, const ReadLimits& limits) {
       static_cast<double>(plan.width) * plan.height * (channels * facts.Depth() / 8 + indices),
       limits, &plan);
   JudgeProfile(&plan, facts.profile);
-  std::vector<ImagePlan> plans;
-  plans.push_back(std::move(plan));
-  return plans;
+  return OnlyPage(std::move(plan));
 }
 
 // Undoes the run-length coding: a byte for each pixel, from the lowest row on.
@@ -218,7 +212,7 @@ class RleReader {
     return i % 2 == 0 ? value >> 4 : value & 15;
   }
   void Put(unsigned index) {
-    if (x_ >= facts_.width) ThrowDamaged("a run of its pixels is longer than a row");
+    if (x_ >= facts_.width) throw Damaged("a run of its pixels is longer than a row");
     indices_.Data()[size_t{facts_.width} * y_ + x_++] = static_cast<uint8_t>(index);
   }
   void TakeLiteral(unsigned count) {

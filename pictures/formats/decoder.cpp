@@ -80,15 +80,25 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan) {
   plan->memory = static_cast<uint64_t>(bytes);
 }
 
+std::vector<ImagePlan> OnlyPage(ImagePlan plan) {
+  std::vector<ImagePlan> plans;  // (an initialiser list would copy)
+  plans.push_back(std::move(plan));
+  return plans;
+}
+
+void NumberPages(std::vector<ImagePlan>* plans) {
+  for (size_t i = 0; i < plans->size(); ++i) {
+    (*plans)[i].page = static_cast<unsigned>(i + 1);
+    (*plans)[i].pages = static_cast<unsigned>(plans->size());
+  }
+}
+
 void NumberFrames(unsigned frames, std::vector<ImagePlan>* plans) {
   if (plans->size() == 1 && frames > 1) {
     plans->front().notes.push_back(
         {true, "only the first of its " + std::to_string(frames) + " frames was used"});
   }
-  for (size_t i = 0; i < plans->size(); ++i) {
-    (*plans)[i].page = static_cast<unsigned>(i + 1);
-    (*plans)[i].pages = static_cast<unsigned>(plans->size());
-  }
+  NumberPages(plans);
 }
 
 Resolution PerMetre(uint32_t x, uint32_t y) {
@@ -99,16 +109,6 @@ Resolution PerMetre(uint32_t x, uint32_t y) {
     if (whole > 0 && std::max(*dpi - whole, whole - *dpi) <= 0.0254 / 2) *dpi = whole;
   }
   return resolution;
-}
-
-void SplitAlpha(const uint8_t* rgba, DecodedImage* image) {
-  uint8_t* to = image->pixels.bytes.Data();
-  uint8_t* toAlpha = image->alpha->bytes.Data();
-  const size_t count = image->alpha->bytes.Size();
-  for (size_t i = 0; i < count; ++i, rgba += 4, to += 3) {
-    std::memcpy(to, rgba, 3);
-    *toAlpha++ = rgba[3];
-  }
 }
 
 EncodedImage Encode(const ImagePlan& plan, Bytes file, int level) {

@@ -2,8 +2,8 @@
 //
 // Decoders are given untrusted bytes. They check sizes before they take memory, never read outside
 // their bytes, and report what they cannot do as an ImageError.
-#ifndef JTPDF_PICTURES_READER_H
-#define JTPDF_PICTURES_READER_H
+#ifndef JTPDF_PICTURES_DECODER_H
+#define JTPDF_PICTURES_DECODER_H
 
 #include <algorithm>
 #include <cstdint>
@@ -38,7 +38,7 @@ struct Decoder {
   std::vector<ImagePlan> (*plan)(Bytes file, const ReadLimits& limits);
   // Decodes. Called only for plans with a decodeReason.
   DecodedImage (*decode)(const ImagePlan& plan, Bytes file, std::vector<Note>* notes);
-  // The embedded ICC profile, empty where there is none.
+  // The embedded ICC profile, empty where there is none. Null for formats that have none.
   Buffer (*profile)(const ImagePlan& plan, Bytes file);
   // Describes the file's own bytes as an image of the PDF; what goes with them, a soft mask, is
   // compressed at the level. Nothing where they turn out to be damaged, so that they are decoded
@@ -79,15 +79,17 @@ void CheckStored(const ImagePlan& plan);
 // limit. A double: sizes that lie overflow integers.
 void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
 
+// The plans of a file with one picture.
+std::vector<ImagePlan> OnlyPage(ImagePlan plan);
+
+// Numbers the plans of a file's pages.
+void NumberPages(std::vector<ImagePlan>* plans);
+
 // Numbers the plans of an animation, or says in the only one that there are more frames.
 void NumberFrames(unsigned frames, std::vector<ImagePlan>* plans);
 
 // What a file says in pixels for each metre.
 Resolution PerMetre(uint32_t x, uint32_t y);
-
-// Pixels of four bytes, their opacity last, as the pixels and the alpha of the image, which are
-// there.
-void SplitAlpha(const uint8_t* rgba, DecodedImage* image);
 
 // Turns the picture into what the PDF holds: its own bytes, or decoded ones, packed (level 0 to
 // 12). `file` must outlive the result.
@@ -103,4 +105,4 @@ void LeaveProfileOut(ImagePlan* plan, bool tooLarge);
 
 }  // namespace pictures
 
-#endif  // JTPDF_PICTURES_READER_H
+#endif  // JTPDF_PICTURES_DECODER_H

@@ -8,15 +8,14 @@
 #include <utility>
 
 #include "formats/decoder.h"
+#include "formats/planes.h"
 
 namespace pictures {
 namespace {
 
 [[noreturn]] void ThrowDamaged(int code) {
   const char* text = GifErrorString(code);
-  throw ImageError(std::string("cannot be decoded (giflib: ") +
-                   (text == nullptr ? "damaged" : text) +
-                   "); the file is damaged or cut off, save the picture again");
+  throw Undecodable(std::string("giflib: ") + (text == nullptr ? "damaged" : text));
 }
 
 int ReadBytes(GifFileType* gif, GifByteType* to, int size) {
@@ -179,13 +178,7 @@ class Canvas {
     last_ = frame;
   }
 
-  DecodedImage Split() const {
-    DecodedImage image;
-    image.pixels = Raster(width_, height_, 8, 3);
-    image.alpha.emplace(width_, height_, 8, 1);
-    SplitAlpha(pixels_.Data(), &image);
-    return image;
-  }
+  DecodedImage Split() const { return SplitAlpha(pixels_.Data(), width_, height_); }
 
  private:
   // Does away with the frame before, as that one asks.
@@ -216,14 +209,16 @@ class Canvas {
   Frame last_;
 };
 
-// The last frame up to `number` that hides all before it.
+// The last frame up to `number` that hides all before it for good: what one of those hid that are
+// taken away again is still to be seen behind it.
 uint64_t FirstNeeded(Bytes file, uint64_t number) {
   GifReader reader(file);
   Frame frame;
   uint64_t first = 0;
   for (uint64_t i = 0; i <= number && reader.Next(&frame); ++i) {
     reader.SkipPixels();
-    if (frame.Hides(reader.Width(), reader.Height())) first = i;
+    const bool stays = i == number || frame.disposal != DISPOSE_PREVIOUS;
+    if (stays && frame.Hides(reader.Width(), reader.Height())) first = i;
   }
   return first;
 }
@@ -244,16 +239,12 @@ DecodedImage DecodeGif(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   return canvas.Split();
 }
 
-Buffer NoProfile(const ImagePlan&, Bytes) {
-  return {};
-}
-
 bool IsGif(Bytes head) {
   return StartsWith(head, "GIF87a") || StartsWith(head, "GIF89a");
 }
 
 }  // namespace
 
-const Decoder kGifDecoder{Format::kGif, "GIF", IsGif, PlanGif, DecodeGif, NoProfile, nullptr};
+const Decoder kGifDecoder{Format::kGif, "GIF", IsGif, PlanGif, DecodeGif, nullptr, nullptr};
 
 }  // namespace pictures

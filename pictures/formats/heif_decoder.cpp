@@ -155,16 +155,13 @@ std::vector<ImagePlan> PlanHeif(Bytes bytes, const ReadLimits& limits) {
   std::vector<ImagePlan> plans;
   if (limits.allFrames) {
     for (const heif_item_id id : all) plans.push_back(PlanPicture(file, id, limits));
-    for (size_t i = 0; i < plans.size(); ++i) {
-      plans[i].page = static_cast<unsigned>(i + 1);
-      plans[i].pages = static_cast<unsigned>(plans.size());
-    }
+    NumberPages(&plans);
   }
   if (plans.empty()) plans.push_back(PlanPicture(file, file.MainPicture(), limits));
   std::vector<Note>& notes = plans[0].notes;
   if (plans.size() < all.size()) {
-    notes.push_back({true, "only the main one of its " + std::to_string(all.size()) +
-                               " pictures was used; --all-frames takes all"});
+    notes.push_back(
+        {true, "only the main one of its " + std::to_string(all.size()) + " pictures was used"});
   }
   if (HasFilm(bytes)) notes.push_back({true, "its film was left out, all but its pictures"});
   return plans;
@@ -182,14 +179,13 @@ void Widen(int bits, Raster* pixels) {
 }
 
 void DivideByAlpha(const Raster& alpha, Raster* pixels) {
-  const unsigned most = MaxSample(pixels->bits);
   const auto channels = static_cast<size_t>(pixels->channels);
   for (uint32_t y = 0; y < pixels->height; ++y) {
     SampleWriter to(pixels->Row(y), pixels->bits);
     for (size_t i = 0; i < pixels->width * channels; ++i) {
       const unsigned opacity = SampleAt(alpha.Row(y), i / channels, alpha.bits);
       const unsigned stored = SampleAt(pixels->Row(y), i, pixels->bits);
-      to.Put(opacity == 0 ? stored : std::min(most, (stored * most + opacity / 2) / opacity));
+      to.Put(Unpremultiply(stored, pixels->bits, opacity, alpha.bits));
     }
   }
 }
@@ -211,7 +207,7 @@ DecodedImage DecodeHeif(const ImagePlan& plan, Bytes bytes, std::vector<Note>*) 
   if (from == nullptr || stride < static_cast<int>(pixels.Stride()) ||
       heif_image_get_width(decoded, heif_channel_interleaved) != static_cast<int>(plan.width) ||
       heif_image_get_height(decoded, heif_channel_interleaved) != static_cast<int>(plan.height)) {
-    throw ImageError("is damaged: it has two sizes; save the picture again");
+    throw Damaged("it has two sizes");
   }
   for (uint32_t y = 0; y < plan.height; ++y) {
     std::copy_n(from + static_cast<size_t>(stride) * y, pixels.Stride(), pixels.Row(y));

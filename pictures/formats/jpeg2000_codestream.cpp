@@ -19,10 +19,7 @@ enum Marker : uint32_t {
 };
 
 void Require(bool good, const char* what) {
-  if (!good) {
-    throw ImageError(std::string("is damaged: its JPEG 2000 header has ") + what +
-                     "; save the picture again");
-  }
+  if (!good) throw Damaged(std::string("its JPEG 2000 header has ") + what);
 }
 
 uint64_t CeilDivide(uint64_t a, uint64_t b) {
@@ -153,7 +150,7 @@ void FindEnd(Bytes bytes, size_t at, Jpeg2000Codestream* stream) {
 
 Jpeg2000Codestream ReadCodestream(Bytes bytes) {
   if (!StartsWith(bytes, kCodestreamMagic)) {
-    throw ImageError("is damaged: no codestream where one must be; save the picture again");
+    throw Damaged("no codestream where one must be");
   }
   Jpeg2000Codestream stream;
   FindEnd(bytes, ReadMainHeader(bytes, &stream), &stream);

@@ -100,9 +100,7 @@ std::vector<ImagePlan> PlanJpeg2000(Bytes bytes, const ReadLimits& limits) {
     SetMemory(DecodingMemory(file, plan), limits, &plan);
   }
   JudgeProfile(&plan, file.profile);
-  std::vector<ImagePlan> plans;
-  plans.push_back(std::move(plan));
-  return plans;
+  return OnlyPage(std::move(plan));
 }
 
 Buffer Jpeg2000Profile(const ImagePlan&, Bytes bytes) {
@@ -179,8 +177,7 @@ Image Decode(Bytes file, bool bare) {
   Image decoded(image);
   if (!begun || opj_decode(codec.get(), stream.get(), image) != OPJ_TRUE ||
       opj_end_decompress(codec.get(), stream.get()) != OPJ_TRUE) {
-    throw ImageError("cannot be decoded (OpenJPEG: " + (error.empty() ? "damaged" : error) +
-                     "); the file is damaged, save the picture again");
+    throw Undecodable("OpenJPEG: " + (error.empty() ? "damaged" : error));
   }
   return decoded;
 }
@@ -244,66 +241,94 @@ Buffer WithEnd(const Jpeg2000File& facts, Bytes file) {
   return mended;
 }
 
+// Turns decoded components into the pixels and the alpha of the PDF.
+class ComponentConverter {
+ public:
+  ComponentConverter(const Jpeg2000File& facts, const ImagePlan& plan, const opj_image_t& image) {
+    for (uint32_t i = 0; i < image.numcomps; ++i) {
+      const uint16_t kind = image.comps[i].alpha;
+      if (kind == 0 && !(AlphaByCustom(facts) && i + 1 == image.numcomps)) {
+        colours_.emplace_back(image.comps[i], image);
+      } else {
+        if (!alpha_) alpha_.emplace(image.comps[i], image);
+        premultiplied_ = kind == 2;
+      }
+    }
+    if (colours_.empty()) throw ImageError("holds alpha only, no picture; save it again");
+    const size_t found = colours_.size();
+    ycc_ = (facts.model == Model::kYcc || image.color_space == OPJ_CLRSPC_SYCC) && found >= 3;
+    cmyk_ = plan.colour == Colour::kCmyk && found >= 4;
+    const size_t shown = cmyk_ ? 4 : found >= 3 && plan.colour != Colour::kGrey ? 3 : 1;
+    while (colours_.size() > shown) colours_.pop_back();
+    int depth = 1;
+    for (const Component& colour : colours_) depth = std::max(depth, colour.Bits());
+    bits_ = ycc_ ? (depth <= 8 ? 8 : 16) : PdfBits(depth);
+  }
+
+  DecodedImage Convert(uint32_t width, uint32_t height) const {
+    DecodedImage image;
+    image.pixels = Raster(width, height, bits_, static_cast<int>(colours_.size()));
+    if (alpha_) image.alpha.emplace(width, height, PdfBits(alpha_->Bits()), 1);
+    for (uint32_t y = 0; y < height; ++y) {
+      ConvertRow(y, &image.pixels);
+      if (image.alpha) ConvertAlpha(y, &*image.alpha);
+    }
+    return image;
+  }
+
+ private:
+  void ConvertRow(uint32_t y, Raster* pixels) const {
+    SampleWriter to(pixels->Row(y), bits_);
+    for (uint32_t x = 0; x < pixels->width; ++x) {
+      const std::array<unsigned, 4> samples = Samples(x, y);
+      const unsigned opacity = premultiplied_ ? alpha_->At(x, y) : 0;
+      for (size_t c = 0; c < colours_.size(); ++c) {
+        unsigned sample = samples[c];
+        if (premultiplied_) sample = Unpremultiply(sample, bits_, opacity, alpha_->Bits());
+        // The PDF declares its CMYK with the inks inverted.
+        to.Put(cmyk_ ? MaxSample(bits_) - sample : sample);
+      }
+    }
+    to.Finish();
+  }
+
+  std::array<unsigned, 4> Samples(uint32_t x, uint32_t y) const {
+    std::array<unsigned, 4> samples{};
+    for (size_t c = 0; c < colours_.size(); ++c) {
+      samples[c] = Rescale(colours_[c].At(x, y), colours_[c].Bits(), bits_);
+    }
+    if (ycc_) {
+      const auto rgb = YccToRgb{bits_}(samples[0], samples[1], samples[2]);
+      std::copy(rgb.begin(), rgb.end(), samples.begin());
+    }
+    return samples;
+  }
+
+  void ConvertAlpha(uint32_t y, Raster* alpha) const {
+    SampleWriter to(alpha->Row(y), alpha->bits);
+    for (uint32_t x = 0; x < alpha->width; ++x) {
+      to.Put(Rescale(alpha_->At(x, y), alpha_->Bits(), alpha->bits));
+    }
+    to.Finish();
+  }
+
+  std::vector<Component> colours_;
+  std::optional<Component> alpha_;
+  bool premultiplied_ = false;
+  bool ycc_ = false;
+  bool cmyk_ = false;
+  int bits_ = 8;
+};
+
 DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   const Jpeg2000File facts = ReadJpeg2000File(file);
   const Buffer mended = facts.stream.ended ? Buffer() : WithEnd(facts, file);
   const Bytes whole = facts.bare ? facts.data : file;
-  const Image decoded = Decode(mended.Empty() ? whole : mended.View(), facts.bare);
-  const opj_image_t& image = *decoded;
-  if (image.x1 - image.x0 != plan.width || image.y1 - image.y0 != plan.height) {
-    throw ImageError("is damaged: it has two sizes; save the picture again");
+  const Image image = Decode(mended.Empty() ? whole : mended.View(), facts.bare);
+  if (image->x1 - image->x0 != plan.width || image->y1 - image->y0 != plan.height) {
+    throw Damaged("it has two sizes");
   }
-  std::vector<Component> colours;
-  std::optional<Component> alpha;
-  bool premultiplied = false;
-  for (uint32_t i = 0; i < image.numcomps; ++i) {
-    if (image.comps[i].alpha != 0 || (AlphaByCustom(facts) && i + 1 == image.numcomps)) {
-      if (!alpha) alpha.emplace(image.comps[i], image);
-      premultiplied = image.comps[i].alpha == 2;
-    } else {
-      colours.emplace_back(image.comps[i], image);
-    }
-  }
-  const bool ycc =
-      (facts.model == Model::kYcc || image.color_space == OPJ_CLRSPC_SYCC) && colours.size() >= 3;
-  const bool cmyk = plan.colour == Colour::kCmyk && colours.size() >= 4;
-  const size_t channels = cmyk ? 4 : colours.size() >= 3 && plan.colour != Colour::kGrey ? 3 : 1;
-  if (colours.empty()) throw ImageError("holds alpha only, no picture; save it again");
-  int depth = 1;
-  for (size_t c = 0; c < channels; ++c) depth = std::max(depth, colours[c].Bits());
-  const int bits = ycc ? (depth <= 8 ? 8 : 16) : PdfBits(depth);
-  DecodedImage result;
-  result.pixels = Raster(plan.width, plan.height, bits, static_cast<int>(channels));
-  if (alpha) result.alpha.emplace(plan.width, plan.height, PdfBits(alpha->Bits()), 1);
-  for (uint32_t y = 0; y < plan.height; ++y) {
-    SampleWriter to(result.pixels.Row(y), bits);
-    SampleWriter toAlpha(alpha ? result.alpha->Row(y) : nullptr, alpha ? result.alpha->bits : 8);
-    for (uint32_t x = 0; x < plan.width; ++x) {
-      std::array<unsigned, 4> sample{};
-      for (size_t c = 0; c < channels; ++c) {
-        sample[c] = Rescale(colours[c].At(x, y), colours[c].Bits(), bits);
-      }
-      if (ycc) {
-        const auto rgb = YccToRgb{bits}(sample[0], sample[1], sample[2]);
-        std::copy(rgb.begin(), rgb.end(), sample.begin());
-      }
-      const unsigned opacity = alpha ? alpha->At(x, y) : 0;
-      if (alpha) toAlpha.Put(Rescale(opacity, alpha->Bits(), result.alpha->bits));
-      for (size_t c = 0; c < channels; ++c) {
-        unsigned value = sample[c];
-        if (premultiplied && opacity != 0) {
-          value = static_cast<unsigned>(std::min<uint64_t>(
-              MaxSample(bits),
-              (uint64_t{value} * MaxSample(alpha->Bits()) + opacity / 2) / opacity));
-        }
-        // The PDF declares its CMYK with the inks inverted.
-        to.Put(cmyk ? MaxSample(bits) - value : value);
-      }
-    }
-    to.Finish();
-    if (alpha) toAlpha.Finish();
-  }
-  return result;
+  return ComponentConverter(facts, plan, *image).Convert(plan.width, plan.height);
 }
 
 void Put(uint32_t number, uint8_t** to) {

@@ -91,8 +91,7 @@ void ReadUuid(Bytes box, Jpeg2000File* file) {
 void CheckSizes(const Jpeg2000Codestream& stream, Bytes size) {
   if (Be32(&size[0]) != stream.height || Be32(&size[4]) != stream.width ||
       Be16(&size[8]) != static_cast<uint32_t>(stream.components)) {
-    throw ImageError(
-        "is damaged: its two JPEG 2000 headers are of different pictures; save it again");
+    throw Damaged("its two JPEG 2000 headers are of different pictures");
   }
 }
 
@@ -138,7 +137,7 @@ Boxes ReadBoxes(Bytes bytes, Jpeg2000File* file) {
     file->damage = kWrongLength;
   }
   if (!header) {
-    if (file->palette) throw ImageError("is damaged: its palette cannot be read; save it again");
+    if (file->palette) throw Damaged("its palette cannot be read");
     file->bare = true;
     file->alpha = file->reordered = false;
     file->damage = "it has no header, or a damaged one";

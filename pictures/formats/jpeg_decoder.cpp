@@ -31,40 +31,34 @@ struct JpegFacts {
   size_t firstScan = 0;  // where the entropy-coded data begins
 };
 
+bool IsFrame(uint8_t marker) {
+  return marker >= kSof0 && marker <= 0xCF && marker != kDht && marker != kJpg && marker != kDac;
+}
+
+void ReadSegment(uint8_t marker, Bytes data, JpegFacts* facts) {
+  if (marker == kApp0 && StartsWith(data, "JFIF\0"sv) && data.size() >= 12) {
+    const double inches = data[7] == 1 ? 1 : data[7] == 2 ? 2.54 : 0;
+    facts->jfif = {Be16(&data[8]) * inches, Be16(&data[10]) * inches};
+  } else if (marker == kApp1 && StartsWith(data, "Exif\0"sv) && data.size() > 6) {
+    facts->exif = ReadExif(data.subspan(6));
+  } else if (marker == kApp2) {
+    facts->profile = facts->profile || StartsWith(data, "ICC_PROFILE\0"sv);
+    facts->multiPicture = facts->multiPicture || StartsWith(data, "MPF\0"sv);
+  } else if (marker == kApp14 && StartsWith(data, "Adobe") && data.size() >= 12) {
+    facts->adobeTransform = data[11];
+  } else if (IsFrame(marker)) {
+    if (facts->frame != 0) throw Damaged("it has two JPEG frames");
+    facts->frame = marker;
+    facts->sof = data;
+  }
+}
+
 JpegFacts ReadFacts(Bytes file) {
   JpegFacts facts;
   JpegSegments walk(file);
   while (walk.Next()) {
-    const Bytes data = walk.data;
-    switch (walk.marker) {
-      case kApp0:
-        if (StartsWith(data, "JFIF\0"sv) && data.size() >= 12) {
-          const double inches = data[7] == 1 ? 1 : data[7] == 2 ? 2.54 : 0;
-          facts.jfif = {Be16(&data[8]) * inches, Be16(&data[10]) * inches};
-        }
-        break;
-      case kApp1:
-        if (StartsWith(data, "Exif\0"sv) && data.size() > 6) facts.exif = ReadExif(data.subspan(6));
-        break;
-      case kApp2:
-        facts.profile = facts.profile || StartsWith(data, "ICC_PROFILE\0"sv);
-        facts.multiPicture = facts.multiPicture || StartsWith(data, "MPF\0"sv);
-        break;
-      case kApp14:
-        if (StartsWith(data, "Adobe") && data.size() >= 12) facts.adobeTransform = data[11];
-        break;
-      case kSos:
-        facts.firstScan = walk.Position();
-        break;
-      default:
-        if (walk.marker >= kSof0 && walk.marker <= 0xCF && walk.marker != kDht &&
-            walk.marker != kJpg && walk.marker != kDac) {
-          if (facts.frame != 0)
-            throw ImageError("is damaged: it has two JPEG frames; save it again");
-          facts.frame = walk.marker;
-          facts.sof = data;
-        }
-    }
+    ReadSegment(walk.marker, walk.data, &facts);
+    if (walk.marker == kSos) facts.firstScan = walk.Position();
   }
   facts.stray = walk.stray;
   if (facts.frame == 0 || facts.firstScan == 0) {
@@ -88,18 +82,13 @@ bool NamedRgb(const JpegFacts& facts) {
   return facts.sof[6] == 'R' && facts.sof[9] == 'G' && facts.sof[12] == 'B';
 }
 
-std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
-  const JpegFacts facts = ReadFacts(file);
+bool IsArithmetic(const JpegFacts& facts) {
+  return facts.frame == kSof9 || facts.frame == kSof10;
+}
+
+void CheckKind(const JpegFacts& facts) {
   const int depth = facts.sof[0], components = facts.sof[5];
-  ImagePlan plan;
-  plan.format = Format::kJpeg;
-  plan.width = Be16(&facts.sof[3]);
-  plan.height = Be16(&facts.sof[1]);
-  plan.depth = depth;
-  CheckSize(plan.width, plan.height, limits);
-  const bool huffman = facts.frame <= kSof2;
-  const bool arithmetic = facts.frame == kSof9 || facts.frame == kSof10;
-  if ((!huffman && !arithmetic) || depth != 8) {
+  if ((facts.frame > kSof2 && !IsArithmetic(facts)) || depth != 8) {
     throw ImageError("is a JPEG of a rare kind (lossless, hierarchical or " +
                      std::to_string(depth) +
                      "-bit) that PDF readers cannot show; save it as an "
@@ -109,17 +98,35 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
     throw ImageError("has " + std::to_string(components) +
                      " colour components; save it as grey, RGB or CMYK");
   }
+}
+
+// Why it must be decoded; empty where it passes through.
+std::string DecodeReason(const JpegFacts& facts, Colour colour) {
+  if (IsArithmetic(facts)) return "arithmetic coding, which PDF does not know";
+  if (colour == Colour::kCmyk && !facts.adobeTransform) return "CMYK that is not stored inverted";
+  if (colour == Colour::kRgb && !facts.adobeTransform && NamedRgb(facts)) {
+    return "RGB by component names, which PDF readers take for YCbCr";
+  }
+  return {};
+}
+
+std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
+  const JpegFacts facts = ReadFacts(file);
+  ImagePlan plan;
+  plan.format = Format::kJpeg;
+  plan.width = Be16(&facts.sof[3]);
+  plan.height = Be16(&facts.sof[1]);
+  plan.depth = facts.sof[0];
+  CheckSize(plan.width, plan.height, limits);
+  CheckKind(facts);
+  const int components = facts.sof[5];
   plan.colour = components == 1 ? Colour::kGrey : components == 3 ? Colour::kRgb : Colour::kCmyk;
-  if (arithmetic) {
-    plan.decodeReason = "arithmetic coding, which PDF does not know";
-  } else if (plan.colour == Colour::kCmyk && !facts.adobeTransform) {
-    plan.decodeReason = "CMYK that is not stored inverted";
+  plan.decodeReason = DecodeReason(facts, plan.colour);
+  if (plan.colour == Colour::kCmyk && !facts.adobeTransform && !IsArithmetic(facts)) {
     plan.notes.push_back({true,
                           "is CMYK without the Adobe marker, so its inks are not stored "
                           "inverted as PDF declares them here; it was decoded and stored "
                           "without loss"});
-  } else if (plan.colour == Colour::kRgb && !facts.adobeTransform && NamedRgb(facts)) {
-    plan.decodeReason = "RGB by component names, which PDF readers take for YCbCr";
   }
   plan.resolution = facts.jfif;
   ApplyExif(facts.exif, &plan);
@@ -141,9 +148,7 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
               limits, &plan);
   }
   if (facts.profile) JudgeProfile(&plan, kJpegDecoder.profile(plan, file).View());
-  std::vector<ImagePlan> plans;
-  plans.push_back(std::move(plan));
-  return plans;
+  return OnlyPage(std::move(plan));
 }
 
 // Joins the chunks of the APP2 segments in the order of their numbers; empty unless all are there.
@@ -211,8 +216,7 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
   image.pixels = Raster(plan.width, plan.height, 8, Channels(plan.colour));
   JpegFailure failure = {};
   if (!ReadPixels(file.first(plan.size), &image.pixels, &failure)) {
-    throw ImageError(std::string("cannot be decoded (libjpeg: ") + failure.text +
-                     "); the file is damaged, save the picture again");
+    throw Undecodable(std::string("libjpeg: ") + failure.text);
   }
   if (failure.manager.num_warnings > 0) {
     notes->push_back(

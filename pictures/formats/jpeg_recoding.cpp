@@ -1,8 +1,8 @@
 #include "formats/jpeg_recoding.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "formats/jpeg_failure.h"
 
@@ -31,22 +31,39 @@ struct Source {
   }
 };
 
-// Memory of libjpeg's, which it lets grow.
-struct Written {
-  unsigned char* bytes = nullptr;
-  unsigned long size = 0;
+// Where libjpeg writes: memory of a fixed size, since a result that does not fit is not wanted.
+// (libjpeg's own memory destination frees its buffer before it reports that it has no more.)
+struct Target {
+  jpeg_destination_mgr manager;  // first, so that libjpeg's pointer to it is a pointer to this
+  uint8_t* begin;
+  size_t size;
 
-  Written() = default;
-  Written(const Written&) = delete;
-  Written& operator=(const Written&) = delete;
-  ~Written() { std::free(bytes); }
-  Bytes View() const { return {bytes, size}; }
+  void Begin(Buffer* to) {
+    begin = to->Data();
+    size = to->Size();
+    manager.init_destination = Start;
+    manager.empty_output_buffer = Overflow;
+    manager.term_destination = [](j_compress_ptr) {};
+  }
+  size_t Written() const { return size - manager.free_in_buffer; }
+
+ private:
+  static void Start(j_compress_ptr jpeg) {
+    auto* target = reinterpret_cast<Target*>(jpeg->dest);
+    target->manager.next_output_byte = target->begin;
+    target->manager.free_in_buffer = target->size;
+  }
+  static boolean Overflow(j_compress_ptr jpeg) {
+    FailWith(reinterpret_cast<JpegFailure*>(jpeg->err), "too long");
+  }
 };
 
-// Codes the coefficients anew; false where that cannot be, or the JPEG is damaged.
-bool Write(Bytes jpeg, bool progressive, Written* to) {
+// Codes the coefficients anew and cuts `to`, which has the JPEG's size, to the result; false where
+// that is no smaller, or cannot be, or the JPEG is damaged.
+bool Write(Bytes jpeg, bool progressive, Buffer* to) {
   JpegFailure failure = {};
   Source source = {};
+  Target target = {};
   jpeg_compress_struct out = {};
   out.err = JumpOnErrors(&failure);
   if (setjmp(failure.back) != 0) {
@@ -62,12 +79,14 @@ bool Write(Bytes jpeg, bool progressive, Written* to) {
   jpeg_copy_critical_parameters(&source.jpeg, &out);
   out.optimize_coding = TRUE;
   if (progressive) jpeg_simple_progression(&out);
-  jpeg_mem_dest(&out, &to->bytes, &to->size);
+  target.Begin(to);
+  out.dest = &target.manager;
   jpeg_write_coefficients(&out, coefficients);
   jpeg_finish_compress(&out);
   jpeg_destroy_compress(&out);
   jpeg_finish_decompress(&source.jpeg);
   jpeg_destroy_decompress(&source.jpeg);
+  to->Shrink(target.Written());
   return true;
 }
 
@@ -125,12 +144,13 @@ bool SameCoefficients(Bytes one, Bytes other) {
 }  // namespace
 
 Buffer RecodeJpeg(Bytes jpeg) {
-  Written plain, progressive;
-  if (!Write(jpeg, false, &plain)) return {};
-  const bool both = Write(jpeg, true, &progressive);
-  const Bytes smaller = both && progressive.size < plain.size ? progressive.View() : plain.View();
-  if (!SameCoefficients(jpeg, smaller)) return {};
-  return Buffer::CopyOf(smaller);
+  Buffer smallest;
+  for (const bool progressive : {false, true}) {
+    Buffer recoded(smallest.Empty() ? jpeg.size() : smallest.Size());
+    if (Write(jpeg, progressive, &recoded)) smallest = std::move(recoded);
+  }
+  if (smallest.Empty() || !SameCoefficients(jpeg, smallest.View())) return {};
+  return smallest;
 }
 
 }  // namespace pictures

@@ -8,8 +8,8 @@
 namespace pictures {
 
 // The smallest JPEG of the same coefficients, every one of which is compared afterwards. It says
-// how its colours are to be read (JFIF, Adobe) and nothing else. Empty where the JPEG is damaged or
-// cannot be coded anew.
+// how its colours are to be read (JFIF, Adobe) and nothing else. Empty where that is not smaller
+// than the JPEG, or the JPEG is damaged or cannot be coded anew.
 Buffer RecodeJpeg(Bytes jpeg);
 
 }  // namespace pictures

@@ -21,7 +21,7 @@ bool JpegSegments::Next() {
     data = {};
     return true;
   }
-  if (size < 2) throw ImageError("is damaged: a JPEG segment without its length; save it again");
+  if (size < 2) throw Damaged("a JPEG segment without its length");
   data = Slice(file_, at_ + 2, size - 2);
   if (data.size() != size - 2) throw CutOff();
   at_ += size;

@@ -13,10 +13,9 @@
 namespace pictures {
 namespace {
 
-[[noreturn]] void ThrowDamaged() {
-  throw ImageError(
-      "cannot be decoded (libjxl finds it damaged); the file is damaged, save the picture again");
-}
+struct DamagedJxl : Undecodable {
+  DamagedJxl() : Undecodable("libjxl finds it damaged") {}
+};
 
 // A walk through what happens while the file is decoded.
 class JxlEvents {
@@ -35,12 +34,12 @@ class JxlEvents {
   JxlDecoderStatus Next() {
     const JxlDecoderStatus status = JxlDecoderProcessInput(Get());
     if (status == JXL_DEC_NEED_MORE_INPUT) throw CutOff();
-    if (status == JXL_DEC_ERROR) ThrowDamaged();
+    if (status == JXL_DEC_ERROR) throw DamagedJxl();
     return status;
   }
   JxlDecoder* Get() const { return decoder_.get(); }
   static void Require(JxlDecoderStatus status) {
-    if (status != JXL_DEC_SUCCESS) ThrowDamaged();
+    if (status != JXL_DEC_SUCCESS) throw DamagedJxl();
   }
 
  private:
@@ -91,10 +90,10 @@ JxlFacts ReadJxlFacts(Bytes file) {
         facts.jpeg = true;
         break;
       case JXL_DEC_SUCCESS:
-        if (facts.frames == 0) ThrowDamaged();
+        if (facts.frames == 0) throw DamagedJxl();
         return facts;
       default:
-        ThrowDamaged();
+        throw DamagedJxl();
     }
   }
 }
@@ -117,7 +116,7 @@ ExifFacts ReadJxlExif(Bytes file) {
 
 Buffer ReadJxlProfile(Bytes file) {
   JxlEvents events(file, JXL_DEC_COLOR_ENCODING);
-  if (events.Next() != JXL_DEC_COLOR_ENCODING) ThrowDamaged();
+  if (events.Next() != JXL_DEC_COLOR_ENCODING) throw DamagedJxl();
   if (IsSrgb(events.Get())) return {};
   size_t size = 0;
   constexpr auto kTarget = JXL_COLOR_PROFILE_TARGET_DATA;
@@ -140,10 +139,10 @@ void DecodeJxlFrame(Bytes file, unsigned frame, Raster* pixels) {
   for (;;) {
     const JxlDecoderStatus status = events.Next();
     if (status == JXL_DEC_FULL_IMAGE) return;
-    if (status != JXL_DEC_NEED_IMAGE_OUT_BUFFER) ThrowDamaged();
+    if (status != JXL_DEC_NEED_IMAGE_OUT_BUFFER) throw DamagedJxl();
     size_t size = 0;
     JxlEvents::Require(JxlDecoderImageOutBufferSize(events.Get(), &format, &size));
-    if (size != pixels->bytes.Size()) ThrowDamaged();
+    if (size != pixels->bytes.Size()) throw DamagedJxl();
     JxlEvents::Require(
         JxlDecoderSetImageOutBuffer(events.Get(), &format, pixels->bytes.Data(), size));
   }
@@ -157,15 +156,13 @@ Buffer ReconstructJpeg(Bytes file) {
     const JxlDecoderStatus status = events.Next();
     if (status == JXL_DEC_JPEG_NEED_MORE_OUTPUT) {
       unused = JxlDecoderReleaseJPEGBuffer(events.Get());
-      Buffer larger(jpeg.Size() * 2);
-      std::memcpy(larger.Data(), jpeg.Data(), jpeg.Size() - unused);
-      unused += larger.Size() - jpeg.Size();
-      jpeg = std::move(larger);
+      unused += jpeg.Size();
+      jpeg.Double();
     } else if (status == JXL_DEC_FULL_IMAGE) {
       jpeg.Shrink(jpeg.Size() - JxlDecoderReleaseJPEGBuffer(events.Get()));
       return jpeg;
     } else if (status != JXL_DEC_JPEG_RECONSTRUCTION) {
-      ThrowDamaged();
+      throw DamagedJxl();
     }
     JxlEvents::Require(
         JxlDecoderSetJPEGBuffer(events.Get(), jpeg.Data() + jpeg.Size() - unused, unused));

@@ -19,6 +19,7 @@
 #include "formats/decoder.h"
 #include "formats/exif.h"
 #include "formats/icc.h"
+#include "formats/planes.h"
 #include "formats/png_file.h"
 #include "formats/samples.h"
 #include "packing.h"
@@ -113,9 +114,7 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
       JudgeProfile(&plan, profile.bytes.View());
     }
   }
-  std::vector<ImagePlan> plans;
-  plans.push_back(std::move(plan));
-  return plans;
+  return OnlyPage(std::move(plan));
 }
 
 Buffer PngProfile(const ImagePlan&, Bytes file) {
@@ -204,7 +203,9 @@ struct RowConverter {
   }
 
   void ConvertRow(uint32_t y, const uint8_t* row) {
-    if (facts->HasAlpha()) return SplitAlpha(y, row);
+    if (facts->HasAlpha()) {
+      return SplitAlpha(row, pixels->width, PixelOf(*pixels), pixels->Row(y), alpha->Row(y));
+    }
     if (pixels != nullptr && facts->IsPalette()) ColoursFromPalette(y, row);
     if (pixels != nullptr && !facts->IsPalette()) {
       std::memcpy(pixels->Row(y), row, pixels->Stride());
@@ -227,27 +228,6 @@ struct RowConverter {
       packer.Put(palette->alpha[SampleAt(row, x, facts->depth)] >> drop);
     }
     packer.Finish();
-  }
-
-  void SplitAlpha(uint32_t y, const uint8_t* row) {
-    if (pixels->bits == 16) {
-      pixels->channels == 1 ? Split<1, 2>(y, row) : Split<3, 2>(y, row);
-    } else {
-      pixels->channels == 1 ? Split<1, 1>(y, row) : Split<3, 1>(y, row);
-    }
-  }
-
-  template <int channels, int size>
-  void Split(uint32_t y, const uint8_t* from) {
-    uint8_t* to = pixels->Row(y);
-    uint8_t* toAlpha = alpha->Row(y);
-    for (uint32_t x = 0; x < pixels->width; ++x) {
-      std::memcpy(to, from, channels * size);
-      std::memcpy(toAlpha, from + channels * size, size);
-      to += channels * size;
-      toAlpha += size;
-      from += (channels + 1) * size;
-    }
   }
 
   // Pixels of exactly the tRNS colour are transparent, all others opaque.
@@ -290,8 +270,7 @@ void ConvertRows(const PngFacts& facts, Bytes file, RowConverter* converter) {
                     stride);
   }
   if (!done) {
-    throw ImageError(std::string("cannot be decoded (libpng: ") + source.text +
-                     "); the file is damaged, save the picture again");
+    throw Undecodable(std::string("libpng: ") + source.text);
   }
 }
 
@@ -320,9 +299,7 @@ void CheckSmallStream(const PngFacts& facts, const std::vector<Bytes>& pieces) {
   Buffer joined;
   Bytes stream = pieces[0];
   if (pieces.size() > 1) {
-    joined = Buffer(facts.dataSize);
-    uint8_t* to = joined.Data();
-    for (const Bytes piece : pieces) to = std::copy(piece.begin(), piece.end(), to);
+    joined = Join(pieces);
     stream = joined.View();
   }
   const Buffer rows = InflateExactly(stream, row * facts.height);

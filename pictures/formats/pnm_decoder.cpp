@@ -11,10 +11,6 @@
 namespace pictures {
 namespace {
 
-[[noreturn]] void ThrowDamaged(const char* what) {
-  throw ImageError(std::string("is damaged: ") + what + "; save the picture again");
-}
-
 bool IsSpace(uint8_t byte) {
   return byte == ' ' || (byte >= '\t' && byte <= '\r');
 }
@@ -56,9 +52,9 @@ class Words {
     if (word.empty()) throw CutOff();
     uint64_t number = 0;
     for (const char c : word) {
-      if (c < '0' || c > '9') ThrowDamaged("where a number should stand is none");
+      if (c < '0' || c > '9') throw Damaged("where a number should stand is none");
       number = number * 10 + static_cast<uint64_t>(c - '0');
-      if (number > most) ThrowDamaged("a number is larger than it may be");
+      if (number > most) throw Damaged("a number is larger than it may be");
     }
     return static_cast<uint32_t>(number);
   }
@@ -106,7 +102,7 @@ void ReadPamHeader(Words* words, PnmFacts* facts) {
       type = words->TakeWord();
     } else {
       if (word.empty()) throw CutOff();
-      ThrowDamaged("its header has an entry that PAM does not know");
+      throw Damaged("its header has an entry that PAM does not know");
     }
   }
   words->TakeLine();
@@ -135,9 +131,9 @@ PnmFacts ReadHeader(Bytes file) {
       facts.channels = 3;
       facts.colour = Colour::kRgb;
     }
-    if (!facts.IsPlain() && !IsSpace(words.Take())) ThrowDamaged("no blank ends its header");
+    if (!facts.IsPlain() && !IsSpace(words.Take())) throw Damaged("no blank ends its header");
   }
-  if (facts.most == 0) ThrowDamaged("its samples have no range");
+  if (facts.most == 0) throw Damaged("its samples have no range");
   facts.samples = words.Rest();
   return facts;
 }
@@ -168,9 +164,7 @@ std::vector<ImagePlan> PlanPnm(Bytes file, const ReadLimits& limits) {
                                       " bytes behind it were left out"});
     }
   }
-  std::vector<ImagePlan> plans;
-  plans.push_back(std::move(plan));
-  return plans;
+  return OnlyPage(std::move(plan));
 }
 
 // Gives the samples of a file, one after the other.
@@ -180,7 +174,7 @@ class SampleSource {
 
   unsigned At(uint32_t y, size_t i) {
     const unsigned sample = facts_.IsPlain() ? TakePlain() : Raw(y, i);
-    if (sample > facts_.most) ThrowDamaged("a sample is larger than its header allows");
+    if (sample > facts_.most) throw Damaged("a sample is larger than its header allows");
     // White is 0 in PBM.
     return facts_.kind == '1' || facts_.kind == '4' ? 1 - sample : sample;
   }
@@ -244,10 +238,6 @@ DecodedImage DecodePnm(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   return image;
 }
 
-Buffer NoProfile(const ImagePlan&, Bytes) {
-  return {};
-}
-
 bool IsPnm(Bytes head) {
   return head.size() > 2 && head[0] == 'P' && head[1] >= '1' && head[1] <= '7' &&
          (IsSpace(head[2]) || head[2] == '#');
@@ -255,6 +245,6 @@ bool IsPnm(Bytes head) {
 
 }  // namespace
 
-const Decoder kPnmDecoder{Format::kPnm, "PNM", IsPnm, PlanPnm, DecodePnm, NoProfile, nullptr};
+const Decoder kPnmDecoder{Format::kPnm, "PNM", IsPnm, PlanPnm, DecodePnm, nullptr, nullptr};
 
 }  // namespace pictures

@@ -2,6 +2,7 @@
 #ifndef JTPDF_PICTURES_SAMPLES_H
 #define JTPDF_PICTURES_SAMPLES_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -72,6 +73,13 @@ inline unsigned Rescale(unsigned sample, int from, int to) {
   if (from == to) return sample;
   return static_cast<unsigned>((uint64_t{sample} * MaxSample(to) + MaxSample(from) / 2) /
                                MaxSample(from));
+}
+
+// A sample of a colour that was multiplied with its opacity, as it is without that.
+inline unsigned Unpremultiply(unsigned sample, int bits, unsigned alpha, int alphaBits) {
+  if (alpha == 0) return sample;
+  return static_cast<unsigned>(std::min<uint64_t>(
+      MaxSample(bits), (uint64_t{sample} * MaxSample(alphaBits) + alpha / 2) / alpha));
 }
 
 }  // namespace pictures

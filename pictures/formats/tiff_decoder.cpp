@@ -117,10 +117,7 @@ std::vector<ImagePlan> PlanTiff(Bytes bytes, const ReadLimits& limits) {
     if (!read && (!file.HasError() || TIFFCurrentDirOffset(file.Get()) == place)) break;
   }
   if (plans.empty()) throw ImageError("holds previews only, no picture; save or export it again");
-  for (size_t i = 0; i < plans.size(); ++i) {
-    plans[i].page = static_cast<unsigned>(i + 1);
-    plans[i].pages = static_cast<unsigned>(plans.size());
-  }
+  NumberPages(&plans);
   if (leftOut > 0) {
     plans[0].notes.push_back(
         {false, "its " + std::to_string(leftOut) + " previews or masks were left out"});

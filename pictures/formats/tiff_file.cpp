@@ -119,9 +119,7 @@ bool TiffFile::Declares(uint16_t tag) const {
 }
 
 void TiffFile::ThrowDamaged() {
-  throw ImageError("cannot be decoded (libtiff: " +
-                   (memory_->error.empty() ? std::string("damaged") : memory_->error) +
-                   "); the file is damaged or cut off, save the picture again");
+  throw Undecodable("libtiff: " + (memory_->error.empty() ? "damaged" : memory_->error));
 }
 
 }  // namespace pictures

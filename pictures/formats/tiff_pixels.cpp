@@ -154,8 +154,7 @@ class PageConverter {
   unsigned ColourSample(uint32_t y, size_t x, int sample) {
     const unsigned stored = Sample(y, x, sample);
     if (page_.alpha != TiffPage::Alpha::kPremultiplied) return stored;
-    const unsigned alpha = Sample(y, x, page_.alphaSample), most = MaxSample(page_.bits);
-    return alpha == 0 ? stored : std::min(most, (stored * most + alpha / 2) / alpha);
+    return Unpremultiply(stored, page_.bits, Sample(y, x, page_.alphaSample), page_.bits);
   }
 
   void ConvertAlpha(uint32_t y, Raster* alpha) {

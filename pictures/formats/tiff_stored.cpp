@@ -111,6 +111,7 @@ void DescribeFax(TIFF* tiff, const TiffPage& page, EncodedStream* stream) {
 // ---- JPEG ------------------------------------------------------------------------------------
 
 std::optional<JoinedJpeg> JoinStrips(TIFF* tiff, const TiffPage& page, Bytes bytes) {
+  if (page.height > 0xFFFF) return std::nullopt;  // no JPEG is: nor are there more strips
   JpegStrips strips;
   strips.width = page.width;
   strips.height = page.height;
@@ -122,7 +123,6 @@ std::optional<JoinedJpeg> JoinStrips(TIFF* tiff, const TiffPage& page, Bytes byt
   if (TIFFGetField(tiff, TIFFTAG_JPEGTABLES, &size, &tables) == 1) {
     strips.tables = {static_cast<const uint8_t*>(tables), size};
   }
-  if (page.height > 0xFFFF) return std::nullopt;  // no JPEG is: nor are there more strips
   const uint32_t count = TIFFNumberOfStrips(tiff);
   for (uint32_t i = 0; i < count; ++i) strips.strips.push_back(Strip(tiff, i, bytes));
   return JoinJpegStrips(strips);

@@ -9,9 +9,14 @@
 
 #include "formats/decoder.h"
 #include "formats/exif.h"
+#include "formats/planes.h"
 
 namespace pictures {
 namespace {
+
+struct DamagedWebp : Undecodable {
+  DamagedWebp() : Undecodable("libwebp finds it damaged") {}
+};
 
 struct FreeDemuxer {
   void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
@@ -84,19 +89,6 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
   return plans;
 }
 
-[[noreturn]] void ThrowDamaged() {
-  throw ImageError(
-      "cannot be decoded (libwebp finds it damaged); the file is damaged, save the picture again");
-}
-
-DecodedImage SplitRgba(const uint8_t* from, const ImagePlan& plan) {
-  DecodedImage image;
-  image.pixels = Raster(plan.width, plan.height, 8, 3);
-  image.alpha.emplace(plan.width, plan.height, 8, 1);
-  SplitAlpha(from, &image);
-  return image;
-}
-
 // A frame may cover a part of the canvas only, and show those before it.
 DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
   WebPAnimDecoderOptions options;
@@ -107,11 +99,11 @@ DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
       WebPAnimDecoderNew(&data, &options));
   uint8_t* canvas = nullptr;
   int time = 0;
-  if (!decoder) ThrowDamaged();
+  if (!decoder) throw DamagedWebp();
   for (uint64_t i = 0; i <= plan.place; ++i) {
-    if (WebPAnimDecoderGetNext(decoder.get(), &canvas, &time) == 0) ThrowDamaged();
+    if (WebPAnimDecoderGetNext(decoder.get(), &canvas, &time) == 0) throw DamagedWebp();
   }
-  return SplitRgba(canvas, plan);
+  return SplitAlpha(canvas, plan.width, plan.height);
 }
 
 DecodedImage DecodeWebp(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
@@ -122,15 +114,15 @@ DecodedImage DecodeWebp(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
     Buffer rgba(size_t{plan.width} * plan.height * 4);
     if (WebPDecodeRGBAInto(file.data(), file.size(), rgba.Data(), rgba.Size(),
                            static_cast<int>(plan.width) * 4) == nullptr) {
-      ThrowDamaged();
+      throw DamagedWebp();
     }
-    return SplitRgba(rgba.Data(), plan);
+    return SplitAlpha(rgba.Data(), plan.width, plan.height);
   }
   image.pixels = Raster(plan.width, plan.height, 8, 3);
   if (WebPDecodeRGBInto(file.data(), file.size(), image.pixels.bytes.Data(),
                         image.pixels.bytes.Size(),
                         static_cast<int>(image.pixels.Stride())) == nullptr) {
-    ThrowDamaged();
+    throw DamagedWebp();
   }
   return image;
 }

@@ -72,7 +72,8 @@ constexpr int kLargeFile = 0;
 // Names of files are UTF-8.
 std::optional<std::string> FileName(const wchar_t*, PlatformString text) {
   std::string bytes;
-  for (const char32_t c : text) {
+  for (const wchar_t unit : text) {
+    const auto c = static_cast<char32_t>(unit);
     const int more = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;  // bytes behind the first
     constexpr unsigned char kLead[] = {0x00, 0xC0, 0xE0, 0xF0};
     bytes.push_back(static_cast<char>(kLead[more] | (c >> (6 * more))));
@@ -122,13 +123,14 @@ void OpenOnPlatformPath(Stream& stream, const wchar_t* path, unsigned int mode) 
 
 }  // namespace
 
-std::size_t WriteUTF16BE(std::u32string_view text, unsigned char* out, std::size_t room) {
+std::size_t WriteUTF16BE(PlatformStringView text, unsigned char* out, std::size_t room) {
   std::size_t used = 0;
   const auto put = [&](char32_t unit) {
     out[used++] = static_cast<unsigned char>(unit >> 8);
     out[used++] = static_cast<unsigned char>(unit & 0xFF);
   };
-  for (const char32_t c : text) {
+  for (const auto unit : text) {
+    const auto c = static_cast<char32_t>(unit);
     const bool pair = c > 0xFFFF;
     if (room - used < (pair ? 4u : 2u)) break;
     if (pair) {
@@ -216,8 +218,9 @@ int JTPDFStrError(int errnum, char* buffer, unsigned long size) {
 
 std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text) {
   static_assert(sizeof(wchar_t) == sizeof(char32_t));
-  const PlatformString units(reinterpret_cast<const char32_t*>(text), std::wcslen(text));
-  for (const char32_t c : units) {
+  const PlatformString units(text);
+  for (const wchar_t unit : units) {
+    const auto c = static_cast<char32_t>(unit);
     if (IsSurrogate(c) || c > kLastCodePoint) return std::nullopt;
   }
   return units;

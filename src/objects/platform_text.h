@@ -17,8 +17,9 @@
 #if defined(_WIN32)
 using PlatformString = std::u32string;
 #else
-using PlatformString = std::u32string_view;
+using PlatformString = std::wstring_view;
 #endif
+using PlatformStringView = std::basic_string_view<PlatformString::value_type>;
 
 // The text up to its NUL as a platform string; none if it is not valid UTF-32, or UTF-16.
 std::optional<PlatformString> NSString_from_wchar_t(const wchar_t* text);
@@ -29,7 +30,7 @@ std::size_t CodePointCount(std::wstring_view text);
 // Writes the UTF-16BE bytes of as many whole leading characters of text as fit into room bytes at
 // out, and returns how many bytes that is. Conversion ends for good at the first character that
 // does not fit.
-std::size_t WriteUTF16BE(std::u32string_view text, unsigned char* out, std::size_t room);
+std::size_t WriteUTF16BE(PlatformStringView text, unsigned char* out, std::size_t room);
 
 // Open stream on path (UTF-8 on disk, UTF-16 on Windows) with mode, an std::ios_base::openmode
 // value, to which the output form adds std::ios_base::out and the input form std::ios_base::in. A

@@ -20,9 +20,14 @@ std::string Utf16(const std::wstring& text, std::size_t room) {
   return bytes.substr(0, used);
 }
 
+std::u32string CodePoints(const wchar_t* text) {
+  const std::optional<PlatformString> points = NSString_from_wchar_t(text);
+  return points ? std::u32string(points->begin(), points->end()) : U"not valid";
+}
+
 TEST(NSStringFromWcharT, HoldsTheTextUpToItsNul) {
-  EXPECT_EQ(U"a\u20AC\U0001F600", NSString_from_wchar_t(L"a\u20AC\U0001F600\0b"));
-  EXPECT_EQ(U"", NSString_from_wchar_t(L""));
+  EXPECT_EQ(U"a\u20AC\U0001F600", CodePoints(L"a\u20AC\U0001F600\0b"));
+  EXPECT_EQ(U"", CodePoints(L""));
 }
 
 TEST(NSStringFromWcharT, IsNoneForInvalidText) {

@@ -183,6 +183,20 @@ class Gif(JtpdfTest):
                         film.seek(number)
                         self.assertShows(pdf, over(film.convert("RGBA"), "white"), page=number + 1)
 
+    def test_what_a_passing_frame_hid_is_seen_again(self):
+        ground = blocks(6, 5).quantize(8).convert("RGB")
+        passing = Image.new("RGB", ground.size, "red")
+        last = passing.copy()
+        last.paste((0, 200, 0), (BLOCK, BLOCK, 3 * BLOCK, 2 * BLOCK))
+        path = self.save(ground, "a.gif", save_all=True, append_images=[passing, last],
+                         disposal=[1, 3, 1])
+        pdf = self.convert(path, "--all-frames")
+        with Image.open(path) as film:
+            film.seek(2)
+            self.assertEqual(film.tile[0][1], (BLOCK, BLOCK, 3 * BLOCK, 2 * BLOCK))
+            self.assertEqual(film.convert("RGB").getpixel((0, 0)), ground.getpixel((0, 0)))
+            self.assertShows(pdf, over(film.convert("RGBA"), "white"), page=3)
+
     def test_cut_anywhere(self):
         path, _ = self.film()
         whole = self.get("a.gif")

@@ -31,7 +31,7 @@ bool NamedLikePicture(std::string_view name) {
   return std::ranges::find(kPictureEndings, ending) != std::end(kPictureEndings);
 }
 
-// Pictures of kinds that cannot be read: GIF, Photoshop's, and those of phones.
+// Pictures of kinds that no build can read, or not each: Photoshop's, GIF, those of phones.
 bool BeginsLikeOtherPicture(Bytes head) {
   const auto has = [&](size_t at, std::string_view text) {
     return head.size() >= at && StartsWith(head.subspan(at), text);

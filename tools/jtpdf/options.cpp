@@ -94,8 +94,7 @@ struct Words {
   bool quiet = false, verbose = false;
 };
 
-void Declare(CLI::App* app, Options* options, Words* words) {
-  app->set_help_flag();  // --help is ours
+void DeclareWords(CLI::App* app, Options* options, Words* words) {
   // CLI11 takes "[a,b]" for a list, but names and titles may be written so: the mark that
   // Read puts behind the bracket hides it and is taken off again here.
   const auto add = [&](const char* names, auto& to) {
@@ -129,6 +128,13 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   add("--compression", words->compression);
   add("--max-pixels", words->pixels);
   add("--max-input", words->maxInput);
+  add("--viewer-panes", words->viewer.panes);
+  add("--viewer-initial-page", words->viewer.initialPage);
+  add("--viewer-magnification", words->viewer.magnification);
+  add("--viewer-page-layout", words->viewer.pageLayout);
+}
+
+void DeclareFlags(CLI::App* app, Options* options, Words* words) {
   app->add_flag("-a,--auto-orient", options->layout.autoOrient);
   app->add_flag("--first-frame-only", options->firstFrameOnly);
   app->add_flag("--all-frames", options->limits.allFrames);
@@ -141,10 +147,6 @@ void Declare(CLI::App* app, Options* options, Words* words) {
   app->add_flag("-v,--verbose", words->verbose);
   app->add_flag("-h,--help", options->help);
   app->add_flag("--version", options->version);
-  add("--viewer-panes", words->viewer.panes);
-  add("--viewer-initial-page", words->viewer.initialPage);
-  add("--viewer-magnification", words->viewer.magnification);
-  add("--viewer-page-layout", words->viewer.pageLayout);
   app->add_flag("--viewer-fit-window", words->viewer.fitWindow);
   app->add_flag("--viewer-center-window", words->viewer.centerWindow);
   app->add_flag("--viewer-fullscreen", words->viewer.fullScreen);
@@ -247,7 +249,9 @@ Options ParseOptions(int count, const char* const* arguments) {
   Options options;
   Words words;
   CLI::App app;
-  Declare(&app, &options, &words);
+  app.set_help_flag();  // --help is ours
+  DeclareWords(&app, &options, &words);
+  DeclareFlags(&app, &options, &words);
   Read(count, arguments, &app);
   if (options.help || options.version) return options;
   try {

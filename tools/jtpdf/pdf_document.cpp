@@ -14,8 +14,12 @@ namespace pictures::tool {
 namespace {
 
 std::string AsArray(const JTPDFRect& box) {
-  return "[" + Decimal(box.left) + " " + Decimal(box.bottom) + " " + Decimal(box.left + box.width) +
-         " " + Decimal(box.bottom + box.height) + "]";
+  std::string text = "[";
+  for (const double edge : {box.left, box.bottom, box.left + box.width, box.bottom + box.height}) {
+    if (text.size() > 1) text += ' ';
+    text += Decimal(edge);
+  }
+  return text + ']';
 }
 
 // Saves the graphics state and draws only inside the box from there on.
