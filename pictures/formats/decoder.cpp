@@ -87,6 +87,9 @@ std::vector<ImagePlan> OnlyPage(ImagePlan plan) {
 }
 
 void NumberPages(std::vector<ImagePlan>* plans) {
+  if (plans->size() > kMostPages) {
+    throw ImageError("has more than " + std::to_string(kMostPages) + " pages; split it");
+  }
   for (size_t i = 0; i < plans->size(); ++i) {
     (*plans)[i].page = static_cast<unsigned>(i + 1);
     (*plans)[i].pages = static_cast<unsigned>(plans->size());

@@ -82,7 +82,10 @@ void SetMemory(double bytes, const ReadLimits& limits, ImagePlan* plan);
 // The plans of a file with one picture.
 std::vector<ImagePlan> OnlyPage(ImagePlan plan);
 
-// Numbers the plans of a file's pages.
+// The most pages that are taken from one file: a small file may hold millions of empty ones.
+inline constexpr size_t kMostPages = 65535;
+
+// Numbers the plans of a file's pages. Throws an ImageError where there are too many.
 void NumberPages(std::vector<ImagePlan>* plans);
 
 // Numbers the plans of an animation, or says in the only one that there are more frames.

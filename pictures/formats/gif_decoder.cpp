@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "formats/canvas.h"
 #include "formats/decoder.h"
-#include "formats/planes.h"
 
 namespace pictures {
 namespace {
@@ -27,14 +27,13 @@ int ReadBytes(GifFileType* gif, GifByteType* to, int size) {
 }
 
 struct Frame {
-  uint32_t left = 0, top = 0, width = 0, height = 0;
+  Canvas::Area area;
   bool interlaced = false;
   int disposal = DISPOSAL_UNSPECIFIED;
   int transparent = NO_TRANSPARENT_COLOR;
 
   bool Hides(uint32_t canvasWidth, uint32_t canvasHeight) const {
-    return left == 0 && top == 0 && width >= canvasWidth && height >= canvasHeight &&
-           transparent == NO_TRANSPARENT_COLOR;
+    return area.Covers(canvasWidth, canvasHeight) && transparent == NO_TRANSPARENT_COLOR;
   }
 };
 
@@ -62,10 +61,8 @@ class GifReader {
     }
     Check(DGifGetImageDesc(gif_.get()));
     const GifImageDesc& image = gif_->Image;
-    *frame = {static_cast<uint32_t>(image.Left),
-              static_cast<uint32_t>(image.Top),
-              static_cast<uint32_t>(image.Width),
-              static_cast<uint32_t>(image.Height),
+    *frame = {{static_cast<uint32_t>(image.Left), static_cast<uint32_t>(image.Top),
+               static_cast<uint32_t>(image.Width), static_cast<uint32_t>(image.Height)},
               image.Interlace,
               control.DisposalMode,
               control.TransparentColor};
@@ -149,65 +146,43 @@ uint32_t RowOf(const Frame& frame, uint32_t i) {
   if (!frame.interlaced) return i;
   constexpr uint32_t kFirst[] = {0, 4, 2, 1}, kStep[] = {8, 8, 4, 2};
   for (size_t pass = 0; pass < 4; ++pass) {
+    const uint32_t height = frame.area.height;
     const uint32_t rows =
-        frame.height <= kFirst[pass] ? 0 : (frame.height - kFirst[pass] - 1) / kStep[pass] + 1;
+        height <= kFirst[pass] ? 0 : (height - kFirst[pass] - 1) / kStep[pass] + 1;
     if (i < rows) return kFirst[pass] + i * kStep[pass];
     i -= rows;
   }
   return 0;  // not reached: the passes have all rows
 }
 
-// What is seen of the frames so far: red, green, blue and opacity.
-class Canvas {
- public:
-  Canvas(uint32_t width, uint32_t height)
-      : width_(width), height_(height), pixels_(size_t{4} * width * height) {
-    std::memset(pixels_.Data(), 0, pixels_.Size());
+Canvas::Disposal DisposalOf(const Frame& frame) {
+  return frame.disposal == DISPOSE_BACKGROUND ? Canvas::Disposal::kIsCleared
+         : frame.disposal == DISPOSE_PREVIOUS ? Canvas::Disposal::kUncovers
+                                              : Canvas::Disposal::kStays;
+}
+
+void DrawRow(const Frame& frame, const ColorMapObject& colours, uint32_t y, const uint8_t* row,
+             Canvas* canvas) {
+  const Canvas::Area& area = frame.area;
+  for (uint32_t x = 0; x < area.width && area.left + x < canvas->Width(); ++x) {
+    if (row[x] == frame.transparent) continue;
+    const GifColorType black{0, 0, 0};
+    const GifColorType& colour = row[x] < colours.ColorCount ? colours.Colors[row[x]] : black;
+    const uint8_t pixel[] = {colour.Red, colour.Green, colour.Blue, 255};
+    std::memcpy(canvas->At(area.left + x, y), pixel, sizeof pixel);
   }
+}
 
-  void Draw(const Frame& frame, GifReader* reader) {
-    Dispose();
-    if (frame.disposal == DISPOSE_PREVIOUS) before_ = Buffer::CopyOf(pixels_.View());
-    const ColorMapObject& colours = reader->Colours();
-    Buffer row(frame.width);
-    for (uint32_t i = 0; i < frame.height; ++i) {
-      reader->ReadRow(row.Data(), frame.width);
-      const uint32_t y = frame.top + RowOf(frame, i);
-      if (y < height_) DrawRow(frame, colours, y, row.Data());
-    }
-    last_ = frame;
+void Draw(const Frame& frame, GifReader* reader, Canvas* canvas) {
+  canvas->Begin(frame.area, DisposalOf(frame));
+  const ColorMapObject& colours = reader->Colours();
+  Buffer row(frame.area.width);
+  for (uint32_t i = 0; i < frame.area.height; ++i) {
+    reader->ReadRow(row.Data(), frame.area.width);
+    const uint32_t y = frame.area.top + RowOf(frame, i);
+    if (y < canvas->Height()) DrawRow(frame, colours, y, row.Data(), canvas);
   }
-
-  DecodedImage Split() const { return SplitAlpha(pixels_.Data(), width_, height_); }
-
- private:
-  // Does away with the frame before, as that one asks.
-  void Dispose() {
-    if (last_.disposal == DISPOSE_PREVIOUS) pixels_ = std::move(before_);
-    if (last_.disposal != DISPOSE_BACKGROUND || last_.left >= width_) return;
-    const uint32_t right = std::min(last_.left + last_.width, width_);
-    for (uint32_t y = last_.top; y < std::min(last_.top + last_.height, height_); ++y) {
-      std::memset(At(last_.left, y), 0, size_t{4} * (right - last_.left));
-    }
-  }
-
-  void DrawRow(const Frame& frame, const ColorMapObject& colours, uint32_t y, const uint8_t* row) {
-    for (uint32_t x = 0; x < frame.width && frame.left + x < width_; ++x) {
-      if (row[x] == frame.transparent) continue;
-      const GifColorType black{0, 0, 0};
-      const GifColorType& colour = row[x] < colours.ColorCount ? colours.Colors[row[x]] : black;
-      const uint8_t pixel[] = {colour.Red, colour.Green, colour.Blue, 255};
-      std::memcpy(At(frame.left + x, y), pixel, 4);
-    }
-  }
-
-  uint8_t* At(uint32_t x, uint32_t y) { return pixels_.Data() + 4 * (size_t{width_} * y + x); }
-
-  uint32_t width_, height_;
-  Buffer pixels_;
-  Buffer before_;  // where the last frame wants it back
-  Frame last_;
-};
+}
 
 // The last frame up to `number` that hides all before it for good: what one of those hid that are
 // taken away again is still to be seen behind it.
@@ -226,14 +201,14 @@ uint64_t FirstNeeded(Bytes file, uint64_t number) {
 DecodedImage DecodeGif(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   const uint64_t first = FirstNeeded(file, plan.place);
   GifReader reader(file);
-  Canvas canvas(plan.width, plan.height);
+  Canvas canvas(plan.width, plan.height, 8, 3);
   Frame frame;
   for (uint64_t i = 0; i <= plan.place; ++i) {
     if (!reader.Next(&frame)) throw CutOff();
     if (i < first) {
       reader.SkipPixels();
     } else {
-      canvas.Draw(frame, &reader);
+      Draw(frame, &reader, &canvas);
     }
   }
   return canvas.Split();

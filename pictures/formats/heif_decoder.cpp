@@ -214,8 +214,9 @@ DecodedImage DecodeHeif(const ImagePlan& plan, Bytes bytes, std::vector<Note>*) 
   }
   const int bits = heif_image_get_bits_per_pixel_range(decoded, heif_channel_interleaved);
   if (deep && bits >= 1 && bits < 16) Widen(bits, &pixels);
-  DecodedImage split = SplitAlpha(std::move(pixels), alpha);
-  if (alpha && heif_image_handle_is_premultiplied_alpha(handle.get()) != 0) {
+  if (!alpha) return {std::move(pixels), {}};
+  DecodedImage split = SplitAlpha(pixels);
+  if (heif_image_handle_is_premultiplied_alpha(handle.get()) != 0) {
     DivideByAlpha(*split.alpha, &split.pixels);
   }
   return split;

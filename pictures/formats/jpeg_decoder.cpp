@@ -12,6 +12,7 @@
 #include "formats/exif.h"
 #include "formats/jpeg_failure.h"
 #include "formats/jpeg_segments.h"
+#include "formats/multi_picture.h"
 
 namespace pictures {
 namespace {
@@ -110,8 +111,21 @@ std::string DecodeReason(const JpegFacts& facts, Colour colour) {
   return {};
 }
 
-std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
-  const JpegFacts facts = ReadFacts(file);
+void AddNotes(const JpegFacts& facts, ImagePlan* plan) {
+  if (plan->colour == Colour::kCmyk && !facts.adobeTransform && !IsArithmetic(facts)) {
+    plan->notes.push_back({true,
+                           "is CMYK without the Adobe marker, so its inks are not stored "
+                           "inverted as PDF declares them here; it was decoded and stored "
+                           "without loss"});
+  }
+  if (facts.stray > 0) {
+    plan->notes.push_back(
+        {true, "holds " + std::to_string(facts.stray) +
+                   " stray bytes between its segments, which decoders pass over"});
+  }
+}
+
+ImagePlan PlanPicture(Bytes file, const JpegFacts& facts, const ReadLimits& limits) {
   ImagePlan plan;
   plan.format = Format::kJpeg;
   plan.width = Be16(&facts.sof[3]);
@@ -122,24 +136,10 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
   const int components = facts.sof[5];
   plan.colour = components == 1 ? Colour::kGrey : components == 3 ? Colour::kRgb : Colour::kCmyk;
   plan.decodeReason = DecodeReason(facts, plan.colour);
-  if (plan.colour == Colour::kCmyk && !facts.adobeTransform && !IsArithmetic(facts)) {
-    plan.notes.push_back({true,
-                          "is CMYK without the Adobe marker, so its inks are not stored "
-                          "inverted as PDF declares them here; it was decoded and stored "
-                          "without loss"});
-  }
   plan.resolution = facts.jfif;
   ApplyExif(facts.exif, &plan);
-  if (facts.stray > 0) {
-    plan.notes.push_back({true, "holds " + std::to_string(facts.stray) +
-                                    " stray bytes between its segments, which decoders pass over"});
-  }
+  AddNotes(facts, &plan);
   plan.size = FindEnd(file, facts);
-  if (plan.size != file.size()) {
-    plan.notes.push_back({facts.multiPicture, "only its first picture was used; " +
-                                                  std::to_string(file.size() - plan.size) +
-                                                  " bytes behind it were left out"});
-  }
   if (plan.PassesThrough()) {
     CheckStored(plan);
   } else {  // a progressive file is held as coefficients until its last scan
@@ -148,16 +148,48 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
               limits, &plan);
   }
   if (facts.profile) JudgeProfile(&plan, kJpegDecoder.profile(plan, file).View());
+  return plan;
+}
+
+// One of several, or why it cannot be used: the others may be good.
+ImagePlan PlanOneOf(Bytes file, const PicturePlace& place, const ReadLimits& limits) {
+  ImagePlan plan;
+  try {
+    const Bytes picture = Slice(file, place.begin, place.size);
+    plan = PlanPicture(picture, ReadFacts(picture), limits);
+  } catch (const ImageError& error) {
+    plan.error = error.what();
+  }
+  plan.place = place.begin;
+  return plan;
+}
+
+std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
+  const JpegFacts facts = ReadFacts(file);
+  std::vector<PicturePlace> places;
+  if (limits.allFrames && facts.multiPicture) places = FindPictures(file);
+  if (places.size() > 1) {
+    std::vector<ImagePlan> plans;
+    for (const PicturePlace& place : places) plans.push_back(PlanOneOf(file, place, limits));
+    NumberPages(&plans);
+    return plans;
+  }
+  ImagePlan plan = PlanPicture(file, facts, limits);
+  if (plan.size != file.size()) {
+    plan.notes.push_back({facts.multiPicture, "only its first picture was used; " +
+                                                  std::to_string(file.size() - plan.size) +
+                                                  " bytes behind it were left out"});
+  }
   return OnlyPage(std::move(plan));
 }
 
 // Joins the chunks of the APP2 segments in the order of their numbers; empty unless all are there.
-Buffer JpegProfile(const ImagePlan&, Bytes file) {
+Buffer JpegProfile(const ImagePlan& plan, Bytes file) {
   constexpr size_t kHead = 14;  // "ICC_PROFILE\0", chunk number from 1, number of chunks
   std::array<Bytes, 256> chunks{};
   unsigned count = 0, found = 0;
   size_t size = 0;
-  JpegSegments walk(file);
+  JpegSegments walk(file.subspan(plan.place));
   while (walk.Next()) {
     if (walk.marker != kApp2 || !StartsWith(walk.data, "ICC_PROFILE\0"sv) ||
         walk.data.size() <= kHead) {
@@ -214,8 +246,9 @@ bool ReadPixels(Bytes file, Raster* raster, JpegFailure* failure) {
 DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* notes) {
   DecodedImage image;
   image.pixels = Raster(plan.width, plan.height, 8, Channels(plan.colour));
+  const Bytes picture = Slice(file, plan.place, plan.size);
   JpegFailure failure = {};
-  if (!ReadPixels(file.first(plan.size), &image.pixels, &failure)) {
+  if (!ReadPixels(picture, &image.pixels, &failure)) {
     throw Undecodable(std::string("libjpeg: ") + failure.text);
   }
   if (failure.manager.num_warnings > 0) {
@@ -223,7 +256,7 @@ DecodedImage DecodeJpeg(const ImagePlan& plan, Bytes file, std::vector<Note>* no
         {true, std::string("is damaged and may show faults (libjpeg: ") + failure.text + ")"});
   }
   // Inks of files with the Adobe marker come out inverted already, as the PDF declares them.
-  if (plan.colour == Colour::kCmyk && !ReadFacts(file).adobeTransform) {
+  if (plan.colour == Colour::kCmyk && !ReadFacts(picture).adobeTransform) {
     uint8_t* bytes = image.pixels.bytes.Data();
     for (size_t i = 0; i < image.pixels.bytes.Size(); ++i) bytes[i] = ~bytes[i];
   }

@@ -21,7 +21,8 @@ int ChannelsOf(const JxlBasicInfo& info) {
 }
 
 // The plan of the JPEG is that of the file; it is looked at again when the page is made.
-ImagePlan PlanJpegOf(const Buffer& jpeg, const ReadLimits& limits) {
+ImagePlan PlanJpegOf(const Buffer& jpeg, ReadLimits limits) {
+  limits.allFrames = false;
   ImagePlan plan = kJpegDecoder.plan(jpeg.View(), limits).front();
   plan.format = Format::kJxl;
   return plan;
@@ -73,7 +74,8 @@ DecodedImage DecodeJxl(const ImagePlan& plan, Bytes file, std::vector<Note>* not
   if (facts.jpeg) return kJpegDecoder.decode(AsJpegPlan(plan), ReconstructJpeg(file).View(), notes);
   Raster pixels(plan.width, plan.height, plan.depth, ChannelsOf(facts.info));
   DecodeJxlFrame(file, static_cast<unsigned>(plan.place), &pixels);
-  return SplitAlpha(std::move(pixels), plan.alpha);
+  if (plan.alpha) return SplitAlpha(pixels);
+  return {std::move(pixels), {}};
 }
 
 std::optional<EncodedImage> PassJxlThrough(const ImagePlan& plan, Bytes file, int level) {

@@ -41,8 +41,7 @@ void SplitAlpha(const uint8_t* from, size_t count, PixelBytes pixel, uint8_t* co
   }
 }
 
-DecodedImage SplitAlpha(Raster interleaved, bool alpha) {
-  if (!alpha) return {std::move(interleaved), {}};
+DecodedImage SplitAlpha(const Raster& interleaved) {
   const Raster& all = interleaved;
   return SplitInto(Raster(all.width, all.height, all.bits, all.channels - 1), all.bytes.Data());
 }

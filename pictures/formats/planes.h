@@ -25,8 +25,8 @@ inline PixelBytes PixelOf(const Raster& colours) {
 void SplitAlpha(const uint8_t* from, size_t count, PixelBytes pixel, uint8_t* colours,
                 uint8_t* alpha);
 
-// The raster (of 8 or 16 bits), with its last channel taken out where that is the opacity.
-DecodedImage SplitAlpha(Raster interleaved, bool alpha);
+// The raster (of 8 or 16 bits) without its last channel, which is the opacity.
+DecodedImage SplitAlpha(const Raster& interleaved);
 
 // Pixels of red, green, blue and opacity, a byte each.
 DecodedImage SplitAlpha(const uint8_t* rgba, uint32_t width, uint32_t height);

@@ -20,6 +20,7 @@
 #include "formats/exif.h"
 #include "formats/icc.h"
 #include "formats/planes.h"
+#include "formats/png_animation.h"
 #include "formats/png_file.h"
 #include "formats/samples.h"
 #include "packing.h"
@@ -78,6 +79,23 @@ bool KeyBecomesMask(const PngFacts& facts) {
   return facts.HasKey() && facts.depth == 16;
 }
 
+// A page for each frame of an animation, as it is seen over those before it. Their places count
+// from 1: the still picture has 0.
+std::vector<ImagePlan> PlanFrames(Bytes file, ImagePlan plan, const ReadLimits& limits) {
+  plan.alpha = true;
+  plan.size = 0;
+  plan.decodeReason = "a frame of an animation, which PDF does not know";
+  // The canvas and what it was before, the frame and the file made of it, and the rasters.
+  const int samples = 6 * (Channels(plan.colour) + 1);
+  SetMemory(static_cast<double>(plan.width) * plan.height * samples * (plan.depth == 16 ? 2 : 1),
+            limits, &plan);
+  std::vector<ImagePlan> plans(ReadPngFrames(file).size(), plan);
+  if (plans.empty()) throw Damaged("the frames of its animation are not there");
+  for (size_t i = 0; i < plans.size(); ++i) plans[i].place = i + 1;
+  NumberPages(&plans);
+  return plans;
+}
+
 std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
   const PngFacts facts = ReadPngFacts(file);
   ImagePlan plan;
@@ -102,10 +120,6 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
     plan.resolution = PerMetre(Be32(&facts.density[0]), Be32(&facts.density[4]));
   }
   ApplyExif(ReadExif(facts.exif), &plan);
-  if (facts.frames > 1) {
-    plan.notes.push_back({true, "is an animation of " + std::to_string(facts.frames) +
-                                    " frames; only its still picture was used"});
-  }
   if (!facts.profile.empty()) {
     const Inflated profile = UnpackProfile(facts);
     if (profile.bytes.Empty()) {
@@ -113,6 +127,11 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
     } else {
       JudgeProfile(&plan, profile.bytes.View());
     }
+  }
+  if (facts.frames > 1 && limits.allFrames) return PlanFrames(file, std::move(plan), limits);
+  if (facts.frames > 1) {
+    plan.notes.push_back({true, "is an animation of " + std::to_string(facts.frames) +
+                                    " frames; only its still picture was used"});
   }
   return OnlyPage(std::move(plan));
 }
@@ -274,20 +293,43 @@ void ConvertRows(const PngFacts& facts, Bytes file, RowConverter* converter) {
   }
 }
 
-DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
+DecodedImage DecodeStill(Bytes file, Colour colour) {
   const PngFacts facts = ReadPngFacts(file);
   const Palette palette(facts);
   WholePngData(file);
   CheckPromise(facts);
   DecodedImage image;
   image.pixels =
-      Raster(facts.width, facts.height, facts.IsPalette() ? 8 : facts.depth, Channels(plan.colour));
+      Raster(facts.width, facts.height, facts.IsPalette() ? 8 : facts.depth, Channels(colour));
   if (const int bits = AlphaBits(facts, palette); bits != 0) {
     image.alpha.emplace(facts.width, facts.height, bits, 1);
   }
   RowConverter converter{&facts, &palette, &image.pixels, image.alpha ? &*image.alpha : nullptr};
   ConvertRows(facts, file, &converter);
   return image;
+}
+
+// The frames up to the one that is wanted, from the last one on that hides all before it.
+DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
+  const std::vector<PngFrame> frames = ReadPngFrames(file);
+  const auto wanted = static_cast<size_t>(plan.place - 1);
+  if (wanted >= frames.size()) throw Damaged("a frame of its animation is not there");
+  size_t first = wanted;
+  while (first > 0 && (frames[first].over || !frames[first].area.Covers(plan.width, plan.height) ||
+                       (first < wanted && frames[first].disposal == Canvas::Disposal::kUncovers))) {
+    --first;
+  }
+  WholePngData(file);
+  Canvas canvas(plan.width, plan.height, plan.depth == 16 ? 16 : 8, Channels(plan.colour));
+  for (size_t i = first; i <= wanted; ++i) {
+    const Buffer still = MakePngFile(file, frames[i]);
+    DrawPngFrame(frames[i], DecodeStill(still.View(), plan.colour), &canvas);
+  }
+  return canvas.Split();
+}
+
+DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
+  return plan.place == 0 ? DecodeStill(file, plan.colour) : DecodeFrame(plan, file);
 }
 
 // Inflates the stream of a picture that is small enough for that to take no time and little memory.
