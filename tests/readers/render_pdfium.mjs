@@ -1,18 +1,18 @@
-// render_pdfium.mjs PACKAGES FILE FOLDER: renders each page with PDFium, a pixel a point, into
-// FOLDER/page-N.ppm. PACKAGES is the directory with node_modules.
+// render_pdfium.mjs PACKAGES FILE FOLDER [SCALE]: renders each page with PDFium, SCALE pixels a point
+// (one), into FOLDER/page-N.ppm. PACKAGES is the directory with node_modules.
 
 import { createRequire } from "node:module";
 import fs from "node:fs";
 import path from "node:path";
 
-const [packages, file, folder] = process.argv.slice(2);
+const [packages, file, folder, scale] = process.argv.slice(2);
 const require = createRequire(path.join(path.resolve(packages), "package.json"));
 const { PDFiumLibrary } = require("@hyzyla/pdfium");
 
 const library = await PDFiumLibrary.init();
 const document = await library.loadDocument(fs.readFileSync(file));
 for (const page of document.pages()) {
-  const image = await page.render({ scale: 1, render: "bitmap" });
+  const image = await page.render({ scale: Number(scale ?? 1), render: "bitmap" });
   // Four bytes a pixel: red, green, blue and alpha.
   const pixels = Buffer.alloc(3 * image.width * image.height);
   for (let i = 0, j = 0; i < image.data.length; i += 4) {

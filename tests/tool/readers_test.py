@@ -1,4 +1,4 @@
-"""Every kind of input through five readers; with --write-docs what they show goes into a page."""
+"""Every kind of input through six readers; with --write-docs what they show goes into a page."""
 import io
 import os
 import pathlib
@@ -24,18 +24,24 @@ PAGE = pathlib.Path(os.environ["SOURCE"], "docs/readers-tool.md")
 MODULES = os.path.join(os.environ["BUILD"], "pdfjs", "node_modules")
 
 
-def install_pdfjs():
-    """pdf.js in the build folder; None and a loud word where it cannot be had."""
-    if os.path.isdir(MODULES + "/pdfjs-dist") and os.path.isdir(MODULES + "/@napi-rs"):
+PACKAGES = {"pdf.js": "pdfjs-dist@4.10.38", "PDFium": "@hyzyla/pdfium@2.1.13",
+            "canvas": "@napi-rs/canvas@0.1.68"}
+
+
+def install_packages():
+    """pdf.js and PDFium in the build folder; a loud word where they cannot be had."""
+    if all(os.path.isdir(f"{MODULES}/{name.rpartition('@')[0]}") for name in PACKAGES.values()):
         return True
     if not shutil.which("npm"):
-        print("SKIPPED LOUDLY: pdf.js is not tested, for there is no npm here", flush=True)
+        print("SKIPPED LOUDLY: pdf.js and PDFium are not tested, for there is no npm here",
+              flush=True)
         return False
     done = subprocess.run(["npm", "install", "--no-audit", "--no-fund", "--prefix",
-                           os.path.dirname(MODULES), "pdfjs-dist@4.10.38",
-                           "@napi-rs/canvas@0.1.68"], capture_output=True, text=True, timeout=300)
+                           os.path.dirname(MODULES), *PACKAGES.values()], capture_output=True,
+                          text=True, timeout=300)
     if done.returncode != 0:
-        print("SKIPPED LOUDLY: pdf.js cannot be installed:", done.stderr[-300:], flush=True)
+        print("SKIPPED LOUDLY: pdf.js and PDFium cannot be installed:", done.stderr[-300:],
+              flush=True)
     return done.returncode == 0
 
 
@@ -52,10 +58,11 @@ def grey_rows(depth, width=12 * BLOCK, height=7 * BLOCK):
 
 
 def make_inputs(folder):
-    """Pairs of a kind of input, as the table names it, and its file."""
+    """A kind of input, as the table names it, its file, and what it shows, where Pillow does not
+    know that."""
     kinds = []
 
-    def add(kind, data):
+    def add(kind, data, shown=None):
         path = os.path.join(folder, f"{len(kinds):02d}")
         if isinstance(data, bytes):
             with open(path, "wb") as file:
@@ -63,7 +70,14 @@ def make_inputs(folder):
         else:
             picture, options = data
             picture.save(path, **options)
-        kinds.append((kind, path))
+        kinds.append((kind, path, shown))
+
+    def encoded(picture, name, *words):
+        """What a program makes of the picture, whose words name that SOURCE and MADE."""
+        names = {"SOURCE": os.path.join(folder, "source.png"), "MADE": os.path.join(folder, name)}
+        picture.save(names["SOURCE"])
+        subprocess.run([names.get(word, word) for word in words], check=True, capture_output=True)
+        return pathlib.Path(names["MADE"]).read_bytes()
 
     profile = support.icc_profile()
     add("JPEG, baseline RGB", jpeg_bytes(blocks()))
@@ -95,6 +109,12 @@ def make_inputs(folder):
                                            [row.tobytes() for row in wide]))
     add("PNG, RGB and alpha", (blocks(mode="RGBA"), {"format": "PNG"}))
     add("PNG, grey and alpha", (blocks(mode="LA"), {"format": "PNG"}))
+    add("PNG, interlaced", encoded(blocks(), "made.png", "/usr/bin/convert", "SOURCE", "-interlace",
+                                   "PNG", "MADE"))
+    deep = numpy.asarray(blocks(mode="RGBA"), numpy.uint16) * 257
+    add("PNG, 16-bit RGB and alpha", pixels_test.png(
+        12 * BLOCK, 7 * BLOCK, 16, 6, [row.tobytes() for row in deep.astype(">u2")]),
+        pixels_test.over(blocks(mode="RGBA"), "white"))
     add("PNG, palette", (blocks(6, 5).quantize(16), {"format": "PNG"}))
     add("PNG, palette with tRNS", (blocks(6, 5).quantize(8),
                                    {"format": "PNG", "transparency": bytes([0, 128, 255])}))
@@ -110,6 +130,13 @@ def make_inputs(folder):
                                                       "icc_profile": grey_profile}))
     add("BMP, RGB", (blocks(), {"format": "BMP"}))
     add("BMP, palette", (blocks(6, 5).quantize(16), {"format": "BMP"}))
+    add("BMP, RGB and alpha", (blocks(mode="RGBA"), {"format": "BMP"}))
+    add("PAM, RGB and alpha", b"P7\nWIDTH %d\nHEIGHT %d\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\n"
+        b"ENDHDR\n" % blocks().size + blocks(mode="RGBA").tobytes(),
+        pixels_test.over(blocks(mode="RGBA"), "white"))
+    add("PGM, 16-bit grey", b"P5 %d %d 65535\n" % blocks().size
+        + (numpy.asarray(blocks(mode="L"), numpy.uint16) * 257).astype(">u2").tobytes(),
+        blocks(mode="L"))
     add("PPM", (blocks(), {"format": "PPM"}))
     bilevel = blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1")
     add("PBM", (bilevel, {"format": "PPM"}))
@@ -119,6 +146,16 @@ def make_inputs(folder):
         picture = (blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1") if mode == "1"
                    else blocks(mode=mode))
         add(f"TIFF, {mode}", (picture, {"format": "TIFF", "compression": "tiff_lzw"}))
+    add("TIFF, palette", (blocks(6, 5).quantize(16), {"format": "TIFF",
+                                                      "compression": "tiff_lzw"}))
+    add("TIFF, 16-bit grey", (Image.fromarray(numpy.asarray(blocks(mode="L"), numpy.uint16) * 257),
+                              {"format": "TIFF", "compression": "tiff_adobe_deflate"}))
+    for depth in (2, 4, 16):
+        options = ("-depth", str(depth), "-compress", "LZW")
+        colours = blocks(mode="L").point(lambda v, most=(1 << min(depth, 8)) - 1:
+                                         round(v * most / 255) * 255 // most)
+        add(f"TIFF, {depth}-bit grey, LZW", encoded(colours, "made.tif", "/usr/bin/convert", "SOURCE",
+                                                    *options, "MADE"), colours)
     black = blocks(mode="L").point(lambda v: 255 * (v > 127)).convert("1")
     for kind, picture, options in (
             ("group 3", black, "g3:1d"), ("group 3, two dimensions", black, "g3:2d"),
@@ -132,6 +169,22 @@ def make_inputs(folder):
     add("WebP, RGB", (blocks(), {"format": "WEBP", "lossless": True}))
     add("WebP, RGB and alpha", (blocks(mode="RGBA"), {"format": "WEBP", "lossless": True,
                                                       "exact": True}))
+    add("WebP, lossy", (blocks(), {"format": "WEBP", "quality": 95}))
+    add("HEIF, lossy", encoded(blocks(), "made.heic", "heif-enc", "-q", "95", "-o", "MADE", "SOURCE"),
+        blocks())
+    add("HEIF, alpha, lossy", encoded(blocks(mode="RGBA"), "made.heic", "heif-enc", "-q", "95", "-o",
+                                      "MADE", "SOURCE"),
+        pixels_test.over(blocks(mode="RGBA"), "white"))
+    add("AVIF, lossy", encoded(blocks(), "made.avif", "heif-enc", "-A", "-q", "95", "-o", "MADE",
+                               "SOURCE"), blocks())
+    for name, mode in ("RGB", "RGB"), ("grey", "L"), ("RGB and alpha", "RGBA"):
+        add(f"JPEG XL, {name}", encoded(blocks(mode=mode), "made.jxl", "cjxl", "SOURCE", "MADE", "-d",
+                                        "0"), pixels_test.over(blocks(mode=mode), "white"))
+    made = os.path.join(folder, "made.jxl")
+    for kind, path, _ in kinds[:2]:
+        subprocess.run(["cjxl", path, made, "--lossless_jpeg=1"], check=True, capture_output=True)
+        add(kind.replace("JPEG,", "JPEG XL of a JPEG,"), pathlib.Path(made).read_bytes(),
+            source(path))
     return kinds
 
 
@@ -139,7 +192,8 @@ def command(*arguments):
     return subprocess.run(arguments, capture_output=True, text=True, timeout=60)
 
 
-READERS = ("qpdf", "Poppler", "MuPDF", "Ghostscript", "pdf.js")
+READERS = ("qpdf", "Poppler", "MuPDF", "Ghostscript", "pdf.js", "PDFium")
+HERE = pathlib.Path(__file__).parent
 
 
 def show(reader, pdf, prefix):
@@ -154,9 +208,15 @@ def show(reader, pdf, prefix):
     elif reader == "Ghostscript":
         done = command("gs", "-q", "-dNOPAUSE", "-dBATCH", "-dSAFER", "-sDEVICE=png16m", "-r96",
                        "-o", prefix + "1.png", pdf)
+    elif reader == "pdf.js":
+        done = command("node", HERE / "render_with_pdfjs.mjs", MODULES, pdf, prefix)
     else:
-        done = command("node", os.path.join(os.path.dirname(__file__), "render_with_pdfjs.mjs"),
-                       MODULES, pdf, prefix)
+        pages = pathlib.Path(prefix + "pages")
+        pages.mkdir()
+        done = command("node", HERE.parent / "readers/render_pdfium.mjs", os.path.dirname(MODULES),
+                       pdf, pages, str(96 / 72))
+        if done.returncode == 0:
+            (pages / "page-1.ppm").rename(prefix + "1.png")
     said = done.stdout + done.stderr.replace(OF_ITSELF.get(reader, ""), "")
     return said or ("" if done.returncode == 0 else f"status {done.returncode}")
 
@@ -192,22 +252,22 @@ def differs(path, expected):
 
 
 class Readers(unittest.TestCase):
-    def test_five_readers_accept_and_show_every_kind(self):
-        readers = READERS if install_pdfjs() else READERS[:-1]
+    def test_readers_accept_and_show_every_kind(self):
+        readers = READERS if install_packages() else READERS[:-2]
         rows = []
         with tempfile.TemporaryDirectory() as folder:
-            for kind, path in make_inputs(folder):
+            for kind, path, shown in make_inputs(folder):
                 pdf = path + ".pdf"
                 status, _, error = run("-q", path, "-o", pdf)
                 self.assertEqual((status, error), (0, ""), kind)
-                lossy = kind.startswith("JPEG") or "lossy" in kind
+                lossy = kind.startswith(("JPEG,", "JPEG XL of")) or "lossy" in kind
                 cells = []
                 for reader in readers:
                     with self.subTest(kind=kind, reader=reader):
                         complaint = show(reader, pdf, f"{path}-{reader}-")
                         difference = 0
                         if reader != "qpdf" and not complaint:
-                            difference = differs(f"{path}-{reader}-1.png", source(path))
+                            difference = differs(f"{path}-{reader}-1.png", shown or source(path))
                         near = difference <= (30 if lossy else 4)
                         free = colours_are_the_readers(kind, reader)
                         cells.append("refuses" if complaint else "accepts" if reader == "qpdf" else
@@ -229,7 +289,7 @@ def table(readers, rows):
             done = command(*versions[reader])
             version = (done.stdout + done.stderr).split("\n")[0].split()[-1]
         else:
-            version = "4.10.38"
+            version = PACKAGES[reader].rpartition("@")[2]
         names.append(f"{reader} {version}")
     text = "| input | " + " | ".join(names) + " |\n" + "|---" * (len(names) + 1) + "|\n"
     return text + "".join(f"| {kind} | " + " | ".join(cells) + " |\n" for kind, cells in rows)
