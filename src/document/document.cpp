@@ -83,7 +83,14 @@ int JTPDFDocument::WriteCanvas() {
 void JTPDFDocument::WritePage(int form, const JTPDFBox& cropBox, const JTPDFBox& mediaBox) {
   pages.MakeRoom();
   const int contents = WritePageContents(*this, form);
-  pages.Add({form, contents, kNoHostEntries, cropBox.AsPoints(unitFactor),
+  pages.Add({form, contents, kNoHostEntries, true, cropBox.AsPoints(unitFactor),
+             mediaBox.AsPoints(unitFactor)});
+}
+
+void JTPDFDocument::AddPage(int contents, const JTPDFBox& cropBox, const JTPDFBox& mediaBox) {
+  RequireWritable(0);
+  pages.MakeRoom();
+  pages.Add({0, contents, kNoHostEntries, false, cropBox.AsPoints(unitFactor),
              mediaBox.AsPoints(unitFactor)});
 }
 

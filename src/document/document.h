@@ -76,6 +76,9 @@ class JTPDFDocument : public ObjectWriter {
   // Writes the content stream that paints form and queues the page. The crop box comes before the
   // media box.
   void WritePage(int form, const JTPDFBox& cropBox, const JTPDFBox& mediaBox);
+  // Queues a page that shows contents, a content stream of the host's whose resources are among the
+  // page's entries: an object less than a page that paints a form.
+  void AddPage(int contents, const JTPDFBox& cropBox, const JTPDFBox& mediaBox);
 
   // Objects, entries and bookmarks of the host's: see jtpdf/objects.h.
   int WriteObject(int object, const char* value);

@@ -39,8 +39,11 @@ void WriteEntries(ObjectWriter& out, const QueuedPage& page, int parent) {
   text << "/Contents " << page.contents << " 0 R\r\n/CropBox ";
   page.cropBox.WriteArray(text) << "\r\n/MediaBox ";
   page.mediaBox.WriteArray(text) << "\r\n/Parent " << parent << " 0 R\r\n";
-  text << "/Resources\r\n<<\r\n/ProcSet [/PDF /ImageB /ImageC]\r\n/XObject\r\n<<\r\n/Fm"
-       << page.form << ' ' << page.form << " 0 R\r\n>>\r\n>>\r\n/Type /Page\r\n";
+  text << "/Resources\r\n<<\r\n/ProcSet [/PDF /ImageB /ImageC]\r\n";
+  if (page.paintsForm) {
+    text << "/XObject\r\n<<\r\n/Fm" << page.form << ' ' << page.form << " 0 R\r\n>>\r\n";
+  }
+  text << ">>\r\n/Type /Page\r\n";
   // Kept: the transparency group stands on one line, behind all other entries.
   text << "/Group\r\n<<\r\n/CS /DeviceRGB /I false /K false /S /Transparency\r\n>>\r\n";
 }
@@ -56,7 +59,9 @@ std::string EntriesWithHosts(const QueuedPage& page, EntryTree tree, int parent)
   tree.Overrule("/MediaBox", page.mediaBox.AsArray());
   tree.Overrule("/Parent", AsRefString(parent));
   tree.Overrule("/Resources/ProcSet", "[/PDF /ImageB /ImageC]");
-  tree.Overrule("/Resources/XObject/Fm" + IntToStr(page.form, 0), AsRefString(page.form));
+  if (page.paintsForm) {
+    tree.Overrule("/Resources/XObject/Fm" + IntToStr(page.form, 0), AsRefString(page.form));
+  }
   tree.Overrule("/Type", "/Page");
   return tree.AsString();
 }

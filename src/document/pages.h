@@ -1,4 +1,5 @@
-// pages - pages that paint one form each, and the tree above them (ISO 32000-1, 7.7.3).
+// pages - pages that paint one form each or show their own contents, and the tree above them (ISO
+// 32000-1, 7.7.3).
 #ifndef JTPDF_DOCUMENT_PAGES_H
 #define JTPDF_DOCUMENT_PAGES_H
 
@@ -10,9 +11,10 @@
 
 // A page that waits for the end of the document, where its parent gets its number.
 struct QueuedPage {
-  int form;
-  int contents;     // the content stream that paints the form
+  int form;         // meaningless without paintsForm
+  int contents;     // the content stream, which paints the form if the page has one
   int hostEntries;  // index of the host's entries for it, or kNoHostEntries
+  bool paintsForm;
   JTPDFBox cropBox;
   JTPDFBox mediaBox;  // both in points
 };

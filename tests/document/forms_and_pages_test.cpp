@@ -144,6 +144,28 @@ TEST(JTPDFDocumentWritePage, OneFormMayServeSeveralPages) {
   EXPECT_EQ(1, Count(pdf.Object(6), "/Fm2 2 0 R\r\n"));
 }
 
+TEST(JTPDFDocumentAddPage, ShowsContentsOfTheHosts) {
+  Doc doc(PDFCoordinateUnitInch);
+  doc.Init();
+  doc->AddPage(7, JTPDFBox(0, 0, 1, 1), JTPDFBox(0, 0, 1, 2));
+  doc->SetPageEntry("/Resources/XObject/Im2", "2 0 R");
+  doc->AddPage(8, JTPDFBox(0, 0, 1, 1), JTPDFBox(0, 0, 1, 2));
+  const Pdf pdf(doc.Finish());
+  EXPECT_BYTES(Lines("2 0 obj", "<<", "/Contents 7 0 R", "/CropBox [0.0000 0.0000 72.0000 72.0000]",
+                     "/MediaBox [0.0000 0.0000 72.0000 144.0000]", "/Parent 4 0 R", "/Resources",
+                     "<<", "/ProcSet [/PDF /ImageB /ImageC]", ">>", "/Type /Page", "/Group", "<<",
+                     "/CS /DeviceRGB /I false /K false /S /Transparency", ">>", ">>", "endobj"),
+               pdf.Object(2));
+  EXPECT_EQ(1, Count(pdf.Object(3), "/Contents 8 0 R\r\n"));
+  EXPECT_EQ(1, Count(pdf.Object(3), "/XObject\r\n<<\r\n/Im2 2 0 R\r\n>>\r\n"));
+}
+
+TEST(JTPDFDocumentAddPage, IsNotQueuedWhenTheDocumentIsNotInitialised) {
+  Doc doc;
+  EXPECT_THROW(doc->AddPage(2, JTPDFBox(), JTPDFBox()), std::ios_base::failure);
+  EXPECT_BYTES(Doc().Init().Finish(), doc.Init().Finish());
+}
+
 TEST(JTPDFDocumentWritePage, IsNotQueuedWhenTheDocumentIsNotInitialised) {
   Doc doc;
   EXPECT_THROW(doc->WritePage(2, JTPDFBox(), JTPDFBox()), std::ios_base::failure);

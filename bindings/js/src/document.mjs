@@ -1,11 +1,13 @@
 // Documents.
-import { endCanvas, formEntries, PdfForm, PdfImage, PdfPage, PdfProfile, real, stateError } from './canvas.mjs';
+import { drawnOn, PdfForm, PdfImage, PdfPage, PdfProfile } from './canvas.mjs';
 import { planAny, planJp2, planJpeg, planPng } from './embed.mjs';
-import { describe, finite, invalid, JtpdfError, options, whole } from './errors.mjs';
-import { deflated } from './flate.mjs';
-import { isSmall } from './library.mjs';
+import { describe, finite, invalid, JtpdfError, options, stateError, whole } from './errors.mjs';
+import { checked, isSmall } from './library.mjs';
 import { load } from './load.mjs';
+import { packed } from './pack.mjs';
 import { Several, Sink, toBytes, toStream } from './parts.mjs';
+import { short } from './pens.mjs';
+import { deflated, deflatedNow } from './platform.mjs';
 import { bytesOf, concat, sizeOf, Source } from './source.mjs';
 
 // Points in each unit; the metric ones as the library has them, for files that agree to the byte.
@@ -25,6 +27,8 @@ const MOST_BYTES = 1e10;
 // A document that nobody holds any more gives its memory back.
 const abandoned = new FinalizationRegistry((handle) => handle.library.close(handle));
 const PACKED_AT_ONCE = 16;
+const AHEAD = 16;  // pictures that are read while others wait to be written
+const LEAST_PACKED = 100;  // bytes of contents; less hardly gets smaller
 const MAKING = Symbol('Document.create');
 
 export class Document {
@@ -36,9 +40,10 @@ export class Document {
   #shown;  // the media box and the crop box of a page that is drawn
   #pages = 0;
   #profiles = new Map();
-  #packing = [];  // forms whose contents are being compressed
+  #turns = [];  // of the pictures that are under way
+  #contents = [];  // of pages and forms, to be compressed in the end
   // What pages and forms know of it; compact: contents need not be those of the library's own shapes.
-  #host = { document: this, unit: 0, compact: false, call: (canvas, what, body) => this.#onCanvas(canvas, what, body),
+  #host = { document: this, unit: 0, compact: false, call: (what, body) => this.#call(what, body),
     require: (canvas, what) => this.#requireOpen(canvas, what) };
   #end;  // why it cannot be used any more
 
@@ -50,7 +55,6 @@ export class Document {
     this.#host.compact = compress;
     this.#handle = library.open(unit, this.#sink);
     abandoned.register(this, this.#handle, this.#host);
-    if (compress) this.#call('Document.create', (m, at) => m.defer_contents(at, this.#handle.number));
   }
 
   static async create(given) {
@@ -120,10 +124,7 @@ export class Document {
     this.#finishCanvas();
     const page = new PdfPage(this, this.#host, box, this.#pages);
     this.#shown = [...box, 0, ...crop, 0];
-    for (const [key, value] of entries) {
-      this.#call('addPage: entries', (m, at, library) =>
-        m.page_entry(at, library.text(key, 'a key'), library.text(value, 'a value')));
-    }
+    this.#setPageEntries(entries);
     if (form !== undefined) this.#writePage(form);
     else this.#begin(page);
     return page;
@@ -170,10 +171,10 @@ export class Document {
     this.#require();
     const canvas = this.#open;
     if (!canvas) return;
-    endCanvas(canvas);
-    const number = this.#writeForm(canvas);
+    const number = this.#host.compact ? this.#keepContents(canvas)
+      : this.#call('writing what was drawn', (m, at) => m.write_canvas(at));
     this.#open = undefined;
-    if (canvas instanceof PdfPage) this.#writePage(number);
+    if (canvas instanceof PdfPage) this.#writePage(number, this.#host.compact);
     canvas.number = number;
   }
 
@@ -182,33 +183,40 @@ export class Document {
     this.#call('drawing', (m, at) => (m.clear(at), 0));
   }
 
-  #writeForm(canvas) {
-    const sink = this.#sink;
-    sink.deferred = undefined;
-    try {
-      return this.#call('writing what was drawn', (m, at) => m.write_canvas(at));
-    } catch (error) {
-      if (!sink.deferred) throw error;
-    }
-    // Contents that are to be compressed have a number now, and are written at the end.
-    const number = this.#call('writing what was drawn', (m, at) => m.reserve(at));
-    const [left, bottom, width, height] = canvas.box;
-    const bounds = [left, bottom, left + width, bottom + height].map((side) => real(side * this.#unit));
-    this.#packing.push({ number, entries: formEntries(canvas, bounds), plain: sink.deferred });
-    sink.deferred = undefined;
+  // Contents that are compressed: a page shows its own, a form has its own resources. Where the platform takes
+  // its time, they have a number now, and are written at the end.
+  #keepContents(canvas) {
+    const { text, resources } = drawnOn(canvas);
+    const isPage = canvas instanceof PdfPage;
+    if (isPage) this.#setPageEntries(resources);
     this.#call('drawing', (m, at) => (m.clear(at), 0));
+    const entries = isPage ? [] : this.#formEntries(canvas.box, resources);
+    const plain = encoder.encode(text);
+    const smaller = plain.length < LEAST_PACKED ? plain : deflatedNow(plain);
+    if (smaller && isPage) return this.#writeOwnStream('drawing', ...filtered(entries, plain, smaller));
+    if (smaller) return this.#writeStream('drawing', ...filtered(entries, plain, smaller));
+    const number = this.#call('drawing', (m, at) => m.reserve(at));
+    this.#contents.push({ number, entries, plain });
     return number;
   }
 
-  #writePage(form) {
-    this.#call('addPage', (m, at, library) =>
-      m.write_page(at, form, library.numbers(Float64Array, this.#shown)));
-    ++this.#pages;
+  #formEntries([left, bottom, width, height], resources) {
+    const bounds = [left, bottom, left + width, bottom + height].map((side) => short(side * this.#unit));
+    return [...resources, ['/BBox', `[${bounds.join(' ')}]`], ['/Subtype', '/Form'], ['/Type', '/XObject']];
   }
 
-  #onCanvas(canvas, what, body) {
-    this.#requireOpen(canvas, what);
-    return this.#call(what, body);
+  #setPageEntries(entries) {
+    for (const [key, value] of entries) {
+      this.#call('addPage: entries', (m, at, library) =>
+        m.page_entry(at, library.text(key, 'a key'), library.text(value, 'a value')));
+    }
+  }
+
+  // Queues a page that shows a form, or contents of its own.
+  #writePage(number, isContents = false) {
+    this.#call('addPage', (m, at, library) =>
+      m[isContents ? 'add_page' : 'write_page'](at, number, library.numbers(Float64Array, this.#shown)));
+    ++this.#pages;
   }
 
   #requireOpen(canvas, what) {
@@ -235,31 +243,58 @@ export class Document {
 
   /** Of any kind that the platform decodes, by what the data is. */
   async embedImage(data, given) {
-    return this.#embed('embedImage', given, [], () => planAny(data, 'embedImage'));
+    return this.#embed('embedImage', given, ['frame', 'check'], (o) => planAny(data, 'embedImage', o));
   }
 
   async #embed(call, given, more, plan) {
-    this.#require();
     const o = options(given, ['orientation', ...more], call);
-    const picture = await plan(o);
-    for (const stream of [picture, picture.alpha]) if (stream) await readSmall(stream);
-    const orientation = o.orientation === undefined ? picture.facts.orientation
-      : whole(o.orientation, `${call}: orientation`, 1, 8);
-    const profile = picture.profile && await deflated(picture.profile);
+    if (o.orientation !== undefined) whole(o.orientation, `${call}: orientation`, 1, 8);
+    return this.#inTurn(async () => {
+      const picture = await plan(o);
+      for (const stream of [picture, picture.alpha]) if (stream) await readSmall(stream);
+      return { picture, profile: picture.profile && await deflated(picture.profile) };
+    }, ({ picture, profile }) => {
+      const base = picture.profile && `${this.#profile(picture.profile, profile)} 0 R`;
+      const entries = [];
+      if (picture.alpha) entries.push(['/SMask', `${this.#writePicture(call, picture.alpha)} 0 R`]);
+      const number = this.#writePicture(call, picture, base, entries);
+      return new PdfImage(this, number, { ...picture.facts, orientation: o.orientation ?? picture.facts.orientation });
+    });
+  }
+
+  // Data is read side by side, for a few calls ahead, and written in the order of the calls.
+  async #inTurn(read, write) {
     this.#require();
-    const base = picture.profile && `${this.#profile(picture.profile, profile)} 0 R`;
-    const entries = [];
-    if (picture.alpha) entries.push(['/SMask', `${this.#writePicture(call, picture.alpha)} 0 R`]);
-    const number = this.#writePicture(call, picture, base, entries);
-    return new PdfImage(this, number, { ...picture.facts, orientation });
+    const before = this.#turns.at(-1);
+    let end;
+    this.#turns.push(new Promise((resolve) => { end = resolve; }));
+    const start = this.#turns.length > AHEAD ? this.#turns.shift() : undefined;
+    try {
+      await start;
+      const data = await read();
+      await before;
+      this.#require();
+      return write(data);
+    } finally {
+      await before;
+      end();
+    }
   }
 
   #writePicture(call, { facts, filter, bits, space, more, parts }, base, entries = []) {
     const name = typeof space === 'function' ? space(base ?? '/DeviceRGB') : base ?? space;
-    return this.#writeStream(call, [
-      ['/Type', '/XObject'], ['/Subtype', '/Image'], ['/Width', `${facts.width}`], ['/Height', `${facts.height}`],
-      ['/BitsPerComponent', `${bits}`], ['/ColorSpace', name], ['/Filter', filter], ...more, ...entries,
+    return this.#writeOwnStream(call, [
+      ['/Type', '/XObject'], ['/Subtype', '/Image'], ['/Width', facts.width], ['/Height', facts.height],
+      ['/BitsPerComponent', bits], ['/ColorSpace', name], ['/Filter', filter], ...more, ...entries,
     ], parts);
+  }
+
+  // Of entries that are right as they are; nested ones are arrays of their own.
+  #writeOwnStream(call, entries, parts) {
+    const part = parts.length === 1 ? parts[0] : new Several(parts);
+    this.#requireRoom(call, sizeOf(part));
+    return this.#call(call, (m, at, library) =>
+      m.write_own_stream(at, library.text(dictionary(entries), call), library.data(part), sizeOf(part)));
   }
 
   #writeStream(call, entries, parts) {
@@ -272,12 +307,17 @@ export class Document {
   /** An image whose data is encoded already, as PDF has it. */
   async embedEncoded(data, given) {
     const call = 'embedEncoded';
-    this.#require();
-    const image = await this.#encoded(call, data, given, ['maskWhite', 'role', 'name', 'texts', 'softMask']);
-    const { maskWhite = false, role = 'other', name, texts = {}, softMask } = image.options;
+    const more = ['maskWhite', 'role', 'name', 'texts', 'softMask'];
+    return this.#inTurn(async () => {
+      const image = await this.#encoded(call, data, given, more);
+      const { softMask } = image.options;
+      return { image, alpha: softMask && await this.#encoded(`${call}: softMask`, softMask.data, withoutData(softMask), []) };
+    }, ({ image, alpha }) => this.#writeEncoded(call, image, alpha));
+  }
+
+  #writeEncoded(call, image, alpha) {
+    const { maskWhite = false, role = 'other', name, texts = {} } = image.options;
     if (!ROLES.includes(role)) throw invalid(`${call}: role is ${describe(role)}, none of ${ROLES.join(', ')}`);
-    const alpha = softMask && await this.#encoded(`${call}: softMask`, softMask.data, withoutData(softMask), []);
-    this.#require();
     this.#requireRoom(call, sizeOf(image.part) + (alpha ? sizeOf(alpha.part) : 0));
     const items = Object.entries(texts);
     const number = this.#call(call, (m, at, library) => m.write_image(at, image.place(library),
@@ -300,8 +340,7 @@ export class Document {
     if (space === undefined) {
       throw invalid(`${call}: colorSpace is ${describe(o.colorSpace)}, neither gray, rgb, cmyk nor a PdfProfile`);
     }
-    const source = new Source(data, call);
-    const part = isSmall(source.part()) ? await source.read(0, source.size) : source.part();
+    const part = await whollyOrAsPart(new Source(data, call));
     const place = (library) => {
       const record = [library.data(part), sizeOf(part), compression, width, height, bits, space, object];
       return library.numbers(Int32Array, record);
@@ -314,9 +353,8 @@ export class Document {
     const o = options(given, ['compression'], 'embedIcc');
     const compression = COMPRESSIONS[o.compression ?? 'none'];
     if (compression === undefined) throw invalid(`embedIcc: compression is ${describe(o.compression)}`);
-    const bytes = await bytesOf(new Source(data, 'embedIcc').part());
-    this.#require();
-    return new PdfProfile(this, this.#writeProfile('embedIcc', bytes, compression));
+    return this.#inTurn(() => bytesOf(new Source(data, 'embedIcc').part()),
+      (bytes) => new PdfProfile(this, this.#writeProfile('embedIcc', bytes, compression)));
   }
 
   #writeProfile(call, bytes, compression) {
@@ -342,10 +380,8 @@ export class Document {
 
   /** Writes a stream with these entries and gives its number. */
   async writeStream(entries, data) {
-    const source = new Source(data, 'writeStream');
-    const part = isSmall(source.part()) ? await source.read(0, source.size) : source.part();
-    this.#require();
-    return this.#writeStream('writeStream', Object.entries(entries), [part]);
+    return this.#inTurn(() => whollyOrAsPart(new Source(data, 'writeStream')),
+      (part) => this.#writeStream('writeStream', Object.entries(entries), [part]));
   }
 
   // ---- The end -----------------------------------------------------------------------------------
@@ -379,27 +415,31 @@ export class Document {
   async #finish(call, given) {
     const { closingText } = options(given, ['closingText'], call);
     this.#finishCanvas();
+    const closing = closingText === undefined ? '' : checked(closingText, 'closingText');
     this.#end = `the document was saved by ${call}(), which ends it; make another by Document.create()`;
     try {
-      for (let i = 0; i < this.#packing.length; i += PACKED_AT_ONCE) {
-        const forms = this.#packing.slice(i, i + PACKED_AT_ONCE);
-        const packed = await Promise.all(forms.map(({ plain }) => deflated(plain)));
-        forms.forEach((form, k) => this.#writePacked(form, packed[k]));
-      }
-      this.#call(call, (m, at, library) =>
-        m.finish(at, closingText === undefined ? 0 : library.text(closingText, 'closingText')), true);
-      return this.#sink;
+      await this.#writeContents();
+      this.#call(call, (m, at) => m.finish(at), true);
+      const result = this.#host.compact ? await packed(this.#sink) : this.#sink;
+      if (closing !== '') result.add(encoder.encode(`${closing}\r\n`));
+      return result;
     } finally {
       this.#release();
     }
   }
 
-  #writePacked({ number, entries, plain }, packed) {
-    const smaller = packed.length < plain.length;
-    const all = smaller ? [...entries, ['/Filter', '/FlateDecode']] : entries;
-    const data = smaller ? packed : plain;
-    this.#call('writing what was drawn', (m, at, library) => m.write_reserved(at, number, all.length,
-      library.entries(all), library.data(data), data.length), true);
+  async #writeContents() {
+    for (let i = 0; i < this.#contents.length; i += PACKED_AT_ONCE) {
+      const some = this.#contents.slice(i, i + PACKED_AT_ONCE);
+      const smaller = await Promise.all(some.map(({ plain }) => deflated(plain)));
+      some.forEach((one, k) => this.#writeReserved(one, smaller[k]));
+    }
+  }
+
+  #writeReserved({ number, entries, plain }, smaller) {
+    const [all, [data]] = filtered(entries, plain, smaller);
+    this.#call('drawing', (m, at, library) => m.write_reserved(at, number, all.length, library.entries(all),
+      library.data(data), data.length), true);
   }
 
   /** Gives up a document that is not saved, and its memory. Does nothing the second time. */
@@ -439,6 +479,22 @@ async function readSmall(stream) {
   if (!isSmall(new Several(stream.parts))) return;
   stream.parts = [concat(await Promise.all(stream.parts.map(bytesOf)))];
 }
+
+// Small data is in memory when it is written; a large Blob stays where it is.
+const whollyOrAsPart = async (source) =>
+  (isSmall(source.part()) ? source.read(0, source.size) : source.part());
+
+const encoder = new TextEncoder();
+// Entries in the library's way of writing them.
+function dictionary(entries) {
+  const sorted = entries.sort(([a], [b]) => (a < b ? -1 : 1));
+  return sorted.map(([key, value]) =>
+    (Array.isArray(value) ? `${key}\r\n<<\r\n${dictionary(value)}>>\r\n` : `${key} ${value}\r\n`)).join('');
+}
+
+// What is written of contents: their entries and their parts.
+const filtered = (entries, plain, smaller) => (smaller.length < plain.length
+  ? [[...entries, ['/Filter', '/FlateDecode']], [smaller]] : [entries, [plain]]);
 
 const withoutData = ({ data, ...rest }) => rest;
 const sameBytes = (a, b) => a.length === b.length && a.every((byte, i) => byte === b[i]);

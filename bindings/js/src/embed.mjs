@@ -1,10 +1,11 @@
 // Pictures into documents: from the header of a file to what is written of it.
-import { invalid, unsupported } from './errors.mjs';
-import { deflated } from './flate.mjs';
+import { canDecode, decode, draw, isDrawable } from './decode.mjs';
+import { damaged, invalid, unsupported, whole } from './errors.mjs';
 import { isRgbProfile } from './icc.mjs';
 import { isJp2, readJp2 } from './jp2.mjs';
 import { isJpeg, readJpeg } from './jpeg.mjs';
-import { filteredUp, isPng, packPng, pngProfile, readPng } from './png.mjs';
+import { filteredUp, isPng, packPng, pngProfile, readPng, takesPixels } from './png.mjs';
+import { deflated } from './platform.mjs';
 import { Source } from './source.mjs';
 
 const DEVICE = { 1: '/DeviceGray', 3: '/DeviceRGB', 4: '/DeviceCMYK' };
@@ -23,7 +24,7 @@ export async function planJpeg(source) {
     // Files with an Adobe marker hold their inks inverted.
     more: [
       ...(jpeg.components === 4 && jpeg.inverted ? [['/Decode', '[1 0 1 0 1 0 1 0]']] : []),
-      ...(jpeg.rgbByName ? [['/DecodeParms/ColorTransform', '0']] : []),
+      ...(jpeg.rgbByName ? [['/DecodeParms', [['/ColorTransform', 0]]]] : []),
     ],
     parts: [jpeg.part],
   };
@@ -32,7 +33,11 @@ export async function planJpeg(source) {
 export async function planPng(source, { check = false } = {}) {
   if (!isPng(await source.read(0, HEAD))) throw invalid('embedPng: this is no PNG file');
   const facts = await readPng(source, check);
-  if (facts.interlaced && canDecode()) return planByBrowser(source, facts);
+  return takesPixels(facts) ? alone(() => planRows(source, facts)) : planRows(source, facts);
+}
+
+async function planRows(source, facts) {
+  if (facts.interlaced) return planByBrowser(source, 0, facts);
   const packed = await packPng(source, facts);
   const profile = packed.samples === 1 && typeof packed.space !== 'function' ? undefined : await pngProfile(facts);
   const spaces = { gray: '/DeviceGray', rgb: '/DeviceRGB' };
@@ -55,50 +60,41 @@ export async function planJp2(source) {
 }
 
 /** Of any kind: a file's bytes, or pixels as { width, height, data }, or what a canvas can draw. */
-export async function planAny(data, call) {
-  if (isPixels(data)) return planPixels(data);
-  if (isDrawable(data)) return planPixels(draw(data));
+export async function planAny(data, call, { frame = 0, check = false } = {}) {
+  whole(frame, `${call}: frame`, 0, 0x7fffffff);
+  if (isPixels(data)) return alone(() => planPixels(data));
+  if (isDrawable(data)) return alone(() => planPixels(draw(data)));
   const source = new Source(data, call);
   source.lookAhead();
+  if (source.size === 0) throw damaged('the file is empty; copy it again from its source');
   const head = await source.read(0, HEAD);
-  if (isJpeg(head)) return planJpeg(source);
-  if (isPng(head)) return planPng(source);
-  if (isJp2(head)) return planJp2(source);
-  return planByBrowser(source);
+  if (frame === 0) {
+    if (isJpeg(head)) return planJpeg(source);
+    if (isPng(head)) return planPng(source, { check });
+    if (isJp2(head)) return planJp2(source);
+  }
+  return alone(() => planByBrowser(source, frame));
 }
 
 const isPixels = (data) => data?.data instanceof Uint8ClampedArray && Number.isInteger(data.width);
 
-const isDrawable = (data) => ['ImageBitmap', 'HTMLImageElement', 'HTMLCanvasElement', 'OffscreenCanvas', 'VideoFrame',
-  'SVGImageElement', 'HTMLVideoElement'].includes(Object.prototype.toString.call(data).slice(8, -1));
+// What takes memory for all pixels is done for one picture at a time.
+let pixels = Promise.resolve();
+function alone(body) {
+  const result = pixels.then(body);
+  pixels = result.catch(() => {});
+  return result;
+}
 
-const canDecode = () => typeof createImageBitmap === 'function' && typeof OffscreenCanvas === 'function';
-
-async function planByBrowser(source, facts) {
+async function planByBrowser(source, frame, facts) {
   if (!canDecode()) {
     throw unsupported(facts ? 'an interlaced PNG, which only a browser decodes here; save it without interlacing'
       : 'this picture is neither JPEG, PNG nor JPEG 2000, and only a browser decodes others; convert it to one of them');
   }
-  let bitmap;
-  try {
-    bitmap = await createImageBitmap(source.blob ?? new Blob([source.bytes]), { imageOrientation: 'from-image' });
-  } catch (error) {
-    throw unsupported('the browser cannot decode this picture; save it as JPEG or PNG');
-  }
-  try {
-    return { ...await planPixels(draw(bitmap)), decoded: true };
-  } finally {
-    bitmap.close();
-  }
-}
-
-function draw(image) {
-  const width = image.naturalWidth || image.videoWidth || image.displayWidth || image.width;
-  const height = image.naturalHeight || image.videoHeight || image.displayHeight || image.height;
-  if (!(width > 0 && height > 0)) throw invalid('embedImage: the picture has no pixels, or they are not there yet');
-  const context = new OffscreenCanvas(width, height).getContext('2d', { willReadFrequently: true });
-  context.drawImage(image, 0, 0, width, height);
-  return context.getImageData(0, 0, width, height);
+  const { pixels, frames } = await decode(source, frame);
+  const picture = await planPixels(pixels);
+  Object.assign(picture.facts, { frames, resolution: facts?.resolution });
+  return picture;
 }
 
 async function planPixels({ width, height, data }) {
@@ -129,7 +125,5 @@ async function planAlpha(facts, alpha) {
   };
 }
 
-const predictor = (colors, bits, columns) => [
-  ['/DecodeParms/Predictor', '15'], ['/DecodeParms/Colors', `${colors}`],
-  ['/DecodeParms/BitsPerComponent', `${bits}`], ['/DecodeParms/Columns', `${columns}`],
-];
+const predictor = (colors, bits, columns) => [['/DecodeParms',
+  [['/Predictor', 15], ['/Colors', colors], ['/BitsPerComponent', bits], ['/Columns', columns]]]];

@@ -12,6 +12,7 @@ export class JtpdfError extends Error {
 export const damaged = (what) => new JtpdfError('damaged', what);
 export const unsupported = (what) => new JtpdfError('unsupported', what);
 export const invalid = (what) => new JtpdfError('argument', what);
+export const stateError = (what) => new JtpdfError('state', what);
 
 export const cutOff = () =>
   damaged('the picture ends before it is whole; the file was cut off, copy it again from its source');
@@ -20,6 +21,12 @@ export const cutOff = () =>
 export function finite(value, name) {
   if (typeof value === 'number' && Number.isFinite(value)) return value;
   throw invalid(`${name} is ${describe(value)}, not a finite number`);
+}
+
+/** An option that is a finite number, or what is usual. */
+export function numberIn(given, name, usual, call) {
+  const value = given[name];
+  return value === undefined ? usual : Number.isFinite(value) ? value : finite(value, `${call}: ${name}`);
 }
 
 export function whole(value, name, least, most) {
@@ -33,8 +40,8 @@ export function options(given, known, call) {
   if (given === null || typeof given !== 'object') {
     throw invalid(`${call}: the options are ${describe(given)}, not an object`);
   }
-  for (const name of Object.keys(given)) {
-    if (!known.includes(name)) {
+  for (const name in given) {
+    if (!known.includes(name) && Object.hasOwn(given, name)) {
       throw invalid(`${call} knows no option "${name}"; it takes ${known.join(', ')}`);
     }
   }

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <string>
 
+#include "api/guarded_call.h"
+#include "document/document.h"
 #include "objects/diagnostic_note.h"
 
 #define EXPORT(name) extern "C" __attribute__((export_name(name)))
@@ -16,8 +18,6 @@
 
 // Takes size bytes at data of the document that JavaScript knows by that number. Not 0: it cannot.
 IMPORT("write") int32_t HostWrite(int number, const char* data, size_t size);
-// Takes a page's contents, to compress them in its own time. Never 0: they are not written now.
-IMPORT("defer") int32_t HostDefer(int number, const char* data, size_t size);
 
 // Nobody reads a standard error stream here, and std::cerr would be most of the module: what the
 // library has to say stands in the errors that JavaScript gets.
@@ -56,10 +56,6 @@ int32_t Write(void* context, const char* data, size_t size) {
   return HostWrite(NumberOf(context), data, size) == 0 ? 0 : EIO;
 }
 
-int32_t Defer(void* context, const char* data, size_t size, const char**, size_t*) {
-  return HostDefer(NumberOf(context), data, size);
-}
-
 }  // namespace
 
 // ---- Documents ----------------------------------------------------------------------------------
@@ -75,8 +71,8 @@ EXPORT("create") JTPDFDocument* Create(double unit, int number) {
   return doc;
 }
 
-EXPORT("finish") int Finish(JTPDFDocument* doc, const char* closingText) {
-  return Code(FinalizePdfDoc(doc, closingText));
+EXPORT("finish") int Finish(JTPDFDocument* doc) {
+  return Code(FinalizePdfDoc(doc, nullptr));
 }
 
 EXPORT("destroy") void Destroy(JTPDFDocument* doc) {
@@ -150,12 +146,6 @@ EXPORT("canvas_entry") int CanvasEntry(JTPDFDocument* doc, const char* key, cons
   return Code(SetPdfCanvasEntry(doc, key, value));
 }
 
-// From now on contents go to HostDefer; write_canvas then fails and leaves the canvas as it is.
-EXPORT("defer_contents") int DeferContents(JTPDFDocument* doc, int number) {
-  void* const context = reinterpret_cast<void*>(static_cast<uintptr_t>(number));
-  return Code(SetPdfContentEncoder(doc, "/FlateDecode", Defer, context));
-}
-
 EXPORT("write_canvas") int WriteCanvas(JTPDFDocument* doc) {
   return Number([&](int* form) { return WritePdfCanvas(doc, form); });
 }
@@ -167,6 +157,12 @@ EXPORT("page_entry") int PageEntry(JTPDFDocument* doc, const char* key, const ch
 // boxes are the media box and the crop box.
 EXPORT("write_page") int WritePage(JTPDFDocument* doc, int form, const JTPDFRect* boxes) {
   return Code(WritePdfPage(doc, form, boxes[1], boxes[0]));
+}
+
+// A page that shows contents, an object of write_reserved, in place of a form.
+EXPORT("add_page") int AddPage(JTPDFDocument* doc, int contents, const JTPDFRect* boxes) {
+  return Code(GuardedCall("add_page", *doc,
+                          [&] { doc->AddPage(contents, JTPDFBox(boxes[1]), JTPDFBox(boxes[0])); }));
 }
 
 // ---- Objects ------------------------------------------------------------------------------------
@@ -200,6 +196,24 @@ int WriteStream(JTPDFDocument* doc, unsigned entryCount, const JTPDFEntry* entri
                 const char* data, size_t size) {
   return Number(
       [&](int* number) { return WritePdfStream(doc, entryCount, entries, data, size, number); });
+}
+
+// The same for entries that the package has composed itself, "/Height 2\r\n/Width 3\r\n": they are
+// not looked at, which takes half the time of a small picture.
+EXPORT("write_own_stream")
+int WriteOwnStream(JTPDFDocument* doc, const char* entries, const char* data, size_t size) {
+  return Number([&](int* number) {
+    return GuardedWrite("write_own_stream", doc, number, [&] {
+      const int object = doc->BeginObject();
+      doc->Append("<<\r\n");
+      doc->Append(entries);
+      doc->BeginStream(size);
+      doc->WriteRaw(data, size);
+      doc->Append("\r\nendstream\r\n");
+      doc->EndObject();
+      return object;
+    });
+  });
 }
 
 EXPORT("reserve") int Reserve(JTPDFDocument* doc) {

@@ -31,7 +31,6 @@ export class Library {
     return {
       jtpdf: {
         write: (number, at, size) => this.#write(number, at >>> 0, size >>> 0),
-        defer: (number, at, size) => this.#defer(number, at >>> 0, size >>> 0),
       },
       env: { emscripten_notify_memory_growth() {} },
       wasi_snapshot_preview1: {
@@ -98,11 +97,6 @@ export class Library {
       this.error = error;
       return 1;
     }
-  }
-
-  #defer(number, at, size) {
-    this.sinks.get(number).deferred = this.bytes.slice(at, at + size);
-    return 1;
   }
 
   // ---- What is placed for a call ---------------------------------------------------------------
@@ -174,7 +168,8 @@ export class Library {
 
 const encoder = new TextEncoder();
 
-function checked(value, name) {
+/** A text that the module takes. */
+export function checked(value, name) {
   if (typeof value !== 'string') throw invalid(`${name} is ${typeof value}, not a text`);
   if (value.includes('\0')) throw invalid(`${name} has a NUL in it, which no text of a PDF can have`);
   return value;

@@ -6,7 +6,6 @@ import { bytesOf, sizeOf } from './source.mjs';
 export class Sink {
   parts = [];
   size = 0;
-  deferred = undefined;  // a page's contents that are to be compressed
 
   add(part) {
     this.parts.push(...(part instanceof Several ? part.parts : [part]));

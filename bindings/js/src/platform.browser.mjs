@@ -1,5 +1,6 @@
 // The module in a browser.
 import { compileGiven } from './compile.mjs';
+import { pump } from './pump.mjs';
 
 export async function compile(source = new URL('./jtpdf.wasm', import.meta.url)) {
   if (!(source instanceof URL) && typeof source !== 'string' && !(source instanceof Response)) return compileGiven(source);
@@ -9,4 +10,5 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   return compileGiven(await response.arrayBuffer());
 }
 
-export const systemDeflate = undefined;  // a browser has CompressionStream
+export const deflatedNow = () => undefined;  // a browser has CompressionStream alone
+export const deflated = (bytes) => pump(new Blob([bytes]), new CompressionStream('deflate'));

@@ -14,6 +14,8 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
 const inThread = promisify(deflate);
 const MOST_AT_ONCE = 1 << 16;  // what takes less time than handing it to another thread and back
 
+/** A zlib stream of few bytes, at once. */
+export const deflatedNow = (bytes) =>
+  (bytes.length <= MOST_AT_ONCE ? deflateSync(bytes, { chunkSize: Math.max(bytes.length, 1024) }) : undefined);
 /** A zlib stream, without the detours of CompressionStream. */
-export const systemDeflate = async (bytes) =>
-  bytes.length <= MOST_AT_ONCE ? deflateSync(bytes) : inThread(bytes);
+export const deflated = async (bytes) => deflatedNow(bytes) ?? inThread(bytes);

@@ -1,8 +1,8 @@
 // PNG: its compressed rows are what PDF calls Flate with predictor 15, so they go into the file as
 // they are. Rows with alpha cannot: PDF keeps the alpha in a picture of its own.
-import { cutOff, damaged, unsupported } from './errors.mjs';
+import { cutOff, damaged } from './errors.mjs';
 import { known, readExif } from './exif.mjs';
-import { inflated } from './flate.mjs';
+import { inflated } from './inflate.mjs';
 import { be16, be32, startsWith } from './source.mjs';
 
 const SIGNATURE = '\x89PNG\r\n\x1a\n';
@@ -12,6 +12,8 @@ const DEPTHS = {
   [GRAY]: [1, 2, 4, 8, 16], [RGB]: [8, 16], [PALETTE]: [1, 2, 4, 8], [GRAY_ALPHA]: [8, 16], [RGB_ALPHA]: [8, 16],
 };
 const MOST_PROFILE = 1 << 24;
+const NEAR = 4096;  // heads that lie closer are read with what stands between them
+const MOST_HEADS = 1000;  // asked for at once
 
 export const isPng = (head) => startsWith(head, SIGNATURE);
 
@@ -22,11 +24,10 @@ export const isPng = (head) => startsWith(head, SIGNATURE);
  */
 export async function readPng(source, check) {
   const facts = { orientation: 1, data: [] };
-  let at = SIGNATURE.length, length = 0;
+  let at = SIGNATURE.length, length = 0, heads = new Map();
   for (let name = ''; name !== 'IEND'; at += 12 + length) {
-    // Many writers cut the pixels into pieces of some kilobytes: then a window holds many heads.
-    const dense = name === 'IDAT' && length < 1 << 18;
-    const head = await source.read(at, 8, dense ? 1 << 20 : undefined);
+    if (name === 'IDAT' && length >= NEAR && !heads.has(at)) heads = await likelyHeads(source, at, length);
+    const head = heads.get(at) ?? await source.read(at, 8);
     if (head.length < 8) throw cutOff();
     length = be32(head, 0);
     name = String.fromCharCode(...head.subarray(4, 8));
@@ -43,6 +44,15 @@ export async function readPng(source, check) {
   }
   checkHeader(facts);
   return facts;
+}
+
+// Writers cut the pixels into pieces of one size, as a rule: the heads that stand where the next ones are then. A
+// guess that is wrong is not reached.
+async function likelyHeads(source, first, length) {
+  const places = [];
+  for (let at = first; at + 12 <= source.size && places.length < MOST_HEADS; at += 12 + length) places.push(at);
+  const found = await source.gather(places, 8);
+  return new Map(found.map((head, i) => [places[i], head]));
 }
 
 const CHUNKS = {
@@ -88,7 +98,8 @@ async function checkSum(source, at, length, name) {
     for (const byte of chunk) sum = CRC[(sum ^ byte) & 0xff] ^ (sum >>> 8);
   }
   if ((~sum >>> 0) !== be32(await source.read(at + 8 + length, 4), 0)) {
-    throw damaged(`the chunk ${name} at byte ${at} does not have its checksum; copy the file again from its source`);
+    throw damaged(`the file was damaged on its way (the chunk ${name} at byte ${at} does not have its checksum); ` +
+      'copy it again from its source');
   }
 }
 
@@ -97,6 +108,10 @@ const CRC = Uint32Array.from({ length: 256 }, (_, n) => {
   return n;
 });
 
+/** Whether the picture has to be unpacked. */
+export const takesPixels = ({ type, interlaced, transparency }) =>
+  interlaced || type === GRAY_ALPHA || type === RGB_ALPHA || (type === PALETTE && transparency !== undefined);
+
 /**
  * The picture as PDF has it: { bits, space: 'gray', 'rgb' or an array's text, predictor: the number
  * of samples a pixel has in its rows, parts, mask: colour key or undefined, alpha: the rows of a
@@ -104,7 +119,6 @@ const CRC = Uint32Array.from({ length: 256 }, (_, n) => {
  */
 export async function packPng(source, facts) {
   const { type, depth, palette, transparency } = facts;
-  if (facts.interlaced) throw unsupported('an interlaced PNG; save it without interlacing');
   if (type === GRAY_ALPHA || type === RGB_ALPHA) return splitAlpha(source, facts);
   const packed = {
     bits: depth, samples: SAMPLES[type],

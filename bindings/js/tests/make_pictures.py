@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """make_pictures.py FOLDER: pictures of each kind, and beside each NAME.pixels.png, what it shows."""
 
+import base64
 import pathlib
 import struct
 import sys
@@ -12,6 +13,14 @@ folder = pathlib.Path(sys.argv[1])
 folder.mkdir(parents=True, exist_ok=True)
 examples = pathlib.Path(__file__).resolve().parents[3] / "examples/images"
 WIDTH, HEIGHT = 60, 40
+# 16 x 16 red pixels, which Pillow does not write.
+AVIF = (
+    "AAAAHGZ0eXBhdmlmAAAAAGF2aWZtaWYxbWlhZgAAAOptZXRhAAAAAAAAACFoZGxyAAAAAAAAAABwaWN0AAAAAAAAAAAAAAAA"
+    "AAAAAA5waXRtAAAAAAABAAAAImlsb2MAAAAAREAAAQABAAAAAAEOAAEAAAAAAAAAIQAAACNpaW5mAAAAAAABAAAAFWluZmUC"
+    "AAAAAAEAAGF2MDEAAAAAamlwcnAAAABLaXBjbwAAABNjb2xybmNseAACAAIABoAAAAAMYXYxQ4EADAAAAAAUaXNwZQAAAAAA"
+    "AAAQAAAAEAAAABBwaXhpAAAAAAMICAgAAAAXaXBtYQAAAAAAAAABAAEEgYIDhAAAACltZGF0EgAKCRgM/9ggQEDQgDISEYAA"
+    "AEAAV7baYpPjw1Ef7LGg"
+)
 photo = Image.open(examples / "coast.jpg").resize((WIDTH, HEIGHT))
 ramp = Image.linear_gradient("L").resize((WIDTH, HEIGHT))
 
@@ -83,3 +92,14 @@ png("interlaced.png", struct.pack(">IIBBBBB", WIDTH, HEIGHT, 8, 2, 0, 0, 1), pas
 photo.save(folder / "lossy.webp", quality=95)
 with Image.open(folder / "lossy.webp") as read:
     keep("lossy.webp", read)
+
+# What only a browser decodes.
+frames = [Image.new("RGB", (WIDTH, HEIGHT), colour) for colour in ("red", "lime", "blue")]
+for name in ("animated.gif", "animated.webp"):
+    options = {"lossless": True} if name.endswith("webp") else {}
+    frames[0].save(folder / name, save_all=True, append_images=frames[1:], duration=100, **options)
+    keep(name, frames[0])
+save("still.gif", palette)
+save("rows.bmp", photo)
+(folder / "still.avif").write_bytes(base64.b64decode(AVIF))
+keep("still.avif", Image.new("RGB", (16, 16), "red"))
