@@ -7,14 +7,17 @@ import { layOut } from './layout.mjs';
  * left out and told: { document, pages, failures: [{ item, why }] }.
  */
 export async function makeAlbum(items, options, step) {
-  const document = await Document.create({ title: options.title || undefined, creator: 'Pictures to PDF' });
+  const document = await Document.create({ title: options.title || undefined, creator: 'Pictures to PDF', compress: true });
+  // All at once: the document reads a few ahead.
+  const images = items.map(({ file }) => document.embedImage(file, { check: true }));
+  for (const image of images) image.catch(() => {});  // told when its turn comes
   const failures = [];
   for (const [i, item] of items.entries()) {
     step(i);
     // Between two pictures the browser gets to show how far it is.
     if (i % 8 === 7) await new Promise((resolve) => setTimeout(resolve));
     try {
-      await addPicture(document, item, options);
+      addPicture(document, item, await images[i], options);
     } catch (error) {
       const why = reason(error);
       if (!why) throw error;
@@ -31,8 +34,7 @@ function reason(error) {
   return isGone ? 'the file cannot be read any more; it was moved or changed, choose it again' : undefined;
 }
 
-async function addPicture(document, { file, turn }, options) {
-  const image = await document.embedImage(file);
+function addPicture(document, { file, turn }, image, options) {
   const { page, box, cut } = layOut(image, turn, options);
   const canvas = document.addPage(page);
   if (cut) canvas.drawContent(`q ${cut.map((side) => side.toFixed(4)).join(' ')} re W n`);

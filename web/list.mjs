@@ -61,6 +61,15 @@ export class PictureList {
     this.say(`${item.file.name} is removed, ${this.items.length} left.`);
   }
 
+  clear() {
+    const count = this.items.length;
+    this.items.length = 0;
+    this.element.replaceChildren();
+    document.getElementById('choose').focus();
+    this.changed();
+    this.say(`${count} pictures removed.`);
+  }
+
   /** Marks those that cannot be used, and only those. */
   showFailures(failures) {
     for (const { element } of this.items) {

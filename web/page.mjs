@@ -12,8 +12,10 @@ function showCount() {
   const count = list.items.length;
   byId('make').disabled = byId('file').disabled = count === 0;
   byId('make').textContent = count === 0 ? 'Make the PDF' : `Make the PDF, ${count} ${count === 1 ? 'page' : 'pages'}`;
-  byId('hint').hidden = count < 2;
+  byId('hint').hidden = byId('tools').hidden = count < 2;
 }
+
+byId('clear').addEventListener('click', () => list.clear());
 
 // ---- Files ---------------------------------------------------------------------------------------
 
@@ -59,7 +61,8 @@ async function make(finish) {
   buttons.forEach((button) => { button.disabled = true; });
   let album;
   try {
-    album = await makeAlbum(list.items, readOptions(), (i) => { progress.value = i / list.items.length; });
+    const items = [...list.items];
+    album = await makeAlbum(items, readOptions(), (i) => { progress.value = i / items.length; });
     list.showFailures(album.failures);
     if (album.failures.length > 0) {
       byId('failed').textContent = `Left out, as marked:\n${album.failures.map(({ item }) => item.file.name).join('\n')}`;

@@ -170,17 +170,21 @@ test('pictures are dropped, put in order, turned, and become a PDF', async () =>
 });
 
 test('what cannot be used is marked, left out and told, and can be removed', async () => {
-  const broken = join(work, 'broken.jpg');
-  fs.writeFileSync(broken, fs.readFileSync(picture('gray.jpg')).subarray(0, 300));
-  await choose([broken, picture('interlaced.png'), picture('plain.jp2')]);
-  await until(async () => (await names()).length === 6, 'six pictures');
-  await until(() => page.$$eval('#list .thumb b', (found) => found.length === 2), 'two without a thumbnail');
+  const damaged = Buffer.from(fs.readFileSync(picture('rgb.png')));
+  damaged[damaged.length - 40] ^= 1;  // a pixel
+  const wrong = { 'broken.jpg': fs.readFileSync(picture('gray.jpg')).subarray(0, 300), 'damaged.png': damaged,
+    'empty.jpg': '', 'notes.txt': 'Nothing to see.\n' };
+  for (const [name, bytes] of Object.entries(wrong)) fs.writeFileSync(join(work, name), bytes);
+  await drop([...Object.keys(wrong).map((name) => join(work, name)), picture('interlaced.png'), picture('plain.jp2')]);
+  await until(async () => (await names()).length === 9, 'nine files');
+  await until(() => page.$$eval('#list .thumb b', (found) => found.length >= 4), 'four without a thumbnail');
   await download('Sea_ 1_2.pdf');
   assert.match(await text('#done'), /^5 pages/);
-  assert.equal(await text('#failed'), 'Left out, as marked:\nbroken.jpg');
-  assert.match(await text('li.wrong .why'), /cut off/);
+  assert.equal(await text('#failed'), `Left out, as marked:\n${Object.keys(wrong).join('\n')}`);
+  const why = await page.$$eval('li.wrong', (found) => found.map((one) => one.querySelector('.why').textContent));
+  for (const [i, words] of [/cut off/, /IDAT .* checksum/, /file is empty/, /no picture/].entries()) assert.match(why[i], words);
   await shoot('failed');
-  for (const name of ['broken.jpg', 'interlaced.png', 'plain.jp2']) await page.click(`button[aria-label="Remove ${name}"]`);
+  for (const name of [...Object.keys(wrong), 'interlaced.png', 'plain.jp2']) await page.click(`button[aria-label="Remove ${name}"]`);
   assert.equal((await names()).length, 3);
 });
 
@@ -263,7 +267,16 @@ test('200 photographs of 2 MB take next to no memory', async () => {
   await until(() => finished > 0, 'the download', 60000);
   console.log(`200 photographs of 2 MB: ${took.toFixed(0)} ms, ${(peak() - before).toFixed(1)} MB above ${before.toFixed(0)} MB in the tab.`);
   assert.ok(peak() - before < 60, 'the tab holds the pictures');
-  execFileSync('qpdf', ['--check', join(downloads, 'pictures.pdf')]);
+  // It has words about the bytes that make the photographs large.
+  execFileSync('qpdf', ['--check', join(downloads, 'pictures.pdf')], { stdio: 'pipe' });
+  await page.screenshot({ path: join(screenshots, 'many-light-1280.png') });
+  await page.setViewport({ width: 390, height: 900 });
+  await page.screenshot({ path: join(screenshots, 'many-light-390.png') });
+  await page.setViewport({ width: 1280, height: 900 });
+  await page.click('#clear');
+  assert.equal((await names()).length, 0);
+  assert.ok(await page.$eval('#make', (button) => button.disabled));
+  assert.equal(await text('#said'), '200 pictures removed.');
   fs.rmSync(join(downloads, 'pictures.pdf'));
 });
 
@@ -274,6 +287,40 @@ async function renderer() {
   const size = (id) => Number(/VmRSS:\s+(\d+)/.exec(fs.readFileSync(`/proc/${id}/status`, 'utf8'))?.[1] ?? 0);
   return processInfo.filter(({ type }) => type === 'renderer').sort((a, b) => size(b.id) - size(a.id))[0].id;
 }
+
+test('what the browser decodes shows what it is, each frame of an animation', async () => {
+  await page.reload();
+  const kinds = ['still.gif', 'rows.bmp', 'still.avif', 'animated.webp', 'animated.gif', 'interlaced.png'];
+  await choose(kinds.map(picture));
+  await until(async () => (await names()).length === kinds.length, 'the pictures');
+  const file = await download('pictures.pdf');
+  execFileSync('/usr/bin/python3', [fileURLToPath(new URL('./compare_pixels.py', import.meta.url)), '96', file,
+    ...kinds.map((name) => picture(`${name}.pixels.png`))]);
+
+  for (const name of ['animated.gif', 'animated.webp']) {
+    const made = await page.evaluate(async (base64) => {
+      const { Document } = await import('./jtpdf.mjs');
+      const bytes = Uint8Array.from(atob(base64), (character) => character.charCodeAt(0));
+      const document = await Document.create();
+      const counts = [];
+      for (let frame = 0; frame < 3; ++frame) {
+        const image = await document.embedImage(bytes, { frame });
+        counts.push(image.frames);
+        document.addPage([60, 40]).drawImage(image);
+      }
+      const wrong = await document.embedImage(bytes, { frame: 3 }).then(() => '', ({ code, message }) => `${code}: ${message}`);
+      return { counts, wrong, pdf: Array.from(await document.save()) };
+    }, fs.readFileSync(picture(name)).toString('base64'));
+    assert.deepEqual(made.counts, [3, 3, 3]);
+    assert.match(made.wrong, /^argument: embedImage: frame is 3, but the picture has 3/);
+    fs.writeFileSync(join(work, 'frames.pdf'), Uint8Array.from(made.pdf));
+    const middle = (n) => [...execFileSync('pdftoppm', ['-r', '72', '-f', `${n}`, '-l', `${n}`, join(work, 'frames.pdf')]).subarray(-3)];
+    const expected = [[255, 0, 0], [0, 255, 0], [0, 0, 255]];
+    for (const [i, colour] of expected.entries()) {
+      middle(i + 1).forEach((value, k) => assert.ok(Math.abs(value - colour[k]) < 8, `${name}, frame ${i}: ${middle(i + 1)}`));
+    }
+  }
+});
 
 test('it works without a network', async () => {
   await within(20000, page.evaluate(() => navigator.serviceWorker.ready.then(() => true)), 'the service worker');
