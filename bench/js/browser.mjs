@@ -6,16 +6,16 @@ import puppeteer from 'puppeteer-core';
 
 const TYPES = { '.html': 'text/html', '.mjs': 'text/javascript', '.js': 'text/javascript', '.wasm': 'application/wasm' };
 const PAGE = `<!doctype html><title>bench</title><input type="file" multiple>
-<script src="pdf-lib.js"></script><script src="jspdf.js"></script>
+<script src="pdf-lib.js"></script><script src="jspdf.js"></script><script src="pdfkit.js"></script>
 <script type="module">
 import * as jtpdf from './jtpdf.mjs';
 import { packages, workloads } from './workloads.mjs';
-const loaded = { jtpdf, 'pdf-lib': globalThis.PDFLib, jsPDF: globalThis.jspdf };
+const loaded = { jtpdf, 'pdf-lib': globalThis.PDFLib, jsPDF: globalThis.jspdf, PDFKit: globalThis.PDFDocument };
 await jtpdf.load();
-globalThis.measure = async (name, workload) => {
+globalThis.measure = async (name, index, share) => {
   const files = [...document.querySelector('input').files];
   const start = performance.now();
-  const size = await workloads[workload][2](packages[name](loaded[name]), files);
+  const size = await workloads(share)[index].run(packages[name](loaded[name]), files);
   return { ms: performance.now() - start, size };
 };
 </script>`;
@@ -23,7 +23,7 @@ globalThis.measure = async (name, workload) => {
 export async function openBrowser(modules) {
   const files = { 'jtpdf.mjs': join(modules, 'jtpdf/dist/jtpdf.browser.mjs'), 'jtpdf.wasm': join(modules, 'jtpdf/dist/jtpdf.wasm'),
     'pdf-lib.js': join(modules, 'pdf-lib/dist/pdf-lib.min.js'), 'jspdf.js': join(modules, 'jspdf/dist/jspdf.umd.min.js'),
-    'workloads.mjs': new URL('./workloads.mjs', import.meta.url) };
+    'pdfkit.js': join(modules, 'pdfkit/js/pdfkit.standalone.js'), 'workloads.mjs': new URL('./workloads.mjs', import.meta.url) };
   const server = http.createServer((request, response) => {
     const name = request.url.slice(1);
     if (name !== '' && !files[name]) return response.writeHead(404).end();
@@ -40,7 +40,7 @@ export async function openBrowser(modules) {
       server.close();
     },
     version: () => browser.version(),
-    async measure(name, workload, inputs) {
+    async measure(name, index, share, inputs) {
       const page = await browser.newPage();
       await page.goto(`http://127.0.0.1:${server.address().port}/`);
       await page.waitForFunction(() => globalThis.measure);
@@ -49,7 +49,7 @@ export async function openBrowser(modules) {
       const peak = () => Number(/VmHWM:\s+(\d+)/.exec(fs.readFileSync(`/proc/${id}/status`, 'utf8'))[1]) / 1024;
       fs.writeFileSync(`/proc/${id}/clear_refs`, '5');
       const before = peak();
-      const result = await page.evaluate((...given) => globalThis.measure(...given), name, workload);
+      const result = await page.evaluate((...given) => globalThis.measure(...given), name, index, share);
       result.mb = peak() - before;
       await page.close();
       return result;

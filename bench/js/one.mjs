@@ -1,17 +1,17 @@
-// node one.mjs PACKAGE WORKLOAD FOLDER: one document under Node: prints milliseconds, megabytes of memory at
+// node one.mjs PACKAGE WORKLOAD SHARE FOLDER: one document under Node: prints milliseconds, megabytes of memory at
 // most above those before, and bytes.
 import * as fs from 'node:fs';
 import { join } from 'node:path';
 import { packages, workloads } from './workloads.mjs';
 
-const [name, workload, folder] = process.argv.slice(2);
-const [, inputs, run] = workloads[workload];
+const [name, index, share, folder] = process.argv.slice(2);
+const { inputs, count, run } = workloads(Number(share))[index];
 const load = { jtpdf: () => import('jtpdf'), 'pdf-lib': () => import('pdf-lib'), jsPDF: () => import('jspdf'),
   PDFKit: async () => (await import('pdfkit')).default };
 const by = packages[name](await load[name]());
 const blob = fs.openAsBlob ?? (async (path) => new Blob([fs.readFileSync(path)]));
-const files = inputs ? await Promise.all(fs.readdirSync(join(folder, inputs)).sort().map(async (file) =>
-  Object.assign(await blob(join(folder, inputs, file)), { name: file }))) : [];
+const names = inputs ? fs.readdirSync(join(folder, inputs)).sort().slice(0, count) : [];
+const files = await Promise.all(names.map(async (file) => Object.assign(await blob(join(folder, inputs, file)), { name: file })));
 const peak = () => Number(/VmHWM:\s+(\d+)/.exec(fs.readFileSync('/proc/self/status', 'utf8'))[1]) / 1024;
 
 fs.writeFileSync('/proc/self/clear_refs', '5');  // begins a new peak
