@@ -100,13 +100,12 @@ Buffer ReadProfile(const heif_image_handle* handle) {
 
 // Colours by numbers (ITU-T H.273) that are not about those of sRGB.
 void NoteOtherColours(const heif_image_handle* handle, ImagePlan* plan) {
+  if (plan->profile != ProfileUse::kNone) return;
   heif_color_profile_nclx* found = nullptr;
-  if (plan->profile != ProfileUse::kNone ||
-      heif_image_handle_get_nclx_color_profile(handle, &found).code != heif_error_Ok) {
-    return;
-  }
+  const heif_error error = heif_image_handle_get_nclx_color_profile(handle, &found);
   const std::unique_ptr<heif_color_profile_nclx, decltype(&heif_nclx_color_profile_free)> colours(
       found, heif_nclx_color_profile_free);
+  if (error.code != heif_error_Ok) return;
   const bool wide = colours->color_primaries >= heif_color_primaries_ITU_R_BT_2020_2_and_2100_0;
   const bool bright =
       colours->transfer_characteristics == heif_transfer_characteristic_ITU_R_BT_2100_0_PQ ||
