@@ -21,11 +21,12 @@ import tempfile
 import time
 
 import numpy
-from PIL import Image
+from PIL import Image, TiffImagePlugin
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "scripts"))
 sys.dont_write_bytecode = True
+from photograph import photograph
 from write_block import write_block
 
 said = []
@@ -34,15 +35,6 @@ said = []
 def say(text):
     print(text, flush=True)
     said.append(text + "\n")
-
-
-def photograph(width, height, seed):
-    """Pixels that compress as photographs do: smooth shapes under fine grain."""
-    random = numpy.random.default_rng(seed)
-    coarse = Image.fromarray(random.integers(0, 256, (height // 64, width // 64, 3), numpy.uint8))
-    smooth = numpy.asarray(coarse.resize((width, height), Image.BICUBIC), numpy.int16)
-    grain = random.normal(0, 4, (height, width, 1)).astype(numpy.int16)
-    return Image.fromarray(numpy.clip(smooth + grain, 0, 255).astype(numpy.uint8))
 
 
 def jpeg_of_two_megabytes():
@@ -74,6 +66,8 @@ def make_inputs(folder, only):
         distinct_copies(small.getvalue(), 20000, folder + "/small")
     if "png" in only:
         make_png_inputs(folder + "/png")
+    if "fax" in only:
+        make_fax_input(folder + "/fax.tif")
 
 
 def make_png_inputs(folder):
@@ -83,6 +77,19 @@ def make_png_inputs(folder):
         # Shifted, so that the files differ while making them takes seconds.
         Image.fromarray(numpy.roll(pixels, 80 * number, 1)).save(
             f"{folder}/{number:02d}.png", compress_level=1)
+
+
+def make_fax_input(path):
+    """500 pages at 300 dpi, each with other marks, of one strip in group 4 each."""
+    random = numpy.random.default_rng(11)
+    pages = []
+    for _ in range(500):
+        page = numpy.full((3508, 2480), 255, numpy.uint8)
+        for left, top in random.integers((200, 200), (2200, 3300), (400, 2)):
+            page[top:top + 30, left:left + int(random.integers(10, 200))] = 0
+        pages.append(Image.fromarray(page).convert("1"))
+    TiffImagePlugin.STRIP_SIZE = 1 << 30
+    pages[0].save(path, compression="group4", save_all=True, append_images=pages[1:])
 
 
 def start(arguments, output):
@@ -137,12 +144,18 @@ def compare(title, commands, output, rounds):
     return best
 
 
+CASES = (("large", "200 JPEG photographs of 2 MB", 200),
+         ("small", "20,000 small JPEGs (192 x 128)", 20000),
+         ("png", "50 PNG photographs of 12 megapixels", 50),
+         ("fax", "A TIFF file of 500 pages in group 4", 500))
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("jtpdf")
     parser.add_argument("--folder", default="/dev/shm")
     parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--only", default="large,small,png")
+    parser.add_argument("--only", default=",".join(case[0] for case in CASES))
     parser.add_argument("--realtime", action="store_true",
                         help="put the commands before all else that runs (as root)")
     parser.add_argument("--write-docs", action="store_true",
@@ -157,33 +170,20 @@ def main():
         make_inputs(folder, options.only.split(","))
         out = folder + "/out.pdf"
         first = ["chrt", "-f", "10"] if options.realtime else []
-        large = sorted(glob.glob(folder + "/large/*"))
-        small = sorted(glob.glob(folder + "/small/*"))
-        png = sorted(glob.glob(folder + "/png/*"))
-        jtpdf = first + [os.path.abspath(options.jtpdf)]
-        peer = first + ["img2pdf", "--nodate", "-o", out]
-        if "large" in options.only:
-            best = compare("200 JPEG photographs of 2 MB", {
-                "jtpdf": jtpdf + ["-o", out] + large,
-                "cat": first + ["cat"] + large,
-                "img2pdf": peer + large}, out, options.rounds)
-            say(f"\njtpdf takes {best['jtpdf'][0] / best['cat'][0]:.2f} times as long as cat; "
-                f"img2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
-                  "jtpdf.")
-        if "small" in options.only:
-            best = compare("20,000 small JPEGs (192 x 128)", {
-                "jtpdf": jtpdf + ["-o", out] + small,
-                "img2pdf": peer + small}, out, options.rounds)
-            say(f"\nimg2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
-                "jtpdf.")
-        if "png" in options.only:
-            best = compare("50 PNG photographs of 12 megapixels", {
-                "jtpdf": jtpdf + ["-o", out] + png,
-                "cat": first + ["cat"] + png,
-                "img2pdf": peer + png}, out, options.rounds)
-            say(f"\njtpdf takes {best['jtpdf'][0] / best['cat'][0]:.2f} times as long as cat; "
-                f"img2pdf takes {best['img2pdf'][0] / best['jtpdf'][0]:.1f} times as long as "
-                "jtpdf.")
+        for key, title, pages in CASES:
+            if key not in options.only:
+                continue
+            inputs = sorted(glob.glob(f"{folder}/{key}*"))
+            if os.path.isdir(inputs[0]):
+                inputs = sorted(glob.glob(inputs[0] + "/*"))
+            best = compare(title, {
+                "jtpdf": [*first, os.path.abspath(options.jtpdf), "-o", out, *inputs],
+                "cat": [*first, "cat", *inputs],
+                "img2pdf": [*first, "img2pdf", "--nodate", "-o", out, *inputs]}, out,
+                           options.rounds)
+            ours, cat, peer = (best[name][0] for name in ("jtpdf", "cat", "img2pdf"))
+            say(f"\njtpdf takes {ours / cat:.2f} times as long as cat, {(ours - cat) / pages * 1e6:.0f}"
+                f" µs a page more; img2pdf takes {peer / ours:.1f} times as long as jtpdf.")
         if options.write_docs:
             write_block(ROOT / "docs/performance-tool.md", "command", "".join(said).lstrip("\n"))
     finally:

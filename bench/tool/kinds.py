@@ -5,8 +5,8 @@
 
 The pictures are made here: a photograph with grain, a screenshot of text in windows, a scanned page.
 Each command runs in turn, round after round, and the best of its rounds counts. Needs Debian's
-python3-pil, python3-numpy, imagemagick, fonts-dejavu-core and img2pdf. --write-docs keeps the table
-in docs/performance-tool.md.
+python3-pil, python3-numpy, imagemagick, fonts-dejavu-core, libjxl-tools, libheif-examples and
+img2pdf. --write-docs keeps the table in docs/performance-tool.md.
 """
 import argparse
 import os
@@ -23,20 +23,12 @@ from PIL import Image, ImageDraw, ImageFont
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "scripts"))
 sys.dont_write_bytecode = True
+from photograph import photograph
 from write_block import write_block
 
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 WORDS = ("forward only once through the file and every position is counted while it is written so "
          "that a pipe gets a right table of them at the end").split()
-
-
-def photograph(width, height):
-    """Smooth shapes under fine grain."""
-    random = numpy.random.default_rng(7)
-    coarse = Image.fromarray(random.integers(0, 256, (height // 64, width // 64, 3), numpy.uint8))
-    smooth = numpy.asarray(coarse.resize((width, height), Image.BICUBIC), numpy.int16)
-    grain = random.normal(0, 3, (height, width, 3)).astype(numpy.int16)
-    return Image.fromarray(numpy.clip(smooth + grain, 0, 255).astype(numpy.uint8))
 
 
 def lines_of_text(picture, box, size, fill, seed=1):
@@ -89,7 +81,7 @@ def make_inputs(folder):
         subprocess.run(["convert", f"{folder}/{source}", *options, path], check=True)
         kinds.append((kind, path))
 
-    photo = photograph(1600, 1200)
+    photo = photograph(1600, 1200, 7)
     add("photograph, JPEG", photo, "p.jpg", quality=90)
     add("photograph, JPEG 2000", photo, "p.jp2", quality_layers=[12])
     add("photograph, PNG", photo, "p.png")
@@ -123,6 +115,11 @@ def make_inputs(folder):
     convert("scan, 1 bit, TIFF, G3", "g4.tif", "g3.tif", "-compress", "Fax")
     add("scan, 1 bit, TIFF, LZW", page, "lzw.tif", compression="tiff_lzw")
     add("scan, grey, PNG", scan(True), "grey.png")
+    subprocess.run(["cjxl", f"{folder}/p.jpg", f"{folder}/p.jxl"], check=True, capture_output=True)
+    kinds.append(("photograph, JPEG XL of a JPEG", f"{folder}/p.jxl"))
+    subprocess.run(["heif-enc", "-q", "60", "-o", f"{folder}/p.heic", f"{folder}/p.png"], check=True,
+                   capture_output=True)
+    kinds.append(("photograph, HEIF", f"{folder}/p.heic"))
     return kinds
 
 
@@ -146,13 +143,15 @@ def measure(arguments, out, rounds):
 def row_of(kind, path, options, folder):
     out = f"{folder}/out.pdf"
     ours, size = measure([options.jtpdf, "-q", path, "-o", out], out, options.rounds)
-    if size is None:
+    _, least = measure([options.jtpdf, "-q", "-O", path, "-o", out], out, 1)
+    if size is None or least is None:
         sys.exit(f"kinds.py: {options.jtpdf} refuses {kind}")
     theirs, their_size = measure(["img2pdf", "--nodate", path, "-o", out], out, options.rounds)
     read = os.path.getsize(path)
     peer = (f"{their_size / 1e3:.1f} | {size / their_size:.2f} | {ours:.3f} | {theirs:.3f}"
             if their_size else f"refused | | {ours:.3f} | ")
-    return f"| {kind} | {read / 1e3:.1f} | {size / 1e3:.1f} | {peer} |", size, their_size
+    return (f"| {kind} | {read / 1e3:.1f} | {size / 1e3:.1f} | {least / 1e3:.1f} | {peer} |", size,
+            least, their_size)
 
 
 def main():
@@ -162,21 +161,26 @@ def main():
     parser.add_argument("--write-docs", action="store_true",
                         help="keep the table in docs/performance-tool.md")
     options = parser.parse_args()
-    lines = ["| picture | kB | jtpdf, kB | img2pdf, kB | jtpdf / img2pdf | jtpdf, s | img2pdf, s |",
-             "|---|---|---|---|---|---|---|"]
-    own = peer = 0
+    lines = ["| picture | kB | jtpdf, kB | jtpdf -O, kB | img2pdf, kB | jtpdf / img2pdf | jtpdf, s "
+             "| img2pdf, s |", "|---|---|---|---|---|---|---|---|"]
+    sums = {"all": [0, 0, 0], "PNG, TIFF and WebP": [0, 0, 0]}
     folder = tempfile.mkdtemp(prefix="jtpdf-kinds-")
     try:
         for kind, path in make_inputs(folder):
-            line, size, their_size = row_of(kind, path, options, folder)
+            line, *sizes = row_of(kind, path, options, folder)
             lines.append(line)
             print(line, flush=True)
-            if their_size:
-                own, peer = own + size, peer + their_size
+            if sizes[2] is None:
+                continue
+            for name, total in sums.items():
+                if name == "all" or any(word in kind for word in ("PNG", "TIFF", "WebP")):
+                    total[:] = [a + b for a, b in zip(total, sizes)]
     finally:
         shutil.rmtree(folder)
-    lines += ["", f"Over all that both take, jtpdf writes {own / peer:.2f} times the bytes."]
-    print(lines[-1])
+    for name, (own, least, peer) in sums.items():
+        lines += ["", f"Over {name} that both take, jtpdf writes {own / peer:.2f} times the bytes of "
+                  f"img2pdf, and with -O {least / peer:.3f} times."]
+        print(lines[-1])
     if options.write_docs:
         write_block(ROOT / "docs/performance-tool.md", "kinds", "\n".join(lines))
 
