@@ -4,18 +4,15 @@ from __future__ import annotations
 
 import ctypes
 import errno
-import os
-import pathlib
 from types import TracebackType
 from typing import TYPE_CHECKING, Any, Callable
 
+from . import _library
 from ._errors import Error
 from ._output import Output, WriteFunction
 
 if TYPE_CHECKING:
     from ._values import Buffer
-
-FILE_NAME = "libjtpdf.so.2"
 
 
 class Rect(ctypes.Structure):
@@ -121,28 +118,7 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
 }
 
 
-def _load() -> ctypes.CDLL:
-    """The library named by JTPDF_LIBRARY, the one in the wheel, or the system's."""
-    packaged = pathlib.Path(__file__).with_name(FILE_NAME)
-    name = os.environ.get("JTPDF_LIBRARY") or (
-        str(packaged) if packaged.exists() else FILE_NAME)
-    try:
-        library = ctypes.CDLL(name, use_errno=True)
-    except OSError as problem:
-        raise ImportError(
-            f"the shared library {name} cannot be loaded ({problem}); install libjtpdf2, or let "
-            "JTPDF_LIBRARY name the library") from problem
-    for function, (result, *arguments) in _PROTOTYPES.items():
-        try:
-            prototype = getattr(library, function)
-        except AttributeError as problem:
-            raise ImportError(f"{name} is no library for this package: {problem}") from problem
-        prototype.restype = result
-        prototype.argtypes = arguments
-    return library
-
-
-library = _load()
+library = _library.load("libjtpdf.so.2", "JTPDF_LIBRARY", "libjtpdf2", _PROTOTYPES)
 
 
 def call(function: str, *arguments: Any, path: str | None = None,

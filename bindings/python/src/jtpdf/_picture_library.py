@@ -5,13 +5,10 @@ from __future__ import annotations
 import ctypes
 import functools
 import os
-import pathlib
 from typing import Any
 
-from . import _native
+from . import _library, _native
 from ._errors import Error
-
-FILE_NAME = "libjtpdf-pictures.so.0"
 
 
 class PictureError(ValueError):
@@ -93,42 +90,9 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
 
 @functools.lru_cache(maxsize=None)
 def library() -> ctypes.CDLL:
-    """The library named by JTPDF_PICTURES_LIBRARY, the one in the wheel, or the system's."""
-    folder = pathlib.Path(__file__).parent
-    packaged = folder / FILE_NAME
-    name = os.environ.get("JTPDF_PICTURES_LIBRARY") or (
-        str(packaged) if packaged.exists() else FILE_NAME)
-    if name == str(packaged):
-        _load_decoders(sorted((folder / "decoders").glob("*.so*")))
-    try:
-        library = ctypes.CDLL(name, use_errno=True)
-    except OSError as problem:
-        raise ImportError(
-            f"the shared library {name} cannot be loaded ({problem}), which pictures from files "
-            "take; install libjtpdf-pictures0, or let JTPDF_PICTURES_LIBRARY name the library"
-        ) from problem
-    for function, (result, *arguments) in _PROTOTYPES.items():
-        prototype = getattr(library, function)
-        prototype.restype = result
-        prototype.argtypes = arguments
-    return library
-
-
-def _load_decoders(files: list[pathlib.Path]) -> None:
-    """Loads what the library in the wheel needs, each after those that it needs itself."""
-    while files:
-        left = [file for file in files if not _loads(file)]
-        if len(left) == len(files):
-            return  # the library will say what is missing
-        files = left
-
-
-def _loads(file: pathlib.Path) -> bool:
-    try:
-        ctypes.CDLL(str(file))
-    except OSError:
-        return False
-    return True
+    """Loads the library at the first call."""
+    return _library.load("libjtpdf-pictures.so.0", "JTPDF_PICTURES_LIBRARY", "libjtpdf-pictures0",
+                         _PROTOTYPES, needs="decoders")
 
 
 def raise_failure(failure: Failure, name: str, path: str | None = None) -> None:
