@@ -2,7 +2,7 @@
 # consume.sh stage SOURCE WORK: installs a release build below WORK and moves the installed tree.
 # consume.sh WAY SOURCE WORK LANGUAGES: builds and runs the stranger's project, in C, CXX or "C CXX".
 # WAY is find_package, static or pkg_config, which take the stage, or add_subdirectory or
-# fetch_content, which take the sources.
+# fetch_content, which take the sources. WITH_PICTURES=ON asks the sources for the library of pictures.
 set -euo pipefail
 way=$1 source=$2 work=$3 languages=${4:-}
 stage="$work/stage dir"
@@ -37,6 +37,19 @@ build_project() {
     }
   cmake --build "$host"
   for language in $languages; do "$host/host_$language"; done
+}
+
+# build_project_from SOURCES: the same, with the sources in it; the project has tests of its own.
+build_project_from() {
+  local pictures=${WITH_PICTURES:-OFF}
+  build_project -DSOURCE="$1" -DBUILD_TESTING=ON -DJTPDF_BUILD_PICTURES="$pictures"
+  if [ "$pictures" = ON ]; then
+    "$host/host_pictures"
+  elif [ -e "$host/host_pictures" ]; then
+    echo "consume.sh: the library of pictures was built, and nobody asked for it" >&2
+    exit 1
+  fi
+  refuse_extras
 }
 
 # The stranger asked for the library: no program, no test and no install rule of ours is added.
@@ -86,13 +99,11 @@ case $way in
     done
     ;;
   add_subdirectory)
-    build_project -DSOURCE="$source"
-    refuse_extras
+    build_project_from "$source"
     ;;
   fetch_content)
     tar -C "$source" --exclude=./build --exclude=./.git -cf "$work/sources.tar" .
-    build_project -DSOURCE="$work/sources.tar"
-    refuse_extras
+    build_project_from "$work/sources.tar"
     ;;
   *)
     echo "consume.sh: unknown way '$way'" >&2
