@@ -122,15 +122,21 @@ JTPDF_EXPORT const char* JTPDFGetPictureNote(const JTPDFPicture* picture, unsign
 
 /* ---- Writing ------------------------------------------------------------------------------- */
 
+/* A level of compression that makes pictures as small as they get without loss, however long that
+ * takes: what could be stored as it is is coded anew, too, where that is smaller. */
+#define JTPDF_PICTURE_SMALLEST 13
+
 /* Makes a writer of pictures for a document between InitPdfDoc and FinalizePdfDoc. unitFactor is
- * that with which it was created. level, 0 to 12, says how hard decoded pixels are compressed; 6 is
- * usual. One writer for all pictures of a document writes each colour profile once. */
+ * that with which it was created. level, 0 to 12 or JTPDF_PICTURE_SMALLEST, says how hard decoded
+ * pixels are compressed; 6 is usual. One writer for all pictures of a document writes each colour
+ * profile once. */
 JTPDF_EXPORT JTPDFPictureWriter* JTPDFCreatePictureWriter(JTPDFDocument* doc, double unitFactor,
                                                           int level, JTPDFPictureError* error);
 JTPDF_EXPORT void JTPDFDestroyPictureWriter(JTPDFPictureWriter* writer);
 
 /* Writes a frame as an image of the document, with its soft mask and colour profile, and stores the
- * number for DrawPdfImageInRect in *image. Bytes that can be stored as they are, are. */
+ * number for DrawPdfImageInRect in *image. Bytes that can be stored as they are, are, at every
+ * level but JTPDF_PICTURE_SMALLEST. */
 JTPDF_EXPORT int32_t JTPDFWritePicture(JTPDFPictureWriter* writer, const JTPDFPicture* picture,
                                        unsigned frame, int* image, JTPDFPictureError* error);
 
@@ -171,9 +177,10 @@ JTPDF_EXPORT int32_t JTPDFLayOutPicture(const JTPDFPictureWriter* writer,
                                         JTPDFPictureError* error);
 
 /* Writes a frame and adds a page of it, drawn over what was drawn before. Stores the number of its
- * image in *image, which may be null; so may page, for a page of the picture's own size. What is to
- * stand over the picture, or to show it once more, goes by JTPDFWritePicture and
- * JTPDFLayOutPicture. */
+ * image in *image, which may be null; so may page, for a page of the picture's own size. Entries of
+ * the page, such as a /TrimBox by SetPdfPageEntry of objects.h, are set before. What is to stand
+ * over the picture, to show it once more or to show several on one page goes by JTPDFWritePicture
+ * and JTPDFLayOutPicture. */
 JTPDF_EXPORT int32_t JTPDFAddPicturePage(JTPDFPictureWriter* writer, const JTPDFPicture* picture,
                                          unsigned frame, const JTPDFPicturePage* page, int* image,
                                          JTPDFPictureError* error);

@@ -183,11 +183,14 @@ struct PictureLayout {
   Box image;
 };
 
+// The level that makes pictures as small as they get without loss, however long that takes.
+inline constexpr int smallest = JTPDF_PICTURE_SMALLEST;
+
 // Writes pictures into a document, which has to outlive it and to stay where it is. One for all
 // pictures of a document writes each colour profile once.
 class PictureWriter {
  public:
-  // level, 0 to 12, says how hard decoded pixels are compressed.
+  // level, 0 to 12 or smallest, says how hard decoded pixels are compressed.
   explicit PictureWriter(Document& doc, int level = 6) : doc_(doc) {
     JTPDFPictureError error;
     handle_.reset(JTPDFCreatePictureWriter(doc.handle(), doc.unit().points(), level, &error));

@@ -5,12 +5,14 @@
 #include <vector>
 
 #include "bytes.h"
+#include "formats/decoder.h"
 #include "image.h"
 #include "jtpdf/pictures.h"
 
 struct JTPDFPicture {
   pictures::Buffer owned;  // empty where the bytes are the caller's
   pictures::Bytes bytes;
+  pictures::ReadLimits limits;
   std::vector<pictures::ImagePlan> frames;
 
   // The frame, if it is there; a caller's mistake where it is not.

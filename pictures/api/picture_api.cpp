@@ -11,7 +11,6 @@
 
 #include "api/guarded.h"
 #include "api/picture.h"
-#include "formats/decoder.h"
 
 namespace pictures::api {
 namespace {
@@ -87,10 +86,9 @@ void ReadHeaders(const JTPDFPictureLimits* limits, JTPDFPicture* picture) {
   if (picture->bytes.empty()) {
     throw ImageError("is empty; it holds no picture, copy or save it again");
   }
-  ReadLimits readLimits;
-  if (limits != nullptr && limits->maxPixels != 0) readLimits.maxPixels = limits->maxPixels;
+  if (limits != nullptr && limits->maxPixels != 0) picture->limits.maxPixels = limits->maxPixels;
   const Bytes head = picture->bytes.first(std::min(picture->bytes.size(), kRecognisedBytes));
-  picture->frames = RecogniseOrThrow(head).plan(picture->bytes, readLimits);
+  picture->frames = RecogniseOrThrow(head).plan(picture->bytes, picture->limits);
   if (picture->frames.size() == 1 && !picture->frames[0].error.empty()) {
     throw ImageError(picture->frames[0].error);
   }

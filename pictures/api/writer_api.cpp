@@ -1,6 +1,7 @@
 // writer_api.cpp - pictures as images and pages of a document.
 #include <jtpdf/objects.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
@@ -9,10 +10,10 @@
 
 #include "api/guarded.h"
 #include "api/picture.h"
-#include "formats/decoder.h"
 #include "image_writer.h"
 #include "layout.h"
 #include "measures.h"
+#include "optimisation.h"
 
 struct JTPDFPictureWriter {
   JTPDFDocument* document;
@@ -27,7 +28,10 @@ namespace {
 int WriteImage(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame) {
   Require(writer, "writer");
   Require(picture, "picture");
-  const EncodedImage image = Encode(picture->UsableFrame(frame), picture->bytes, writer->level);
+  const ImagePlan& plan = picture->UsableFrame(frame);
+  const EncodedImage image = writer->level == JTPDF_PICTURE_SMALLEST
+                                 ? EncodeSmallest(plan, picture->bytes, picture->limits)
+                                 : Encode(plan, picture->bytes, writer->level);
   int number = 0;
   Check(writer->images.Write(image, {kPdfImageRolePhoto, {}}, &number));
   return number;
@@ -86,10 +90,12 @@ JTPDFPictureWriter* JTPDFCreatePictureWriter(JTPDFDocument* doc, double unitFact
     if (!(unitFactor > 0) || !std::isfinite(unitFactor)) {
       pictures::api::RefuseArgument("unitFactor: no length can be that many points");
     }
-    if (level < 0 || level > 12) {
-      pictures::api::RefuseArgument("level: " + std::to_string(level) + " is none of 0 to 12");
+    if (level < 0 || level > JTPDF_PICTURE_SMALLEST) {
+      pictures::api::RefuseArgument("level: " + std::to_string(level) + " is none of 0 to 13");
     }
-    writer.reset(new JTPDFPictureWriter{doc, unitFactor, level, pictures::ImageWriter(doc, level)});
+    const int ofProfiles = std::min(level, 12);
+    writer.reset(
+        new JTPDFPictureWriter{doc, unitFactor, level, pictures::ImageWriter(doc, ofProfiles)});
   });
   return result == 0 ? writer.release() : nullptr;
 }

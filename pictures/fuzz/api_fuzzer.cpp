@@ -77,8 +77,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   JTPDFDocument* doc = CreateMemoryPdfDoc(PDFCoordinateUnitMillimeter);
   Require(InitPdfDoc(doc) == 0);
+  const int level = chosen[0] < 192 ? 1 : JTPDF_PICTURE_SMALLEST;
   JTPDFPictureWriter* writer =
-      JTPDFCreatePictureWriter(doc, PDFCoordinateUnitMillimeter, 1, &error);
+      JTPDFCreatePictureWriter(doc, PDFCoordinateUnitMillimeter, level, &error);
   const unsigned frames = std::min(JTPDFCountPictureFrames(picture), 4U);
   int pages = 0;
   for (unsigned frame = 0; frame < frames; ++frame) UseFrame(writer, picture, frame, page, &pages);

@@ -101,6 +101,26 @@ TEST(JtpdfPicture, PassesBytesThroughUnchanged) {
   EXPECT_NE(FileOf(doc).find(bytes), std::string::npos);
 }
 
+TEST(JtpdfPictureWriter, MakesPicturesSmallestWithoutLoss) {
+  for (const char* name : {"/coast.jpg", "/coast-rgb.png"}) {
+    const Picture picture = Picture::file(kImages + name);
+    std::vector<std::string> files;
+    for (const int level : {12, jtpdf::smallest}) {
+      Document doc = Document::memory();
+      PictureWriter(doc, level).add_page(picture);
+      files.push_back(FileOf(doc));
+    }
+    EXPECT_LT(files[1].size(), files[0].size()) << name;
+  }
+}
+
+TEST(JtpdfPictureWriter, TakesEntriesOfThePageThatWereSetBefore) {
+  Document doc = Document::memory();
+  doc.set_page_entry("/TrimBox", "[10 10 500 700]");
+  PictureWriter(doc).add_page(Picture::file(kImages + "/coast.jpg"), {"A4"});
+  EXPECT_EQ(Count(FileOf(doc), "/TrimBox [10 10 500 700]"), 1u);
+}
+
 TEST(JtpdfPictureWriter, WritesAProfileOnceForAllPictures) {
   Document doc = Document::memory();
   PictureWriter pictures(doc);
@@ -192,7 +212,7 @@ TEST(JtpdfPicture, RefusesWhatIsAskedForByItsName) {
   EXPECT_EQ(message(turned), "turn: 45 is none of 0, 90, 180, 270 and 360");
   EXPECT_EQ(MessageOf([&] { pictures.write(photo, 1); }), "has no frame 1; there are 1");
   EXPECT_EQ(MessageOf([&] { photo.info(7); }), "has no frame 7; there are 1");
-  EXPECT_EQ(MessageOf([&] { PictureWriter(doc, 13); }), "level: 13 is none of 0 to 12");
+  EXPECT_EQ(MessageOf([&] { PictureWriter(doc, 14); }), "level: 14 is none of 0 to 13");
   EXPECT_EQ(doc.page_count(), 0) << "nothing of it is in the document";
 }
 

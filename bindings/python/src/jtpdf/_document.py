@@ -49,7 +49,8 @@ class Document:
     it raises comes out of the method that wrote.
 
     A document has at most 10^10 bytes, as readers take no more than ten digits for a position in it.
-    With ``compress`` what is drawn is written by zlib; image data is always the caller's own.
+    With ``compress`` what is drawn is written by zlib; image data is always the caller's own. With
+    ``optimize`` picture files are made as small as they get without loss, however long that takes.
     All lengths are in ``unit``: "pt", "in", "cm", "mm", or the number of PDF points that one is.
     Wherever a Box or a Color is wanted, a tuple or list of its values will do, and for a colour a text
     such as "#ff8000". What no file should have, such as a width that is negative or no number, is a
@@ -68,13 +69,15 @@ class Document:
     """
 
     def __init__(self, path: StrOrBytesPath | Writable | None = None, *, unit: Unit = POINT,
-                 creator: str = "", author: str = "", compress: bool = False) -> None:
-        self._prepare(path, unit, creator, author, compress)
+                 creator: str = "", author: str = "", compress: bool = False,
+                 optimize: bool = False) -> None:
+        self._prepare(path, unit, creator, author, compress, optimize)
         self.open()
 
     @classmethod
     def unopened(cls, path: StrOrBytesPath | Writable | None = None, *, unit: Unit = POINT,
-                 creator: str = "", author: str = "", compress: bool = False) -> Document:
+                 creator: str = "", author: str = "", compress: bool = False,
+                 optimize: bool = False) -> Document:
         """A document still to be opened; all that is not written can be set before.
 
         >>> doc = Document.unopened()
@@ -82,11 +85,11 @@ class Document:
         >>> doc.open()
         """
         document = cls.__new__(cls)
-        document._prepare(path, unit, creator, author, compress)
+        document._prepare(path, unit, creator, author, compress, optimize)
         return document
 
     def _prepare(self, path: StrOrBytesPath | Writable | None, unit: Unit, creator: str,
-                 author: str, compress: bool) -> None:
+                 author: str, compress: bool, optimize: bool) -> None:
         self._unfinished = False  # an open file that nothing has settled
         self._handle: _native.Handle | None = None
         self._path: str | None = None
@@ -96,6 +99,7 @@ class Document:
         self._encoder: Encoder | None = None
         self._profiles: dict[bytes, Profile] = {}  # of pictures
         self._picture_writer: _picture_files.Writer | None = None
+        self._picture_level = _picture_files.SMALLEST if optimize else _picture_files.USUAL
         self._pages = 0  # how many are queued
         self._written = 0  # how many bytes of data
         self._unit = points(unit)
@@ -410,7 +414,8 @@ class Document:
         if self._handle is None:
             raise ValueError(f"{self!r} was discarded")
         if self._picture_writer is None:
-            self._picture_writer = _picture_files.Writer(self._handle, self._unit, 6)
+            self._picture_writer = _picture_files.Writer(
+                self._handle, self._unit, self._picture_level)
         return self._picture_writer
 
     def _write_picture_file(self, picture: PictureSource, frame: int) -> Image:

@@ -33,6 +33,9 @@ if TYPE_CHECKING:
 #: How a picture is scaled: as large as it can be inside of its page; so that nothing of that is
 #: left free; stretched; or only made smaller or larger.
 Fit = Literal["into", "fill", "exact", "shrink", "enlarge"]
+#: Levels of compression.
+USUAL, SMALLEST = 6, 13
+
 _FITS = ("into", "fill", "exact", "shrink", "enlarge")
 
 
