@@ -190,4 +190,5 @@ def main():
         shutil.rmtree(folder)
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -3,12 +3,15 @@
 import io
 import os
 import pathlib
+import subprocess
+import sys
 import tempfile
 import unittest
+import unittest.mock
 from typing import List, Tuple
 
 import jtpdf
-from jtpdf import Document, PictureError, PictureFile
+from jtpdf import Document, PictureError, PictureFile, _whole_file
 
 IMAGES = pathlib.Path(os.environ["JTPDF_IMAGES"])
 PHOTO = IMAGES / "coast.jpg"
@@ -149,6 +152,43 @@ class PicturesToPdf(unittest.TestCase):
             jtpdf.pictures_to_pdf(str(PHOTO), output)
         with self.assertRaises(FileNotFoundError):
             jtpdf.pictures_to_pdf([PHOTO], self.folder / "nowhere" / "album.pdf")
+
+    def test_makes_pictures_as_small_as_they_get(self) -> None:
+        sizes = []
+        for optimize in (False, True):
+            stream = io.BytesIO()
+            jtpdf.pictures_to_pdf([PHOTO], stream, optimize=optimize)
+            sizes.append(len(stream.getvalue()))
+        self.assertLess(sizes[1], sizes[0])
+
+    def test_gives_a_file_the_rights_of_any_other(self) -> None:
+        output = self.folder / "album.pdf"
+        mask = os.umask(0o026)
+        self.addCleanup(os.umask, mask)
+        for unnamed in (_whole_file._open_unnamed, lambda folder: None):
+            with unittest.mock.patch.object(_whole_file, "_open_unnamed", unnamed):
+                jtpdf.pictures_to_pdf([PHOTO], output)
+            self.assertEqual(output.stat().st_mode & 0o777, 0o640)
+            self.assertEqual([path.name for path in self.folder.iterdir()], ["album.pdf"])
+            output.unlink()
+
+    def test_names_the_output_that_cannot_be_written(self) -> None:
+        output = self.folder / "nowhere" / "album.pdf"
+        with self.assertRaises(FileNotFoundError) as missing:
+            jtpdf.pictures_to_pdf([PHOTO], output)
+        self.assertEqual(missing.exception.filename, os.path.realpath(output))
+
+    def test_leaves_nothing_of_a_process_that_is_killed(self) -> None:
+        descriptor = _whole_file._open_unnamed(str(self.folder))
+        if descriptor is None:
+            self.skipTest("there are no unnamed files here")
+        os.close(descriptor)
+        program = ("import jtpdf, os, sys; jtpdf.pictures_to_pdf(sys.argv[1:2], sys.argv[2], "
+                   "progress=lambda done, total: os.kill(os.getpid(), 9))")
+        done = subprocess.run([sys.executable, "-c", program, PHOTO, self.folder / "album.pdf"],
+                              check=False)
+        self.assertEqual(done.returncode, -9)
+        self.assertEqual(list(self.folder.iterdir()), [])
 
 
 if __name__ == "__main__":

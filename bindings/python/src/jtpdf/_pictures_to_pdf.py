@@ -4,12 +4,12 @@ from __future__ import annotations
 
 import contextlib
 import os
-import tempfile
 from typing import TYPE_CHECKING, Callable, Iterator, Sequence, Union
 
 from ._document import Document
 from ._output import Writable
 from ._picture_files import PictureFile, opened
+from ._whole_file import whole_file
 
 if TYPE_CHECKING:
     from _typeshed import StrOrBytesPath
@@ -20,14 +20,15 @@ if TYPE_CHECKING:
 def pictures_to_pdf(inputs: Sequence[PictureSource], output: StrOrBytesPath | Writable, *,
                     page: str | None = None, image: str | None = None, border: str | None = None,
                     fit: Fit = "into", turn: int | None = None, auto_orient: bool = False,
-                    all_frames: bool = True, title: str = "", author: str = "",
+                    all_frames: bool = True, title: str = "", author: str = "", optimize: bool = False,
                     progress: Callable[[int, int], object] | None = None) -> int:
     """Makes a PDF with a page for each picture, and returns how many pages it has.
 
-    Document.add_picture() says what page, image, border, fit, turn and auto_orient are. Of a file with
-    several pictures, such as the pages of a TIFF file, each becomes a page, or with all_frames=False
-    the first alone. progress is called with the number of inputs that are done and of all. The output
-    appears when it is whole: where something fails, what was there stays.
+    Document.add_picture() says what page, image, border, fit, turn and auto_orient are, and Document
+    what optimize is. Of a file with several pictures, such as the pages of a TIFF file, each becomes a
+    page, or with all_frames=False the first alone. progress is called with the number of inputs that
+    are done and of all. The output appears when it is whole: where something fails, what was there
+    stays.
 
     >>> pictures_to_pdf(["one.jpg", "two.png"], "album.pdf", page="A4", border="1cm",
     ...                 progress=lambda done, total: print(f"{done} of {total}"))  # doctest: +SKIP
@@ -37,7 +38,7 @@ def pictures_to_pdf(inputs: Sequence[PictureSource], output: StrOrBytesPath | Wr
     """
     if isinstance(inputs, (str, bytes, os.PathLike)):
         raise TypeError(f"inputs is {inputs!r}, one input; give a list")
-    with _whole(output) as target, Document(target, author=author) as doc:
+    with _whole(output) as target, Document(target, author=author, optimize=optimize) as doc:
         if title:
             doc.set_info("Title", title)
         for done, source in enumerate(inputs, 1):
@@ -67,15 +68,5 @@ def _whole(output: StrOrBytesPath | Writable) -> Iterator[Union[str, Writable]]:
     if os.path.exists(path) and not os.path.isfile(path):
         yield path  # a device or a pipe is written as it is
         return
-    descriptor, part = tempfile.mkstemp(".part", os.path.basename(path) + ".", os.path.dirname(path))
-    os.close(descriptor)
-    try:
-        yield part
-        mask = os.umask(0)
-        os.umask(mask)
-        os.chmod(part, 0o666 & ~mask)
-        os.replace(part, path)
-    except BaseException:
-        with contextlib.suppress(FileNotFoundError):
-            os.remove(part)
-        raise
+    with whole_file(path) as written:
+        yield written
