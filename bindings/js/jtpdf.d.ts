@@ -1,6 +1,13 @@
 // jtpdf: writes PDF files in one forward pass. What the package gives, with types.
+//
+// Lengths are in the document's unit, angles in degrees, y runs upwards. Every failure is a JtpdfError, which calls
+// that return a promise reject with and others throw. Options that a call does not know are refused.
 
-/** Bytes of a picture or a profile. Of a Blob or a File only the header is read. */
+/**
+ * Bytes of a picture or a profile. Of a Blob or a File only the header is read; its bytes go into the result as
+ * a part of it. Bytes in memory stay the caller's, and must not change until the document is saved: those from 32 kB
+ * on are not copied.
+ */
 export type Data = Blob | ArrayBufferLike | ArrayBufferView;
 
 /** Points (1/72 inch), inches, centimetres, millimetres, or how many points one unit has. */
@@ -15,12 +22,14 @@ export type Size =
   | readonly [number, number, number, number]
   | 'A3' | 'A4' | 'A5' | 'Letter' | 'Legal';
 
-/** A colour of red, green and blue from 0 to 1. */
+/** A colour of red, green and blue from 0 to 1, beyond which it throws an `argument` error. */
 export function rgb(red: number, green: number, blue: number): number;
 
 /**
  * Gets the WebAssembly module ready; documents do so by themselves. A source says where it is, where
- * that is not beside the package's own file: for bundlers, and for servers that name it otherwise.
+ * that is not beside the package's own file: for bundlers, and for servers that name it otherwise. It is compiled
+ * once for a thread; a second call gives what the first gave. Where that fails, the platform's error is passed on,
+ * and a later call tries again.
  */
 export function load(source?: string | URL | Response | BufferSource | WebAssembly.Module): Promise<unknown>;
 
@@ -38,8 +47,12 @@ export class JtpdfError extends Error {
 export interface DocumentOptions {
   /** Of all lengths; points, unless given. */
   unit?: Unit;
-  /** Compresses what is drawn. Off unless given: then the same calls give the same bytes everywhere. */
+  /**
+   * Makes the file small: contents are compressed and written to a thousandth of a point, and objects packed
+   * together, which readers know since PDF 1.5. Off unless given: then the same calls give the same bytes everywhere.
+   */
   compress?: boolean;
+  /** Information that readers show; setInfo has more. */
   title?: string;
   author?: string;
   subject?: string;
@@ -54,7 +67,14 @@ export interface EmbedOptions {
   orientation?: number;
 }
 
-/** A picture in a document, upright. */
+export interface ImageOptions extends EmbedOptions {
+  /** Which frame of an animation, from 0, the first unless given; as far as the browser tells them apart. */
+  frame?: number;
+  /** Reads PNG files whole, and holds them against their checksums. */
+  check?: boolean;
+}
+
+/** A picture in a document, upright. It belongs to that document, and goes with it. */
 export class PdfImage {
   private constructor();
   /** The object's number in the file. */
@@ -62,14 +82,18 @@ export class PdfImage {
   /** In pixels, turned as the picture's EXIF orientation says. */
   readonly width: number;
   readonly height: number;
+  /** As EXIF counts, 1 to 8: how drawImage turns and mirrors it. */
   readonly orientation: number;
+  /** How many frames the file has, 1 unless it is an animation that the browser decoded. */
+  readonly frames: number;
   /** Dots per inch, where the file says so. */
   readonly resolution: { readonly x: number; readonly y: number } | undefined;
 }
 
-/** A colour space of an ICC profile. */
+/** A colour space of an ICC profile, in the document that made it. */
 export class PdfProfile {
   private constructor();
+  /** The object's number in the file. */
   readonly number: number;
 }
 
@@ -77,6 +101,7 @@ export interface Box {
   /** Left and bottom, 0 unless given; y runs upwards. */
   x?: number;
   y?: number;
+  /** 100 for shapes, the picture's or the form's own unless given. A negative one mirrors. */
   width?: number;
   height?: number;
   /** In degrees, counter-clockwise, about the centre of the box. */
@@ -138,7 +163,7 @@ export interface PageOptions {
   crop?: readonly [number, number] | readonly [number, number, number, number];
   /** How readers turn the page: 0, 90, 180 or 270 degrees clockwise. */
   rotate?: 0 | 90 | 180 | 270;
-  /** What the page shows, unscaled; it cannot be drawn on then. */
+  /** What the page shows, unscaled; it cannot be drawn on then, and a `state` error says so. */
   form?: PdfForm;
   /** Entries of the page's dictionary, as PDF writes them: `{ '/UserUnit': '2' }`. */
   entries?: Readonly<Record<string, string>>;
@@ -183,6 +208,11 @@ export interface SaveOptions {
  * other: any number may be written at once, in a thread or in workers.
  *
  * Data is not copied: a picture's bytes must stay as they are until the document is saved.
+ *
+ * The calls that begin with "embed" read side by side where several are under way (16 at most), and write in the order
+ * in which they were called, so that the file does not depend on which of them was ready first. Besides the errors of
+ * the options they reject with `damaged` or `unsupported`, for which the document goes on, with `memory`, and with what
+ * reading a Blob fails with (a DOMException where the file was moved or changed).
  */
 export class Document {
   private constructor();
@@ -201,25 +231,26 @@ export class Document {
   /** What a reader shows first, in a view such as `'/FitH null'` (ISO 32000-1, 12.3.2.2); the whole page, unless given. */
   setOpenPage(page: PdfPage | number, view?: string): void;
 
-  /** Begins a page, A4 unless given. */
+  /** Begins a page, A4 unless given, and ends the one before. */
   addPage(size?: Size, options?: PageOptions): PdfPage;
-  /** Makes a form of what `draw` draws, at once. */
+  /** Makes a form of what `draw` draws, at once, and ends the page before. What it throws is passed on. */
   addForm(size: Size, draw: (form: PdfForm) => void): PdfForm;
 
   /** A JPEG file, byte for byte, with its profile and its EXIF orientation. */
   embedJpeg(data: Data, options?: EmbedOptions): Promise<PdfImage>;
   /**
-   * A PNG file. Its compressed rows go into the document as they are; only those with an alpha channel
-   * are unpacked and packed again. With check, the file is read and held against its checksums.
+   * A PNG file, also of 16 bits. Its compressed rows go into the document as they are; only those with an alpha
+   * channel are unpacked and packed again, and interlaced ones are decoded by the browser. With check, the file is read and held against its checksums.
    */
   embedPng(data: Data, options?: EmbedOptions & { check?: boolean }): Promise<PdfImage>;
   /** A JP2 file, plain grey or RGB of 8 bits, byte for byte. */
   embedJp2(data: Data, options?: EmbedOptions): Promise<PdfImage>;
   /**
-   * A picture of any kind that the browser decodes; JPEG, PNG and JPEG 2000 as their own calls do. Also
-   * what a canvas can draw, and pixels: `{ width, height, data }` of four bytes each.
+   * A picture of any kind that the browser decodes; JPEG, PNG and JPEG 2000 as their own calls do. Others (WebP,
+   * AVIF, GIF, BMP) are decoded to 8 bits a channel and compressed, one at a time; under Node they are refused as
+   * `unsupported`. Also what a canvas can draw, and pixels: `{ width, height, data }` of four bytes each.
    */
-  embedImage(data: Data | ImageData | CanvasImageSource, options?: EmbedOptions): Promise<PdfImage>;
+  embedImage(data: Data | ImageData | CanvasImageSource, options?: ImageOptions): Promise<PdfImage>;
   /** Image data that is encoded already. */
   embedEncoded(data: Data, options: EncodedOptions): Promise<PdfImage>;
   /** A profile for RGB data, to be the colorSpace of embedEncoded. */
@@ -230,13 +261,16 @@ export class Document {
   /** Writes a stream with these entries, and gives its number. */
   writeStream(entries: Readonly<Record<string, string>>, data: Data): Promise<number>;
 
-  /** Ends the document and gives the file's bytes. */
+  /** Ends the document and gives the file's bytes, which are the caller's. */
   save(options?: SaveOptions): Promise<Uint8Array>;
   /** Ends the document and gives the file as a Blob; pictures that are Blobs are parts of it, unread. */
   saveBlob(options?: SaveOptions): Promise<Blob>;
   /** Ends the document and gives the file as a stream, which reads pictures when it is read. */
   stream(options?: SaveOptions): ReadableStream<Uint8Array>;
-  /** Ends the document and writes the file: into a file of the browser's, an answer of a server's. */
+  /**
+   * Ends the document and writes the file, into a file of the browser's, an answer of a server's, and closes that.
+   * Where writing or reading fails, it rejects with that error, and aborts the stream.
+   */
   pipeTo(writable: WritableStream<Uint8Array>, options?: SaveOptions): Promise<void>;
 
   /** Gives up a document that is not saved, and its memory. Does nothing the second time. */

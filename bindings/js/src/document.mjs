@@ -1,33 +1,26 @@
 // Documents.
 import { drawnOn, PdfForm, PdfImage, PdfPage, PdfProfile } from './canvas.mjs';
+import { compressionOf, readEncoded, readIfSmall, roleOf } from './encoded.mjs';
+import { dictionary, filtered, formEntries, imageEntries } from './entries.mjs';
 import { planAny, planJp2, planJpeg, planPng } from './embed.mjs';
-import { describe, finite, invalid, JtpdfError, options, stateError, whole } from './errors.mjs';
+import { describe, invalid, JtpdfError, options, stateError, whole } from './errors.mjs';
 import { checked, isSmall } from './library.mjs';
 import { load } from './load.mjs';
+import { boxOf, pointsIn } from './measures.mjs';
 import { packed } from './pack.mjs';
 import { Several, Sink, toBytes, toStream } from './parts.mjs';
 import { short } from './pens.mjs';
 import { deflated, deflatedNow } from './platform.mjs';
 import { bytesOf, concat, sizeOf, Source } from './source.mjs';
+import { Turns } from './turns.mjs';
 
-// Points in each unit; the metric ones as the library has them, for files that agree to the byte.
-const UNITS = { pt: 1, in: 72, cm: 28.346456692944, mm: 2.8346456692944 };
-const MM = UNITS.mm;
-const SIZES = {
-  A3: [297 * MM, 420 * MM], A4: [210 * MM, 297 * MM], A5: [148 * MM, 210 * MM], Letter: [612, 792], Legal: [612, 1008],
-};
 const INFO = ['title', 'author', 'subject', 'keywords', 'creator'];
-const COMPRESSIONS = { jpeg: 0, lzw: 1, flate: 2, jpeg2000: 3, none: -1 };
-const SPACES = { gray: 0, rgb: 1, cmyk: 2 };
-const ICC = 3;
-const ROLES = ['background', 'photo', 'mask', 'border', 'clipArt', 'alpha', 'text', 'shape', 'other'];
 // Positions in a PDF file have ten digits.
 const MOST_BYTES = 1e10;
 
 // A document that nobody holds any more gives its memory back.
 const abandoned = new FinalizationRegistry((handle) => handle.library.close(handle));
 const PACKED_AT_ONCE = 16;
-const AHEAD = 16;  // pictures that are read while others wait to be written
 const LEAST_PACKED = 100;  // bytes of contents; less hardly gets smaller
 const MAKING = Symbol('Document.create');
 
@@ -40,7 +33,7 @@ export class Document {
   #shown;  // the media box and the crop box of a page that is drawn
   #pages = 0;
   #profiles = new Map();
-  #turns = [];  // of the pictures that are under way
+  #turns = new Turns();  // of the pictures that are under way
   #contents = [];  // of pages and forms, to be compressed in the end
   // What pages and forms know of it; compact: contents need not be those of the library's own shapes.
   #host = { document: this, unit: 0, compact: false, call: (what, body) => this.#call(what, body),
@@ -60,9 +53,7 @@ export class Document {
   static async create(given) {
     const library = await load();
     const o = options(given, ['unit', 'compress', 'mark', ...INFO], 'Document.create');
-    const unit = o.unit === undefined ? 1 : UNITS[o.unit] ?? finite(o.unit, 'Document.create: unit');
-    if (unit <= 0) throw invalid(`Document.create: unit is ${unit} points; it takes more than 0`);
-    const document = new Document(MAKING, library, unit, o.compress === true);
+    const document = new Document(MAKING, library, pointsIn(o.unit, 'Document.create'), o.compress === true);
     if (o.mark) document.#call('Document.create', (m, at) => (m.mark(at), 0));
     for (const key of INFO) {
       if (o[key] !== undefined) document.setInfo(key[0].toUpperCase() + key.slice(1), o[key]);
@@ -113,8 +104,8 @@ export class Document {
   /** Begins a page, to be drawn on until the next page or form begins. */
   addPage(size = 'A4', given = undefined) {
     const o = options(given, ['crop', 'rotate', 'form', 'entries'], 'addPage');
-    const box = this.#boxOf(size, 'addPage: the size');
-    const crop = o.crop === undefined ? box : this.#boxOf(o.crop, 'addPage: crop');
+    const box = boxOf(size, this.#unit, 'addPage: the size');
+    const crop = o.crop === undefined ? box : boxOf(o.crop, this.#unit, 'addPage: crop');
     const form = o.form === undefined ? undefined : PdfForm.numberOf(o.form, this, 'addPage: form');
     if (o.rotate !== undefined && ![0, 90, 180, 270].includes(o.rotate)) {
       throw invalid(`addPage: rotate is ${describe(o.rotate)}; a page is turned by 0, 90, 180 or 270 degrees clockwise`);
@@ -133,7 +124,7 @@ export class Document {
   /** Makes a form of what draw draws, to be shown by any number of pages. */
   addForm(size, draw) {
     if (typeof draw !== 'function') throw invalid('addForm takes a function that draws: addForm([w, h], (form) => …)');
-    const box = this.#boxOf(size, 'addForm: the size');
+    const box = boxOf(size, this.#unit, 'addForm: the size');
     this.#finishCanvas();
     const form = new PdfForm(this, this.#host, box);
     this.#begin(form);
@@ -145,18 +136,6 @@ export class Document {
     }
     this.#finishCanvas();
     return form;
-  }
-
-  #boxOf(size, what) {
-    const named = typeof size === 'string' ? SIZES[size]?.map((points) => points / this.#unit) : size;
-    if (!Array.isArray(named) || (named.length !== 2 && named.length !== 4)) {
-      throw invalid(`${what} is ${describe(size)}, not [width, height], [left, bottom, width, height] or one of ` +
-        Object.keys(SIZES).join(', '));
-    }
-    named.forEach((side) => finite(side, what));
-    const box = named.length === 2 ? [0, 0, ...named] : [...named];
-    if (!(box[2] > 0 && box[3] > 0)) throw invalid(`${what} is ${box[2]} x ${box[3]}, but both have to be more than 0`);
-    return box;
   }
 
   #begin(canvas) {
@@ -193,16 +172,17 @@ export class Document {
     const entries = isPage ? [] : this.#formEntries(canvas.box, resources);
     const plain = encoder.encode(text);
     const smaller = plain.length < LEAST_PACKED ? plain : deflatedNow(plain);
-    if (smaller && isPage) return this.#writeOwnStream('drawing', ...filtered(entries, plain, smaller));
-    if (smaller) return this.#writeStream('drawing', ...filtered(entries, plain, smaller));
+    if (smaller) {
+      const [all, data] = filtered(entries, plain, smaller);
+      return isPage ? this.#writeOwnStream('drawing', all, [data]) : this.#writeStream('drawing', all, [data]);
+    }
     const number = this.#call('drawing', (m, at) => m.reserve(at));
     this.#contents.push({ number, entries, plain });
     return number;
   }
 
   #formEntries([left, bottom, width, height], resources) {
-    const bounds = [left, bottom, left + width, bottom + height].map((side) => short(side * this.#unit));
-    return [...resources, ['/BBox', `[${bounds.join(' ')}]`], ['/Subtype', '/Form'], ['/Type', '/XObject']];
+    return formEntries([left, bottom, left + width, bottom + height].map((side) => short(side * this.#unit)), resources);
   }
 
   #setPageEntries(entries) {
@@ -265,43 +245,34 @@ export class Document {
   // Data is read side by side, for a few calls ahead, and written in the order of the calls.
   async #inTurn(read, write) {
     this.#require();
-    const before = this.#turns.at(-1);
-    let end;
-    this.#turns.push(new Promise((resolve) => { end = resolve; }));
-    const start = this.#turns.length > AHEAD ? this.#turns.shift() : undefined;
-    try {
-      await start;
-      const data = await read();
-      await before;
+    return this.#turns.take(read, (data) => {
       this.#require();
       return write(data);
-    } finally {
-      await before;
-      end();
-    }
+    });
   }
 
-  #writePicture(call, { facts, filter, bits, space, more, parts }, base, entries = []) {
+  #writePicture(call, picture, base, entries = []) {
+    const { space, parts } = picture;
     const name = typeof space === 'function' ? space(base ?? '/DeviceRGB') : base ?? space;
-    return this.#writeOwnStream(call, [
-      ['/Type', '/XObject'], ['/Subtype', '/Image'], ['/Width', facts.width], ['/Height', facts.height],
-      ['/BitsPerComponent', bits], ['/ColorSpace', name], ['/Filter', filter], ...more, ...entries,
-    ], parts);
+    return this.#writeOwnStream(call, [...imageEntries(picture, name), ...entries], parts);
   }
 
   // Of entries that are right as they are; nested ones are arrays of their own.
   #writeOwnStream(call, entries, parts) {
-    const part = parts.length === 1 ? parts[0] : new Several(parts);
-    this.#requireRoom(call, sizeOf(part));
-    return this.#call(call, (m, at, library) =>
-      m.write_own_stream(at, library.text(dictionary(entries), call), library.data(part), sizeOf(part)));
+    return this.#writeParts(call, parts, (m, at, library, data, size) =>
+      m.write_own_stream(at, library.text(dictionary(entries), call), data, size));
   }
 
+  // Of entries of the host's, at which the library looks.
   #writeStream(call, entries, parts) {
+    return this.#writeParts(call, parts, (m, at, library, data, size) =>
+      m.write_stream(at, entries.length, library.entries(entries), data, size));
+  }
+
+  #writeParts(call, parts, write) {
     const part = parts.length === 1 ? parts[0] : new Several(parts);
     this.#requireRoom(call, sizeOf(part));
-    return this.#call(call, (m, at, library) =>
-      m.write_stream(at, entries.length, library.entries(entries), library.data(part), sizeOf(part)));
+    return this.#call(call, (m, at, library) => write(m, at, library, library.data(part), sizeOf(part)));
   }
 
   /** An image whose data is encoded already, as PDF has it. */
@@ -309,50 +280,28 @@ export class Document {
     const call = 'embedEncoded';
     const more = ['maskWhite', 'role', 'name', 'texts', 'softMask'];
     return this.#inTurn(async () => {
-      const image = await this.#encoded(call, data, given, more);
+      const image = await readEncoded(this, call, data, given, more);
       const { softMask } = image.options;
-      return { image, alpha: softMask && await this.#encoded(`${call}: softMask`, softMask.data, withoutData(softMask), []) };
+      if (!softMask) return { image };
+      return { image, alpha: await readEncoded(this, `${call}: softMask`, softMask.data, withoutData(softMask), []) };
     }, ({ image, alpha }) => this.#writeEncoded(call, image, alpha));
   }
 
   #writeEncoded(call, image, alpha) {
-    const { maskWhite = false, role = 'other', name, texts = {} } = image.options;
-    if (!ROLES.includes(role)) throw invalid(`${call}: role is ${describe(role)}, none of ${ROLES.join(', ')}`);
+    const { maskWhite = false, name, texts = {} } = image.options;
+    const role = roleOf(image.options.role ?? 'other', call);
     this.#requireRoom(call, sizeOf(image.part) + (alpha ? sizeOf(alpha.part) : 0));
     const items = Object.entries(texts);
     const number = this.#call(call, (m, at, library) => m.write_image(at, image.place(library),
-      alpha ? alpha.place(library) : 0, maskWhite, ROLES.indexOf(role), library.wide(name, `${call}: name`), items.length,
-      library.table(items, (value) => library.wide(value, 'a text'))));
+      alpha ? alpha.place(library) : 0, maskWhite, role, library.wide(name, `${call}: name`), items.length, library.table(items,
+        (value) => library.wide(value, 'a text'))));
     return new PdfImage(this, number, image.options);
-  }
-
-  async #encoded(call, data, given, more) {
-    const o = options(given, ['compression', 'width', 'height', 'bitsPerComponent', 'colorSpace', ...more], call);
-    const width = whole(o.width, `${call}: width`, 1, 0x7fffffff), height = whole(o.height, `${call}: height`, 1, 0x7fffffff);
-    const bits = whole(o.bitsPerComponent ?? 8, `${call}: bitsPerComponent`, 1, 16);
-    const compression = COMPRESSIONS[o.compression];
-    if (compression === undefined) {
-      throw invalid(`${call}: compression is ${describe(o.compression)}, none of ${Object.keys(COMPRESSIONS).join(', ')}`);
-    }
-    const isProfile = o.colorSpace instanceof PdfProfile;
-    const space = isProfile ? ICC : SPACES[o.colorSpace ?? 'rgb'];
-    const object = isProfile ? PdfProfile.numberOf(o.colorSpace, this, `${call}: colorSpace`) : 0;
-    if (space === undefined) {
-      throw invalid(`${call}: colorSpace is ${describe(o.colorSpace)}, neither gray, rgb, cmyk nor a PdfProfile`);
-    }
-    const part = await whollyOrAsPart(new Source(data, call));
-    const place = (library) => {
-      const record = [library.data(part), sizeOf(part), compression, width, height, bits, space, object];
-      return library.numbers(Int32Array, record);
-    };
-    return { part, place, options: o };
   }
 
   /** A profile for RGB data, to be the colorSpace of embedEncoded. */
   async embedIcc(data, given) {
     const o = options(given, ['compression'], 'embedIcc');
-    const compression = COMPRESSIONS[o.compression ?? 'none'];
-    if (compression === undefined) throw invalid(`embedIcc: compression is ${describe(o.compression)}`);
+    const compression = compressionOf(o.compression ?? 'none', 'embedIcc');
     return this.#inTurn(() => bytesOf(new Source(data, 'embedIcc').part()),
       (bytes) => new PdfProfile(this, this.#writeProfile('embedIcc', bytes, compression)));
   }
@@ -366,7 +315,7 @@ export class Document {
     const key = String.fromCharCode(...packed.subarray(-64)) + packed.length;
     const known = this.#profiles.get(key)?.find((one) => sameBytes(one.profile, profile));
     if (known) return known.number;
-    const number = this.#writeProfile('embedding a profile', packed, COMPRESSIONS.flate);
+    const number = this.#writeProfile('embedding a profile', packed, compressionOf('flate'));
     this.#profiles.set(key, [...(this.#profiles.get(key) ?? []), { profile, number }]);
     return number;
   }
@@ -380,7 +329,7 @@ export class Document {
 
   /** Writes a stream with these entries and gives its number. */
   async writeStream(entries, data) {
-    return this.#inTurn(() => whollyOrAsPart(new Source(data, 'writeStream')),
+    return this.#inTurn(() => readIfSmall(new Source(data, 'writeStream')),
       (part) => this.#writeStream('writeStream', Object.entries(entries), [part]));
   }
 
@@ -437,7 +386,7 @@ export class Document {
   }
 
   #writeReserved({ number, entries, plain }, smaller) {
-    const [all, [data]] = filtered(entries, plain, smaller);
+    const [all, data] = filtered(entries, plain, smaller);
     this.#call('drawing', (m, at, library) => m.write_reserved(at, number, all.length, library.entries(all),
       library.data(data), data.length), true);
   }
@@ -480,22 +429,7 @@ async function readSmall(stream) {
   stream.parts = [concat(await Promise.all(stream.parts.map(bytesOf)))];
 }
 
-// Small data is in memory when it is written; a large Blob stays where it is.
-const whollyOrAsPart = async (source) =>
-  (isSmall(source.part()) ? source.read(0, source.size) : source.part());
-
 const encoder = new TextEncoder();
-// Entries in the library's way of writing them.
-function dictionary(entries) {
-  const sorted = entries.sort(([a], [b]) => (a < b ? -1 : 1));
-  return sorted.map(([key, value]) =>
-    (Array.isArray(value) ? `${key}\r\n<<\r\n${dictionary(value)}>>\r\n` : `${key} ${value}\r\n`)).join('');
-}
-
-// What is written of contents: their entries and their parts.
-const filtered = (entries, plain, smaller) => (smaller.length < plain.length
-  ? [[...entries, ['/Filter', '/FlateDecode']], [smaller]] : [entries, [plain]]);
-
 const withoutData = ({ data, ...rest }) => rest;
 const sameBytes = (a, b) => a.length === b.length && a.every((byte, i) => byte === b[i]);
 

@@ -1,6 +1,6 @@
 // The module in a browser.
+import { collect } from './collect.mjs';
 import { compileGiven } from './compile.mjs';
-import { pump } from './pump.mjs';
 
 export async function compile(source = new URL('./jtpdf.wasm', import.meta.url)) {
   if (!(source instanceof URL) && typeof source !== 'string' && !(source instanceof Response)) return compileGiven(source);
@@ -11,4 +11,11 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
 }
 
 export const deflatedNow = () => undefined;  // a browser has CompressionStream alone
-export const deflated = (bytes) => pump(new Blob([bytes]), new CompressionStream('deflate'));
+
+/** A zlib stream. Written by hand, as a Blob's own stream takes several times as long. */
+export function deflated(bytes) {
+  const { writable, readable } = new CompressionStream('deflate');
+  const writer = writable.getWriter();
+  for (const done of [writer.write(bytes), writer.close()]) done.catch(() => {});  // the reader gets to know
+  return collect(readable);
+}

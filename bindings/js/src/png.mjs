@@ -12,7 +12,9 @@ const DEPTHS = {
   [GRAY]: [1, 2, 4, 8, 16], [RGB]: [8, 16], [PALETTE]: [1, 2, 4, 8], [GRAY_ALPHA]: [8, 16], [RGB_ALPHA]: [8, 16],
 };
 const MOST_PROFILE = 1 << 24;
-const NEAR = 4096;  // heads that lie closer are read with what stands between them
+// Heads that lie closer are read with what stands between them: a question takes as long as so many bytes.
+const NEAR = 1 << 16;
+const WINDOW = 1 << 19;
 const MOST_HEADS = 1000;  // asked for at once
 
 export const isPng = (head) => startsWith(head, SIGNATURE);
@@ -27,7 +29,7 @@ export async function readPng(source, check) {
   let at = SIGNATURE.length, length = 0, heads = new Map();
   for (let name = ''; name !== 'IEND'; at += 12 + length) {
     if (name === 'IDAT' && length >= NEAR && !heads.has(at)) heads = await likelyHeads(source, at, length);
-    const head = heads.get(at) ?? await source.read(at, 8);
+    const head = heads.get(at) ?? await source.read(at, 8, name === 'IDAT' && length < NEAR ? WINDOW : undefined);
     if (head.length < 8) throw cutOff();
     length = be32(head, 0);
     name = String.fromCharCode(...head.subarray(4, 8));
@@ -92,7 +94,6 @@ function checkHeader({ width, height, depth, type, palette, data }) {
 
 async function checkSum(source, at, length, name) {
   let sum = 0xffffffff;
-  const WINDOW = 1 << 20;
   for (let done = -4; done < length; done += WINDOW) {
     const chunk = await source.read(at + 8 + done, Math.min(WINDOW, length - done), WINDOW);
     for (const byte of chunk) sum = CRC[(sum ^ byte) & 0xff] ^ (sum >>> 8);

@@ -10,6 +10,8 @@ export async function card(photo: Blob, pixels: ImageData, module: WebAssembly.M
   const image: PdfImage = await doc.embedJpeg(photo, { orientation: 1 });
   await doc.embedPng(new Uint8Array(8), { check: true });
   await doc.embedImage(pixels);
+  const { frames }: { frames: number } = await doc.embedImage(photo, { frame: 1, check: true });
+  doc.addBookmark(`of ${frames}`);
   const profile = await doc.embedIcc(new ArrayBuffer(8), { compression: 'flate' });
   const encoded = await doc.embedEncoded(photo, { compression: 'jpeg', width: 1, height: 1, colorSpace: profile });
   const stamp = doc.addForm([20, 20], (form) => form.drawEllipse({ x: 10, y: 10, xScale: 8, yScale: 8, color: red }));

@@ -1,9 +1,9 @@
-// Bytes through one of the platform's streams.
+// What comes out of the platform's streams.
 import { concat } from './source.mjs';
 
-/** Up to most bytes of what the blob becomes. */
-export async function pump(blob, transform, most = Infinity) {
-  const reader = blob.stream().pipeThrough(transform).getReader();
+/** Up to most bytes of a stream. */
+export async function collect(readable, most = Infinity) {
+  const reader = readable.getReader();
   const chunks = [];
   let size = 0;
   while (size < most) {
