@@ -13,6 +13,7 @@ function(jtpdf_compile_options target)
   if(JTPDF_SANITIZE)
     target_compile_options(${target} PRIVATE
       -fsanitize=${JTPDF_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_definitions(${target} PRIVATE JTPDF_SANITIZED)
     target_link_options(${target} PRIVATE -fsanitize=${JTPDF_SANITIZE})
     # A C program that links a library with C++ checks in it needs their C++ runtime.
     set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)

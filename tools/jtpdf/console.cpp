@@ -1,9 +1,11 @@
 #include "console.h"
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 
@@ -12,9 +14,24 @@
 namespace pictures::tool {
 namespace {
 
-int Columns() {
+int Columns(int terminal) {
   winsize size = {};
-  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+  return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+// Moves what standard error is to another descriptor, and puts the null device in its place.
+// Sanitizers, too, write there: their reports are not to be lost.
+int TakeStandardError() {
+#ifdef JTPDF_SANITIZED
+  return STDERR_FILENO;
+#else
+  const int taken = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int null = taken < 0 ? -1 : open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (null < 0) return taken < 0 ? STDERR_FILENO : taken;
+  dup2(null, STDERR_FILENO);
+  close(null);
+  return taken;
+#endif
 }
 
 std::string Duration(double seconds) {
@@ -50,14 +67,31 @@ std::string ProgressLine(uint64_t pages, uint64_t allPages, uint64_t bytes, doub
 }
 
 Console::Console(Verbosity verbosity)
-    : verbosity_(verbosity), bar_(verbosity != Verbosity::kQuiet && isatty(STDERR_FILENO) == 1) {}
+    : verbosity_(verbosity),
+      descriptor_(TakeStandardError()),
+      bar_(verbosity != Verbosity::kQuiet && isatty(descriptor_) == 1) {}
+
+Console::~Console() {
+  if (descriptor_ == STDERR_FILENO) return;
+  dup2(descriptor_, STDERR_FILENO);
+  close(descriptor_);
+}
+
+void Console::Put(std::string_view text) const {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor_, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;  // nobody is left who could be told
+    text.remove_prefix(static_cast<size_t>(written));
+  }
+}
 
 void Console::Print(std::string_view about, std::string_view text) {
   EndProgress();
   std::string line = "jtpdf: ";
   if (!about.empty()) line += Printable(about) + ": ";
   line += Printable(text) + "\n";
-  std::fwrite(line.data(), 1, line.size(), stderr);
+  Put(line);
 }
 
 void Console::Error(std::string_view about, std::string_view text) {
@@ -76,17 +110,14 @@ void Console::Progress(uint64_t pages, uint64_t allPages, uint64_t bytes) {
   const Clock::time_point now = Clock::now();
   if (now - begin_ < 1s || (drawn_ && now - drawnAt_ < 100ms)) return;
   const double seconds = std::chrono::duration<double>(now - begin_).count();
-  std::fprintf(stderr, "\r\033[K%s",
-               ProgressLine(pages, allPages, bytes, seconds, Columns()).c_str());
-  std::fflush(stderr);
+  Put("\r\033[K" + ProgressLine(pages, allPages, bytes, seconds, Columns(descriptor_)));
   drawn_ = true;
   drawnAt_ = now;
 }
 
 void Console::EndProgress() {
   if (!drawn_) return;
-  std::fputs("\r\033[K", stderr);
-  std::fflush(stderr);
+  Put("\r\033[K");
   drawn_ = false;
 }
 

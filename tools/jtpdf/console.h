@@ -13,10 +13,14 @@ namespace pictures::tool {
 
 enum class Verbosity { kQuiet, kNormal, kVerbose };
 
-// Used by one thread.
+// Used by one thread. While it lives standard error is its own: what libraries write there goes
+// nowhere (libjxl and libdav1d tell their developers where in their sources a file was damaged).
 class Console {
  public:
   explicit Console(Verbosity verbosity);
+  Console(const Console&) = delete;
+  Console& operator=(const Console&) = delete;
+  ~Console();
 
   // Errors are printed at every verbosity, notes as they say themselves.
   void Error(std::string_view about, std::string_view text);
@@ -30,8 +34,10 @@ class Console {
  private:
   using Clock = std::chrono::steady_clock;
   void Print(std::string_view about, std::string_view text);
+  void Put(std::string_view text) const;
 
   Verbosity verbosity_;
+  int descriptor_;
   bool bar_;
   bool drawn_ = false;
   Clock::time_point begin_ = Clock::now();

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <exception>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,12 +59,10 @@ void RefuseToReplaceInput(const AlbumPlan& plan, const Options& options) {
   }
 }
 
-ExitStatus Show(std::string_view text) {
-  if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) {
-    return kDone;
+void Show(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+    throw std::runtime_error("standard output: cannot be written");
   }
-  std::fputs("jtpdf: standard output: cannot be written\n", stderr);
-  return kFailed;
 }
 
 ExitStatus Write(const AlbumPlan& plan, const Options& options, Console& console) {
@@ -109,7 +108,8 @@ ExitStatus Run(const Options& options) {
   }
   for (const Failure& failure : plan.failures) console.Error(failure.name, failure.reason);
   if (options.dryRun) {
-    return Show(DescribeAlbum(plan, options)) == kDone && plan.failures.empty() ? kDone : kFailed;
+    Show(DescribeAlbum(plan, options));
+    return plan.failures.empty() ? kDone : kFailed;
   }
   RefuseToReplaceInput(plan, options);
   if (options.viewer.firstPage && *options.viewer.firstPage >= SheetCount(plan)) {
@@ -157,7 +157,8 @@ int main(int count, char** arguments) {
   try {
     const pictures::tool::Options options = pictures::tool::ParseOptions(count, arguments);
     if (options.help || options.version) {
-      return pictures::tool::Show(options.help ? pictures::tool::kHelp : pictures::tool::Version());
+      pictures::tool::Show(options.help ? pictures::tool::kHelp : pictures::tool::Version());
+      return pictures::tool::kDone;
     }
     return pictures::tool::Run(options);
   } catch (const pictures::tool::UsageError& error) {
