@@ -8,7 +8,9 @@ const [name, index, share, folder] = process.argv.slice(2);
 const { inputs, count, run } = workloads(Number(share))[index];
 const load = { jtpdf: () => import('jtpdf'), 'pdf-lib': () => import('pdf-lib'), jsPDF: () => import('jspdf'),
   PDFKit: async () => (await import('pdfkit')).default };
-const by = packages[name](await load[name]());
+const loaded = await load[name]();
+await loaded.load?.();  // jtpdf's module, which is as good as a script
+const by = packages[name](loaded);
 const blob = fs.openAsBlob ?? (async (path) => new Blob([fs.readFileSync(path)]));
 const names = inputs ? fs.readdirSync(join(folder, inputs)).sort().slice(0, count) : [];
 const files = await Promise.all(names.map(async (file) => Object.assign(await blob(join(folder, inputs, file)), { name: file })));

@@ -13,6 +13,6 @@ export async function collect(readable, most = Infinity) {
     size += value.length;
   }
   if (size >= most) reader.cancel().catch(() => {});
-  const all = chunks.length === 1 ? chunks[0] : concat(chunks);
+  const all = concat(chunks);
   return all.length > most ? all.subarray(0, most) : all;
 }

@@ -245,10 +245,11 @@ export class Document {
   // Data is read side by side, for a few calls ahead, and written in the order of the calls.
   async #inTurn(read, write) {
     this.#require();
-    return this.#turns.take(read, (data) => {
+    const ifUsable = (body) => (data) => {
       this.#require();
-      return write(data);
-    });
+      return body(data);
+    };
+    return this.#turns.take(ifUsable(read), ifUsable(write));
   }
 
   #writePicture(call, picture, base, entries = []) {

@@ -3,7 +3,7 @@
 import { Sink } from './parts.mjs';
 import { deflated } from './platform.mjs';
 import { filteredUp } from './png.mjs';
-import { concat, sizeOf } from './source.mjs';
+import { concat, sizeOf, startsWith } from './source.mjs';
 
 const TOGETHER = 200;  // objects in one object stream; their place in it has one byte
 const TRAILER = /trailer\r\n<<\r\n\/Size (\d+)\r\n([^]*)>>\r\nstartxref\r\n(\d+)\r\n%%EOF\r\n$/;
@@ -88,7 +88,7 @@ function isStream(pieces) {
   if (pieces.some((piece) => !(piece instanceof Uint8Array))) return true;
   const end = 'endstream\r\nendobj\r\n';
   const last = pieces.slice(-end.length).map((piece) => piece.subarray(-end.length));
-  return latin(concat(last)).endsWith(end);
+  return startsWith(concat(last).subarray(-end.length), end);
 }
 
 // Without "7 0 obj" and "endobj".

@@ -8,10 +8,22 @@ export class Sink {
   size = 0;
 
   add(part) {
-    this.parts.push(...(part instanceof Several ? part.parts : [part]));
+    for (const piece of part instanceof Several ? part.parts : [part]) {
+      const last = this.parts.at(-1);
+      // A Blob of many small parts takes several times as long as one of few.
+      if (isNext(last, piece)) {
+        this.parts[this.parts.length - 1] = new Uint8Array(last.buffer, last.byteOffset, last.length + piece.length);
+      } else {
+        this.parts.push(piece);
+      }
+    }
     this.size += sizeOf(part);
   }
 }
+
+// Whether the piece lies right behind the last one in memory.
+const isNext = (last, piece) => last instanceof Uint8Array && piece instanceof Uint8Array &&
+  last.buffer === piece.buffer && last.byteOffset + last.length === piece.byteOffset;
 
 /** Parts that are written one behind the other, as one. */
 export class Several {

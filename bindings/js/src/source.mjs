@@ -88,7 +88,9 @@ export function startsWith(bytes, text) {
   return true;
 }
 
+/** All bytes in a row; of a lone chunk that chunk itself. */
 export function concat(chunks) {
+  if (chunks.length === 1) return chunks[0];
   const all = new Uint8Array(chunks.reduce((size, chunk) => size + chunk.length, 0));
   let at = 0;
   for (const chunk of chunks) {

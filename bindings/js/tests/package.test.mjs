@@ -160,6 +160,21 @@ describe('a document', () => {
     execFileSync('qpdf', ['--check', name]);
   });
 
+  test('that is given up reads no further pictures', async () => {
+    const doc = await Document.create();
+    let read = 0;
+    class Counted extends Blob {
+      arrayBuffer() {
+        ++read;
+        return super.arrayBuffer();
+      }
+    }
+    const calls = Array.from({ length: 100 }, () => doc.embedJpeg(new Counted([picture('gray.jpg')])));
+    doc.dispose();
+    for (const { reason } of await Promise.allSettled(calls)) assert.equal(reason?.code, 'state');
+    assert.ok(read <= 16, `${read} were read`);
+  });
+
   test('writes pictures in the order of the calls, and goes on when one fails', async () => {
     const doc = await Document.create();
     const calls = [doc.embedJpeg(await openAsBlob(join(pictures, 'progressive.jpg'))), doc.embedPng(picture('gray.jpg')),
