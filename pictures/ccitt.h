@@ -1,4 +1,5 @@
-// ccitt.h - pictures of one bit as fax data, group 4 (ITU-T T.6), through libtiff.
+// ccitt.h - pictures of one bit as fax data, group 4 (ITU-T T.6), through libtiff, where the
+// build has it.
 #ifndef JTPDF_PICTURES_CCITT_H
 #define JTPDF_PICTURES_CCITT_H
 

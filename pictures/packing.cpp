@@ -59,9 +59,11 @@ void TakeIfSmaller(Buffer data, Filter filter, int predictor, EncodedStream* str
 
 // Compresses the samples in the way that makes them smallest.
 void Compress(Raster raster, bool canBeFiltered, int level, EncodedStream* stream) {
+#ifdef JTPDF_WITH_TIFF
   if (raster.bits == 1 && raster.channels == 1) {
     TakeIfSmaller(EncodeGroup4(raster), Filter::kCcitt, 1, stream);
   }
+#endif
   const bool small = raster.bytes.Size() <= kSmall;
   const bool filter = canBeFiltered && (small || FiltersHelp(raster));
   if (!filter || small) {

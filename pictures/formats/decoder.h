@@ -46,6 +46,7 @@ struct Decoder {
   std::optional<EncodedImage> (*passThrough)(const ImagePlan& plan, Bytes file, int level);
 };
 
+// Of these only some may be in the build: JTPDF_WITH_HEIF and the like say so.
 extern const Decoder kHeifDecoder;
 extern const Decoder kJpegDecoder;
 extern const Decoder kJpeg2000Decoder;
@@ -54,7 +55,7 @@ extern const Decoder kPngDecoder;
 extern const Decoder kTiffDecoder;
 extern const Decoder kWebpDecoder;
 extern const Decoder kBmpDecoder;
-extern const Decoder kGifDecoder;  // where giflib is
+extern const Decoder kGifDecoder;
 extern const Decoder kPnmDecoder;
 
 // Those that are in this build.

@@ -164,7 +164,7 @@ TEST(JtpdfPictureWriter, CountsItsPagesWithThoseOfTheDocument) {
   PictureWriter pictures(doc);
   pictures.add_page(Picture::file(kImages + "/coast.jpg"));
   doc.add_bookmark("behind", doc.page_count());
-  pictures.add_page(Picture::file(kImages + "/aurora.jp2"));
+  pictures.add_page(Picture::file(kImages + "/city.jpg"));
   EXPECT_EQ(doc.page_count(), 2);
   EXPECT_EQ(Count(FileOf(doc), "/Type /Page\r\n"), 2u);
 }
