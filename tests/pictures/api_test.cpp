@@ -284,7 +284,7 @@ TEST(JtpdfPictureInterface, WorksOnDifferentPicturesAtOnce) {
     threads.emplace_back([&result] {
       Document doc = Document::memory();
       PictureWriter pictures(doc);
-      for (const char* name : {"/balloon-rgba.png", "/coast-rgb.png", "/aurora.jp2"}) {
+      for (const char* name : {"/balloon-rgba.png", "/coast-rgb.png", "/coast.jpg"}) {
         pictures.add_page(Picture::file(kImages + name), {"A5"});
       }
       result = FileOf(doc);
