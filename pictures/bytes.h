@@ -20,8 +20,8 @@ using Bytes = std::span<const uint8_t>;
 class Buffer {
  public:
   Buffer() = default;
-  explicit Buffer(size_t size)
-      : bytes_(std::make_unique_for_overwrite<uint8_t[]>(size)), size_(size) {}
+  // By make_unique_for_overwrite, where every standard library had it.
+  explicit Buffer(size_t size) : bytes_(new uint8_t[size]), size_(size) {}
   static Buffer CopyOf(Bytes bytes) {
     Buffer copy(bytes.size());
     if (!bytes.empty()) std::memcpy(copy.Data(), bytes.data(), bytes.size());
@@ -73,6 +73,10 @@ inline Buffer Join(std::span<const Bytes> pieces) {
   uint8_t* to = whole.Data();
   for (const Bytes piece : pieces) to = std::copy(piece.begin(), piece.end(), to);
   return whole;
+}
+
+inline bool Equal(Bytes a, Bytes b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }
 
 inline bool StartsWith(Bytes bytes, std::string_view magic) {

@@ -170,9 +170,8 @@ void AddColours(const EncodedStream& stream, int profile, Entries* entries) {
 }  // namespace
 
 int32_t ImageWriter::WriteProfile(Bytes profile, Colour colour, int* stream) {
-  const auto known = std::find_if(profiles_.begin(), profiles_.end(), [&](const Profile& p) {
-    return std::ranges::equal(p.bytes.View(), profile);
-  });
+  const auto known = std::find_if(profiles_.begin(), profiles_.end(),
+                                  [&](const Profile& p) { return Equal(p.bytes.View(), profile); });
   if (known != profiles_.end()) {
     *stream = known->stream;
     return 0;

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <locale>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -16,13 +18,20 @@ namespace {
   throw MeasureError("\"" + Printable(text) + "\" is no " + wanted);
 }
 
-// A number at the text's begin, with a point whatever the locale; what follows it is the unit.
+std::string_view UnitOf(std::string_view measure) {
+  return measure.substr(std::min(measure.find_first_not_of("0123456789."), measure.size()));
+}
+
+// A number at the text's begin, with a point whatever the locale; what follows it is the unit. The
+// number alone goes through a stream: some standard libraries read no double by from_chars, and
+// some streams take letters behind a number for a part of it.
 std::optional<std::pair<double, std::string_view>> SplitNumber(std::string_view text) {
+  const std::string_view unit = UnitOf(text);
+  std::istringstream number(std::string(text.substr(0, text.size() - unit.size())));
+  number.imbue(std::locale::classic());
   double value = 0;
-  const auto [end, error] =
-      std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
-  if (error != std::errc{} || !(value >= 0 && value <= 1e6)) return std::nullopt;
-  return std::pair(value, text.substr(static_cast<size_t>(end - text.data())));
+  if (!(number >> value) || !number.eof() || value > 1e6) return std::nullopt;
+  return std::pair(value, unit);
 }
 
 std::optional<double> TryLength(std::string_view text) {
@@ -79,10 +88,6 @@ constexpr std::array<Paper, 25> kPapers{{{"a0", 841 * kMillimetre, 1189 * kMilli
 struct Pair {
   std::string first, second;
 };
-
-std::string_view UnitOf(std::string_view measure) {
-  return measure.substr(std::min(measure.find_first_not_of("0123456789."), measure.size()));
-}
 
 // A unit that is written once holds for both: 8.5x11in.
 Pair SplitPair(std::string_view text, char separator) {

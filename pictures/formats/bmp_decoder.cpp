@@ -52,7 +52,8 @@ struct BmpFacts {
   bool HasAlpha() const { return masks[3].bits != 0; }
   // Of a sample, when it is decoded.
   int Depth() const {
-    return std::ranges::any_of(masks, [](const Mask& mask) { return mask.Size() > 8; }) ? 16 : 8;
+    const auto isDeep = [](const Mask& mask) { return mask.Size() > 8; };
+    return std::any_of(masks.begin(), masks.end(), isDeep) ? 16 : 8;
   }
   uint64_t Stride() const { return (uint64_t{width} * static_cast<unsigned>(bits) + 31) / 32 * 4; }
 };

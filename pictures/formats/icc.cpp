@@ -32,7 +32,8 @@ ProfileFacts ReadProfile(Bytes profile) {
   facts.space = Signature(profile, 16);
   // ISO 32000-1, 8.6.5.5: input, display, output and colour-space profiles describe pictures.
   constexpr std::array<std::string_view, 4> kClasses{"scnr", "mntr", "prtr", "spac"};
-  facts.valid = std::ranges::find(kClasses, Signature(profile, 12)) != kClasses.end();
+  facts.valid =
+      std::find(kClasses.begin(), kClasses.end(), Signature(profile, 12)) != kClasses.end();
   return facts;
 }
 

@@ -75,8 +75,8 @@ void PngChunks::CheckSum() const {
   }
   if (crc != Be32(sum.data())) {
     std::string name(chunk_.name);
-    std::ranges::replace_if(
-        name, [](char c) { return c < ' ' || c > '~'; }, '?');
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     ThrowDamaged("the checksum of its chunk " + name + " is wrong");
   }
 }

@@ -134,7 +134,7 @@ bool FitTogether(const JpegStrips& page, const std::vector<Strip>& strips) {
     const uint32_t above = static_cast<uint32_t>(i) * page.rowsPerStrip;
     const uint32_t rows = std::min(page.rowsPerStrip, page.height - above);
     if (!SameButHeight(strip.sof, first.sof) || strip.frame != first.frame ||
-        !std::ranges::equal(strip.scanHeader, first.scanHeader) || strip.tables != first.tables ||
+        !Equal(strip.scanHeader, first.scanHeader) || strip.tables != first.tables ||
         (several && strip.restartInterval != 0) ||
         CeilDivide(Be16(&strip.sof[1]), mcu.height) != CeilDivide(rows, mcu.height)) {
       return false;

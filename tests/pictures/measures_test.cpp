@@ -16,8 +16,11 @@ TEST(ParseLength, KnowsFourUnitsAndPointsWithout) {
   EXPECT_DOUBLE_EQ(ParseLength("0"), 0);
   EXPECT_DOUBLE_EQ(ParseLength("1000000"), 1e6);
   EXPECT_THROW(ParseLength("1000001"), MeasureError);
-  for (const char* text :
-       {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10"}) {
+  EXPECT_EQ(ParseLength(".1"), 0.1);
+  EXPECT_EQ(ParseLength("0.1000000000000000055511151231257827021181583404541015625pt"), 0.1);
+  EXPECT_EQ(ParseLength("5.pt"), 5);
+  for (const char* text : {"", "mm", "1 mm", "1,5cm", "-1mm", "1e3", "nan", "inf", "1mm2", "0x10",
+                           "1.2.3mm", ".", "1..cm"}) {
     EXPECT_THROW(ParseLength(text), MeasureError) << text;
   }
 }

@@ -30,10 +30,6 @@ uint64_t Hash(Bytes bytes, uint64_t seed) {
   return hash;
 }
 
-bool Equal(Bytes a, Bytes b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size()) == 0;
-}
-
 }  // namespace
 
 uint64_t SampleHash(Bytes bytes) {

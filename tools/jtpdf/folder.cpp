@@ -28,7 +28,8 @@ bool NamedLikePicture(std::string_view name) {
   const size_t dot = name.rfind('.');
   if (dot == std::string_view::npos) return false;
   const std::string ending = LowerAscii(name.substr(dot + 1));
-  return std::ranges::find(kPictureEndings, ending) != std::end(kPictureEndings);
+  return std::find(std::begin(kPictureEndings), std::end(kPictureEndings), ending) !=
+         std::end(kPictureEndings);
 }
 
 // Pictures of kinds that no build can read, or not each: Photoshop's, GIF, those of phones.

@@ -37,19 +37,34 @@ class FirstFailure {
   std::exception_ptr failure_;
 };
 
-// Starts up to `count` threads. Where there is no room for more of them, fewer do the work; those
-// that run are not given up, since they may wait for the caller.
-template <class Work>
-std::vector<std::jthread> StartThreads(size_t count, const Work& work) {
-  std::vector<std::jthread> threads;
-  threads.reserve(count);
-  try {
-    while (threads.size() < count) threads.emplace_back(work);
-  } catch (const std::system_error&) {
-  } catch (const std::bad_alloc&) {
+// Threads that are waited for when this ends; by std::jthread, where every standard library had it.
+class Threads {
+ public:
+  Threads() = default;
+  Threads(const Threads&) = delete;
+  Threads& operator=(const Threads&) = delete;
+  ~Threads() { Join(); }
+
+  // Starts up to `count` of them. Where there is no room for more, fewer do the work; those that
+  // run are not given up, since they may wait for the caller.
+  template <class Work>
+  void Start(size_t count, const Work& work) {
+    threads_.reserve(count);
+    try {
+      while (threads_.size() < count) threads_.emplace_back(work);
+    } catch (const std::system_error&) {
+    } catch (const std::bad_alloc&) {
+    }
   }
-  return threads;
-}
+  bool Empty() const { return threads_.empty(); }
+  void Join() {
+    for (std::thread& thread : threads_) thread.join();
+    threads_.clear();
+  }
+
+ private:
+  std::vector<std::thread> threads_;
+};
 
 // Calls body(i) for every i below `count`, from `jobs` threads. The first exception of the body is
 // passed on when all have ended.
@@ -72,9 +87,10 @@ void ForEachInParallel(size_t count, unsigned jobs, const Body& body) {
       failure.Keep();
     }
   };
-  std::vector<std::jthread> helpers = StartThreads(threads - 1, work);
+  Threads helpers;
+  helpers.Start(threads - 1, work);
   work();
-  helpers.clear();  // waits for them
+  helpers.Join();
   failure.Rethrow();
 }
 
@@ -193,13 +209,13 @@ void RunInOrder(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& wei
   };
   if (jobs <= 1 || count <= 1) return workAlone();
   WorkWindow<Product, Weigh> window(count, jobs, bounds, weigh);
-  std::vector<std::jthread> helpers;
+  Threads helpers;
   // Whatever ends this function, the helpers are told before they are waited for.
   struct Stopper {
     WorkWindow<Product, Weigh>& window;
     ~Stopper() { window.Stop(); }
   } stopper{window};
-  helpers = StartThreads(std::min<size_t>(jobs, count), [&] {
+  helpers.Start(std::min<size_t>(jobs, count), [&] {
     try {
       for (auto batch = window.Take(); batch.size > 0; batch = window.Take()) {
         std::vector<Product> products;
@@ -211,7 +227,7 @@ void RunInOrder(size_t count, unsigned jobs, WorkBounds bounds, const Weigh& wei
       window.Fail();
     }
   });
-  if (helpers.empty()) return workAlone();
+  if (helpers.Empty()) return workAlone();
   for (size_t used = 0; used < count;) {
     std::vector<Product> products = window.Get();
     for (size_t k = 0; k < products.size(); ++k) consume(used + k, std::move(products[k]));

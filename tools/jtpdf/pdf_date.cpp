@@ -17,8 +17,8 @@ bool IsDigit(char c) {
 
 // '0' in the pattern stands for a digit.
 bool Fits(std::string_view text, std::string_view pattern) {
-  return std::ranges::equal(text, pattern,
-                            [](char t, char p) { return p == '0' ? IsDigit(t) : t == p; });
+  return std::equal(text.begin(), text.end(), pattern.begin(), pattern.end(),
+                    [](char t, char p) { return p == '0' ? IsDigit(t) : t == p; });
 }
 
 bool IsLeapYear(int year) {
