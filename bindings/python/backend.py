@@ -21,7 +21,8 @@ import tempfile
 import zipfile
 
 HERE = pathlib.Path(__file__).resolve().parent
-LIBRARY_NAME = "libjtpdf.so.2"
+WINDOWS = os.name == "nt"
+LIBRARY_NAME = "libjtpdf-2.dll" if WINDOWS else "libjtpdf.so.2"
 PICTURES_NAME = "libjtpdf-pictures.so.0"
 # What every system has that a wheel of this kind is for.
 SYSTEM_LIBRARIES = re.compile(r"(libc|libm|libdl|librt|libpthread|libstdc\+\+|libgcc_s|ld-linux.*)\.so|"
@@ -68,7 +69,7 @@ def build_sdist(sdist_directory, config_settings=None):
     folder = f"{about['name']}-{about['version']}"
 
     def plain(entry):
-        skipped = ("__pycache__" in entry.name or entry.name.endswith(".so.2") or
+        skipped = ("__pycache__" in entry.name or entry.name.endswith((".so.2", ".dll")) or
                    "/corpus" in entry.name)
         entry.uid = entry.gid = entry.mtime = 0
         entry.uname = entry.gname = ""
@@ -125,11 +126,12 @@ def shared_libraries(build):
         raise SystemExit("cmake is not installed, which makes the library of the wheel; install it, "
                          "or let JTPDF_LIBRARY name the shared library")
     options = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF", "-DJTPDF_BUILD_TOOLS=OFF",
-               "-DJTPDF_BUILD_PICTURES=ON", "-DJTPDF_BUILD_EXAMPLES=OFF", "-DJTPDF_INSTALL=OFF"]
+               f"-DJTPDF_BUILD_PICTURES={'OFF' if WINDOWS else 'ON'}", "-DJTPDF_BUILD_EXAMPLES=OFF",
+               "-DJTPDF_INSTALL=OFF"]
     run("cmake", "-S", str(library_folder()), "-B", str(build), *options)
     run("cmake", "--build", str(build), "--parallel", str(os.cpu_count() or 1))
     pictures = build / "pictures" / PICTURES_NAME
-    return build / "src" / LIBRARY_NAME, pictures if pictures.exists() else None
+    return build / ("bin" if WINDOWS else "src") / LIBRARY_NAME, pictures if pictures.exists() else None
 
 
 def decoders_of(pictures, library):

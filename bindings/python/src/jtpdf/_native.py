@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import errno
+import sys
 from types import TracebackType
 from typing import TYPE_CHECKING, Any, Callable
 
@@ -118,7 +119,12 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
 }
 
 
-library = _library.load("libjtpdf.so.2", "JTPDF_LIBRARY", "libjtpdf2", _PROTOTYPES)
+library = _library.load("libjtpdf-2.dll" if sys.platform == "win32" else "libjtpdf.so.2",
+                        "JTPDF_LIBRARY", "libjtpdf2", _PROTOTYPES)
+_set_errno: Callable[[int], object] = ctypes.set_errno
+if sys.platform == "win32":
+    # The DLL's C runtime is not Python's, and has an errno of its own.
+    _set_errno = ctypes.CDLL("msvcrt")._set_errno
 
 
 def call(function: str, *arguments: Any, path: str | None = None,
@@ -127,7 +133,7 @@ def call(function: str, *arguments: Any, path: str | None = None,
 
     A refusal sets no errno, so with 0 in it beforehand no older failure passes for the reason.
     """
-    ctypes.set_errno(0)
+    _set_errno(0)
     prototype = getattr(library, function)
     code: int = prototype(*arguments) if output is None else output.run(prototype, *arguments)
     if code != 0:

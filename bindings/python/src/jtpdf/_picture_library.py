@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import functools
 import os
+import sys
 from typing import Any
 
 from . import _library, _native
@@ -91,6 +92,8 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
 @functools.lru_cache(maxsize=None)
 def library() -> ctypes.CDLL:
     """Loads the library at the first call."""
+    if sys.platform == "win32":
+        raise ImportError("the library that reads pictures from files is not there for Windows")
     return _library.load("libjtpdf-pictures.so.0", "JTPDF_PICTURES_LIBRARY", "libjtpdf-pictures0",
                          _PROTOTYPES, needs="decoders")
 
