@@ -10,6 +10,9 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   return compileGiven(await response.arrayBuffer());
 }
 
+/** How many bytes a Blob gives in the time that a question takes, which goes to another process. */
+export const QUESTION = 1 << 18;
+
 export const deflatedNow = () => undefined;  // a browser has CompressionStream alone
 
 /** A zlib stream. Written by hand, as a Blob's own stream takes several times as long. */

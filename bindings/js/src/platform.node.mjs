@@ -11,6 +11,9 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   return compileGiven(source);
 }
 
+/** How many bytes a Blob gives in the time that a question takes. */
+export const QUESTION = 1 << 15;
+
 const inThread = promisify(deflate);
 const MOST_AT_ONCE = 1 << 16;  // what takes less time than handing it to another thread and back
 

@@ -3,6 +3,7 @@
 import { cutOff, damaged } from './errors.mjs';
 import { known, readExif } from './exif.mjs';
 import { inflated } from './inflate.mjs';
+import { QUESTION } from './platform.mjs';
 import { be16, be32, startsWith } from './source.mjs';
 
 const SIGNATURE = '\x89PNG\r\n\x1a\n';
@@ -12,9 +13,7 @@ const DEPTHS = {
   [GRAY]: [1, 2, 4, 8, 16], [RGB]: [8, 16], [PALETTE]: [1, 2, 4, 8], [GRAY_ALPHA]: [8, 16], [RGB_ALPHA]: [8, 16],
 };
 const MOST_PROFILE = 1 << 24;
-// Heads that lie closer are read with what stands between them: a question takes as long as so many bytes.
-const NEAR = 1 << 16;
-const WINDOW = 1 << 19;
+const WINDOW = 1 << 20;
 const MOST_HEADS = 1000;  // asked for at once
 
 export const isPng = (head) => startsWith(head, SIGNATURE);
@@ -28,8 +27,9 @@ export async function readPng(source, check) {
   const facts = { orientation: 1, data: [] };
   let at = SIGNATURE.length, length = 0, heads = new Map();
   for (let name = ''; name !== 'IEND'; at += 12 + length) {
-    if (name === 'IDAT' && length >= NEAR && !heads.has(at)) heads = await likelyHeads(source, at, length);
-    const head = heads.get(at) ?? await source.read(at, 8, name === 'IDAT' && length < NEAR ? WINDOW : undefined);
+    const isNear = length < QUESTION;  // then it is read with what stands in between
+    if (name === 'IDAT' && !isNear && !heads.has(at)) heads = await likelyHeads(source, at, length);
+    const head = heads.get(at) ?? await source.read(at, 8, name === 'IDAT' && isNear ? WINDOW : undefined);
     if (head.length < 8) throw cutOff();
     length = be32(head, 0);
     name = String.fromCharCode(...head.subarray(4, 8));
