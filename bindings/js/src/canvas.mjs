@@ -85,8 +85,10 @@ class Canvas extends Made {
     if (image.orientation >= 5) [width, height] = [height, width];
     width *= mirrorX;
     height *= mirrorY;
-    this.#use().image(number, { x: centreX - width / 2, y: centreY - height / 2, width, height, rotate: angle + box.rotate });
-    if (this.#host.compact) this.#resources.set(`/XObject/Im${number}`, `${number} 0 R`);
+    const pen = this.#use();
+    const key = `/XObject/Im${number}`;
+    if (this.#host.compact && !this.#resources.has(key)) this.setResource(key, `${number} 0 R`);
+    pen.image(number, { x: centreX - width / 2, y: centreY - height / 2, width, height, rotate: angle + box.rotate });
   }
 
   drawRectangle(given) {

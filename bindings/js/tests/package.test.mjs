@@ -160,6 +160,18 @@ describe('a document', () => {
     execFileSync('qpdf', ['--check', name]);
   });
 
+  test('compressed refuses a resource in the way of another where it is named, and goes on', async () => {
+    const doc = await Document.create({ compress: true });
+    const image = await doc.embedJpeg(picture('gray.jpg'));
+    const page = doc.addPage([60, 40]);
+    page.setResource('/XObject', '<< >>');
+    assert.throws(() => page.drawImage(image), failsWith('argument', /^setResource: /));
+    const next = doc.addPage([60, 40]);
+    next.drawImage(image);
+    assert.throws(() => next.setResource('/XObject', '<< >>'), failsWith('argument', /^setResource: /));
+    await sound(doc, 'resources.pdf');
+  });
+
   test('that is given up reads no further pictures', async () => {
     const doc = await Document.create();
     let read = 0;
