@@ -75,7 +75,7 @@ std::string TextString(const std::wstring& text) {
     bytes.push_back(static_cast<uint8_t>(unit));
   };
   for (const wchar_t wide : text) {
-    const auto c = static_cast<uint32_t>(wide);
+    const auto c = static_cast<char32_t>(wide);
     if (c < 0x10000) {
       put(c);
     } else {
@@ -115,6 +115,7 @@ class Entries {
     std::vector<JTPDFEntry> entries;
     for (const auto& [key, value] : texts_) entries.push_back({key, value.c_str()});
     std::vector<JTPDFPiece> pieces;
+    pieces.reserve(data.size());
     for (const Bytes piece : data) {
       pieces.push_back({reinterpret_cast<const char*>(piece.data()), piece.size()});
     }

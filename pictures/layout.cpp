@@ -231,11 +231,11 @@ PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options) {
 }
 
 void MoveToCell(size_t cell, const LayoutOptions& options, PageLayout* layout) {
-  const auto column = static_cast<double>(cell % options.grid.columns);
-  const auto row = static_cast<double>(cell / options.grid.columns);
+  const size_t column = cell % options.grid.columns;
+  const size_t row = cell / options.grid.columns;
   for (JTPDFRect* box : {&layout->cell, &layout->image}) {
-    box->left += column * (layout->cell.width + options.border.horizontal);
-    box->bottom -= row * (layout->cell.height + options.border.vertical);
+    box->left += static_cast<double>(column) * (layout->cell.width + options.border.horizontal);
+    box->bottom -= static_cast<double>(row) * (layout->cell.height + options.border.vertical);
   }
 }
 

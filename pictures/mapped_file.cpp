@@ -37,6 +37,7 @@ extern "C" void PutZeros(int signal, siginfo_t* info, void*) {
     const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
     const uintptr_t from = place - place % page;
     watch.failed = true;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an address that mmap gave
     if (mmap(reinterpret_cast<void*>(from), end - from, PROT_READ,
              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED, -1, 0) != MAP_FAILED) {
       errno = before;
@@ -111,6 +112,7 @@ void MappedFile::ForgetLarge() {
   for (const Watch& watch : gWatches) {
     const uintptr_t begin = watch.begin, end = watch.end;
     if (begin == 0 || end - begin <= kMostTouched) continue;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): an address that mmap gave
     madvise(reinterpret_cast<void*>(begin), end - begin, MADV_DONTNEED);
   }
   errno = before;

@@ -118,8 +118,8 @@ Samples ReduceGrey(Raster raster, bool mayHavePalette) {
   const int from = raster.bits;
   if (bits <= BitsFor(count) || !mayHavePalette) {
     const unsigned step = MaxSample(from) / MaxSample(bits);
-    Repack(&raster, bits,
-           [&](const uint8_t* row, size_t x) { return SampleAt(row, x, from) / step; });
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): samples do not get more bits than they had
+    Repack(&raster, bits, [&](auto* row, size_t x) { return SampleAt(row, x, from) / step; });
     return AsItIs(std::move(raster));
   }
   Samples samples;
@@ -203,7 +203,7 @@ Samples WithRamp(Raster raster) {
   KeepOneChannel(&raster);
   Samples samples;
   samples.colour = Colour::kRgb;
-  samples.palette = Buffer(3 * 256);
+  samples.palette = Buffer(size_t{3} * 256);
   for (size_t i = 0; i < samples.palette.Size(); ++i) {
     samples.palette.Data()[i] = static_cast<uint8_t>(i / 3);
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cinttypes>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 
@@ -111,7 +112,7 @@ bool NaturalLess(std::string_view a, std::string_view b) {
 }
 
 std::string Decimal(double value) {
-  const auto parts = static_cast<uint64_t>(value * 10000 + 0.5);
+  const auto parts = static_cast<uint64_t>(std::llround(value * 10000));
   char text[32];
   std::snprintf(text, sizeof text, "%" PRIu64 ".%04u", parts / 10000,
                 static_cast<unsigned>(parts % 10000));

@@ -106,6 +106,7 @@ char* WriteLargeMagnitude(char* out, int exponent, std::uint64_t fraction, std::
   }
 
   char text[9 * kMostGroups + 1];
+  // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): no first carry is 0, so there is a group
   char* end = WriteInt(text, groups[count - 1], 0);
   for (int i = count - 2; i >= 0; --i) end = WriteInt(end, groups[i], 9);
   std::memmove(end - 3, end - 4, 4);
@@ -131,8 +132,8 @@ char* WriteNum(char* out, double value) {
   const std::uint64_t whole = scaled / 10000;
   out = std::to_chars(out, out + 16, whole).ptr;
   *out++ = '.';
-  out = WriteText(out, {kDigitPairs + 2 * (decimals / 100), 2});
-  return WriteText(out, {kDigitPairs + 2 * (decimals % 100), 2});
+  out = WriteText(out, {kDigitPairs + std::size_t{2} * (decimals / 100), 2});
+  return WriteText(out, {kDigitPairs + std::size_t{2} * (decimals % 100), 2});
 }
 
 std::string Num(double value) {

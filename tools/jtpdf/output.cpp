@@ -55,7 +55,7 @@ std::string HiddenNameBeside(const std::string& target, bool brief) {
 template <class Make>
 std::string MakeHidden(const std::string& target, const Make& make) {
   for (bool brief = false;;) {
-    const std::string name = HiddenNameBeside(target, brief);
+    std::string name = HiddenNameBeside(target, brief);
     SetLitter(name);
     if (make(name)) return name;
     const int code = errno;
