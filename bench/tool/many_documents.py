@@ -1,12 +1,13 @@
 #!/usr/bin/python3
 """Measures how many documents a second come of folders of scans, by xargs and by Dask, by workers.
 
-    bench/tool/many_documents.py BUILD [--documents N] [--rounds N] [--workers N,N] [--write-docs]
+    bench/tool/many_documents.py BUILD [--documents N] [--rounds N] [--workers N,N]
+                                  [--realtime] [--write-docs]
 
 BUILD is a build folder (preset release); folders and PDFs are on a tmpfs (/dev/shm). A worker of xargs is a
 jtpdf with one thread for each document, one of Dask a process of folders_to_pdfs.py. The best of the rounds
-counts. Needs Debian's python3-pil, python3-numpy and python3-distributed. --write-docs keeps the tables in
-docs/performance-tool.md.
+counts; on a machine that others use too, --realtime keeps them away. Needs Debian's python3-pil,
+python3-numpy and python3-distributed. --write-docs keeps the tables in docs/performance-tool.md.
 """
 import argparse
 import io
@@ -45,22 +46,22 @@ def make_scans(folder, kind, documents, pages):
             (place / f"{number}.{kind.lower()}").write_bytes(data)
 
 
-def by_xargs(build, scans, pdfs, workers):
+def by_xargs(first, build, scans, pdfs, workers):
     pdfs.mkdir(exist_ok=True)
     find = ["find", str(scans), "-mindepth", "1", "-type", "d", "-print0"]
     each = ["xargs", "-0", "-P", str(workers), "-I", "{}", "sh", "-c", EACH,
             str(build / "tools/jtpdf/jtpdf"), "{}", str(pdfs)]
     folders = subprocess.run(find, check=True, stdout=subprocess.PIPE).stdout
-    subprocess.run(each, input=folders, check=True)
+    subprocess.run(first + each, input=folders, check=True)
 
 
-def by_dask(build, scans, pdfs, workers):
+def by_dask(first, build, scans, pdfs, workers):
     environment = {**os.environ, "PYTHONPATH": str(ROOT / "bindings/python/src"),
                    "PYTHONDONTWRITEBYTECODE": "1",
                    "JTPDF_LIBRARY": str(build / "src/libjtpdf.so.2"),
                    "JTPDF_PICTURES_LIBRARY": str(build / "pictures/libjtpdf-pictures.so.0")}
-    subprocess.run([sys.executable, EXAMPLE, "--workers", str(workers), scans, pdfs], check=True,
-                   stdout=subprocess.DEVNULL, env=environment)
+    example = [sys.executable, EXAMPLE, "--workers", str(workers), scans, pdfs]
+    subprocess.run(first + example, check=True, stdout=subprocess.DEVNULL, env=environment)
 
 
 def seconds(way, *arguments):
@@ -69,13 +70,13 @@ def seconds(way, *arguments):
     return time.monotonic() - begin
 
 
-def measure(build, scans, pdfs, way, workers, rounds):
+def measure(way, pdfs, rounds, run):
     """The seconds of a run that makes all, and of one that finds all there already; the best of each."""
     full, idle = [], []
     for _ in range(rounds):
         shutil.rmtree(pdfs, ignore_errors=True)
-        full.append(seconds(way, build, scans, pdfs, workers))
-        idle.append(seconds(way, build, scans, pdfs, workers))
+        full.append(seconds(way, *run))
+        idle.append(seconds(way, *run))
     return min(full), min(idle)
 
 
@@ -85,9 +86,12 @@ def main():
     parser.add_argument("--documents", type=int, default=300)
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--workers", default="1,2")
+    parser.add_argument("--realtime", action="store_true",
+                        help="put the commands before all else that runs (as root)")
     parser.add_argument("--write-docs", action="store_true")
     options = parser.parse_args()
     build = options.build.resolve()
+    first = ["chrt", "-f", "10"] if options.realtime else []
     said = []
     with tempfile.TemporaryDirectory(dir="/dev/shm") as folder:
         for kind, pages, title in (("JPEG", 8, "8 JPEG pages each, stored as they are"),
@@ -98,7 +102,8 @@ def main():
                         "second | nothing to do, seconds |\n|---|---|---|---|\n")
             for name, way in (("xargs", by_xargs), ("Dask", by_dask)):
                 for workers in map(int, options.workers.split(",")):
-                    full, idle = measure(build, scans, pdfs, way, workers, options.rounds)
+                    run = first, build, scans, pdfs, workers
+                    full, idle = measure(way, pdfs, options.rounds, run)
                     said.append(f"| {name} | {workers} | {options.documents / full:.1f} | {idle:.1f} |\n")
             shutil.rmtree(scans)
     print("".join(said), end="")
