@@ -165,9 +165,8 @@ std::vector<ImagePlan> PlanBmp(Bytes file, const ReadLimits& limits) {
   plan.decodeReason = "BMP, which PDF does not know";
   const int channels = facts.HasAlpha() ? 4 : 3;
   const int indices = facts.coding == Coding::kPlain ? 0 : 1;
-  SetMemory(
-      static_cast<double>(plan.width) * plan.height * (channels * facts.Depth() / 8 + indices),
-      limits, &plan);
+  const int bytes = channels * facts.Depth() / 8 + indices;  // of a pixel
+  SetMemory(static_cast<double>(plan.width) * plan.height * bytes, limits, &plan);
   JudgeProfile(&plan, facts.profile);
   return OnlyPage(std::move(plan));
 }

@@ -108,7 +108,7 @@ Resolution PerMetre(uint32_t x, uint32_t y) {
   Resolution resolution{x * 0.0254, y * 0.0254};
   // 300 dpi is 11811.02 pixels per metre, of which the file keeps the whole ones.
   for (double* dpi : {&resolution.x, &resolution.y}) {
-    const double whole = static_cast<double>(static_cast<int64_t>(*dpi + 0.5));
+    const double whole = std::floor(*dpi + 0.5);
     if (whole > 0 && std::max(*dpi - whole, whole - *dpi) <= 0.0254 / 2) *dpi = whole;
   }
   return resolution;

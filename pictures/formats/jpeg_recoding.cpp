@@ -113,8 +113,8 @@ bool SameRows(Source* a, jvirt_barray_ptr ofA, Source* b, jvirt_barray_ptr ofB, 
   const jpeg_component_info& info = a->jpeg.comp_info[component];
   const auto common = [](Source* source) { return reinterpret_cast<j_common_ptr>(&source->jpeg); };
   for (JDIMENSION y = 0; y < info.height_in_blocks; ++y) {
-    const JBLOCKARRAY rowA = a->jpeg.mem->access_virt_barray(common(a), ofA, y, 1, FALSE);
-    const JBLOCKARRAY rowB = b->jpeg.mem->access_virt_barray(common(b), ofB, y, 1, FALSE);
+    JBLOCKARRAY rowA = a->jpeg.mem->access_virt_barray(common(a), ofA, y, 1, FALSE);
+    JBLOCKARRAY rowB = b->jpeg.mem->access_virt_barray(common(b), ofB, y, 1, FALSE);
     if (std::memcmp(rowA[0], rowB[0], sizeof(JBLOCK) * info.width_in_blocks) != 0) return false;
   }
   return true;

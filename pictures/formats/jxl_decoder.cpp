@@ -37,7 +37,8 @@ ImagePlan AsJpegPlan(ImagePlan plan) {
 double DecodingMemory(const JxlBasicInfo& info) {
   const double pixels = static_cast<double>(info.xsize) * info.ysize;
   const double channels = info.num_color_channels + info.num_extra_channels;
-  return pixels * (8 * channels + 2 * ChannelsOf(info) * DepthOf(info) / 8);
+  const int bytes = ChannelsOf(info) * (DepthOf(info) / 8);  // of a pixel of the result
+  return pixels * (8 * channels + 2 * bytes);
 }
 
 std::vector<ImagePlan> PlanJxl(Bytes file, const ReadLimits& limits) {

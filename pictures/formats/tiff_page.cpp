@@ -128,7 +128,8 @@ double DecodingMemory(const TiffPage& page, TIFF* tiff) {
     uint32_t width = 1;
     TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &width);
     TIFFGetField(tiff, TIFFTAG_TILELENGTH, &rows);
-    band = static_cast<double>(TIFFTileRowSize64(tiff)) * (page.width / std::max(width, 1u) + 2);
+    const uint32_t across = page.width / std::max(width, 1u) + 2;
+    band = static_cast<double>(TIFFTileRowSize64(tiff)) * across;
   } else {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rows);
     rows = std::min(rows, page.height);
