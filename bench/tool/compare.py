@@ -82,14 +82,16 @@ def make_png_inputs(folder):
 def make_fax_input(path):
     """500 pages at 300 dpi, each with other marks, of one strip in group 4 each."""
     random = numpy.random.default_rng(11)
-    pages = []
-    for _ in range(500):
-        page = numpy.full((3508, 2480), 255, numpy.uint8)
+
+    def page():
+        values = numpy.full((3508, 2480), 255, numpy.uint8)
         for left, top in random.integers((200, 200), (2200, 3300), (400, 2)):
-            page[top:top + 30, left:left + int(random.integers(10, 200))] = 0
-        pages.append(Image.fromarray(page).convert("1"))
+            values[top:top + 30, left:left + int(random.integers(10, 200))] = 0
+        return Image.fromarray(values).convert("1")
+
     TiffImagePlugin.STRIP_SIZE = 1 << 30
-    pages[0].save(path, compression="group4", save_all=True, append_images=pages[1:])
+    page().save(path, compression="group4", save_all=True,
+                append_images=(page() for _ in range(499)))
 
 
 def start(arguments, output):
@@ -116,12 +118,13 @@ def run(arguments, output):
 def peak_memory(arguments, output):
     """Megabytes at most in a run of its own, asked of the kernel every two milliseconds: what
     wait4 reports begins with the memory of the Python that started the command."""
+    own_name = pathlib.Path("/proc/self/comm").read_text(encoding="ascii").strip()
     child = start(arguments, output)
     peak = 0
     while os.waitpid(child, os.WNOHANG)[0] == 0:
         with open(f"/proc/{child}/status", encoding="ascii") as status:
             facts = dict(line.split(":", 1) for line in status)
-        if facts["Name"].strip() != os.path.basename(sys.executable):
+        if facts["Name"].strip() != own_name:
             peak = max(peak, int(facts.get("VmHWM", "0 kB").split()[0]))
         time.sleep(0.002)
     return peak / 1024
