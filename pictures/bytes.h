@@ -55,6 +55,11 @@ inline uint32_t Be32(const uint8_t* at) {
   return Be16(at) << 16 | Be16(at + 2);
 }
 
+// Writes a big-endian number, and moves on.
+inline void PutBe32(uint32_t number, uint8_t** to) {
+  for (int shift = 24; shift >= 0; shift -= 8) *(*to)++ = static_cast<uint8_t>(number >> shift);
+}
+
 // The `size` bytes at `offset`, or nothing where they are not all there.
 inline Bytes Slice(Bytes bytes, uint64_t offset, uint64_t size) {
   if (offset > bytes.size() || size > bytes.size() - offset) return {};

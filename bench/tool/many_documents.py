@@ -22,7 +22,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "scripts"))
 sys.dont_write_bytecode = True
-from compare import photograph
+from photograph import photograph
 from write_block import write_block
 
 EXAMPLE = ROOT / "bindings/python/examples/folders_to_pdfs.py"

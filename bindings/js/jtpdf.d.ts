@@ -240,7 +240,8 @@ export class Document {
   embedJpeg(data: Data, options?: EmbedOptions): Promise<PdfImage>;
   /**
    * A PNG file, also of 16 bits. Its compressed rows go into the document as they are; only those with an alpha
-   * channel are unpacked and packed again, and interlaced ones are decoded by the browser. With check, the file is read and held against its checksums.
+   * channel are unpacked and packed again, and interlaced ones are decoded by the browser. With check, the file is
+   * read and held against its checksums.
    */
   embedPng(data: Data, options?: EmbedOptions & { check?: boolean }): Promise<PdfImage>;
   /** A JP2 file, plain grey or RGB of 8 bits, byte for byte. */

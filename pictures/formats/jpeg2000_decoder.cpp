@@ -331,17 +331,13 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
   return ComponentConverter(facts, plan, *image).Convert(plan.width, plan.height);
 }
 
-void Put(uint32_t number, uint8_t** to) {
-  for (int shift = 24; shift >= 0; shift -= 8) *(*to)++ = static_cast<uint8_t>(number >> shift);
-}
-
 // The boxes in front of a codestream, that of the codestream begun: readers want a file in a PDF.
 Buffer MakeBoxes(const Jpeg2000Codestream& stream) {
   constexpr size_t kImageHeader = 8 + 14, kColour = 8 + 7, kType = 8 + 12;
   Buffer boxes(kJp2Magic.size() + kType + 8 + kImageHeader + kColour + 8);
   uint8_t* to = std::copy(kJp2Magic.begin(), kJp2Magic.end(), boxes.Data());
   const auto begin = [&](uint64_t size, std::string_view name) {
-    Put(size > UINT32_MAX ? 0 : static_cast<uint32_t>(size), &to);  // 0: up to the end
+    PutBe32(size > UINT32_MAX ? 0 : static_cast<uint32_t>(size), &to);  // 0: up to the end
     to = std::copy(name.begin(), name.end(), to);
   };
   constexpr std::string_view kBrandAndNoVersion("jp2 \0\0\0\0jp2 ", 12);
@@ -349,16 +345,17 @@ Buffer MakeBoxes(const Jpeg2000Codestream& stream) {
   to = std::copy(kBrandAndNoVersion.begin(), kBrandAndNoVersion.end(), to);
   begin(8 + kImageHeader + kColour, "jp2h");
   begin(kImageHeader, "ihdr");
-  Put(stream.height, &to);
-  Put(stream.width, &to);
-  Put(static_cast<uint32_t>(stream.components) << 16 | uint32_t{stream.precision} << 8 | 7, &to);
+  PutBe32(stream.height, &to);
+  PutBe32(stream.width, &to);
+  PutBe32(static_cast<uint32_t>(stream.components) << 16 | uint32_t{stream.precision} << 8 | 7,
+          &to);
   *to++ = 0;  // the colours are known
   *to++ = 0;  // no rights
   begin(kColour, "colr");
   *to++ = 1;  // by number
   *to++ = 0;
   *to++ = 0;
-  Put(stream.components == 1 ? 17 : 16, &to);
+  PutBe32(stream.components == 1 ? 17 : 16, &to);
   begin(8 + stream.size, "jp2c");
   return boxes;
 }

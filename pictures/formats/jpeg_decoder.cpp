@@ -3,7 +3,8 @@
 // The header is read by a walk of our own over the marker segments: it touches only the pages of
 // the file that hold headers, which is what makes thousands of photographs a matter of moments.
 // libjpeg-turbo decodes the few files that cannot pass through.
-#include <cstring>
+#include <algorithm>
+#include <array>
 #include <optional>
 #include <string>
 #include <utility>
@@ -27,7 +28,7 @@ struct JpegFacts {
   Resolution jfif;
   ExifFacts exif;
   bool profile = false;
-  bool multiPicture = false;
+  Bytes index;  // of a file with several pictures
   size_t stray = 0;
   size_t firstScan = 0;  // where the entropy-coded data begins
 };
@@ -44,7 +45,7 @@ void ReadSegment(uint8_t marker, Bytes data, JpegFacts* facts) {
     facts->exif = ReadExif(data.subspan(6));
   } else if (marker == kApp2) {
     facts->profile = facts->profile || StartsWith(data, "ICC_PROFILE\0"sv);
-    facts->multiPicture = facts->multiPicture || StartsWith(data, "MPF\0"sv);
+    if (facts->index.empty() && StartsWith(data, kIndexName)) facts->index = data;
   } else if (marker == kApp14 && StartsWith(data, "Adobe") && data.size() >= 12) {
     facts->adobeTransform = data[11];
   } else if (IsFrame(marker)) {
@@ -73,7 +74,7 @@ JpegFacts ReadFacts(Bytes file) {
 // follow the first; else the scans are searched.
 size_t FindEnd(Bytes file, const JpegFacts& facts) {
   const size_t size = file.size();
-  if (!facts.multiPicture && file[size - 2] == 0xFF && file[size - 1] == kEoi) return size;
+  if (facts.index.empty() && file[size - 2] == 0xFF && file[size - 1] == kEoi) return size;
   const std::optional<size_t> end = FindJpegEnd(file, facts.firstScan);
   if (!end) throw CutOff();
   return *end;
@@ -167,7 +168,7 @@ ImagePlan PlanOneOf(Bytes file, const PicturePlace& place, const ReadLimits& lim
 std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
   const JpegFacts facts = ReadFacts(file);
   std::vector<PicturePlace> places;
-  if (limits.allFrames && facts.multiPicture) places = FindPictures(file);
+  if (limits.allFrames) places = FindPictures(file, facts.index);
   if (places.size() > 1) {
     std::vector<ImagePlan> plans;
     for (const PicturePlace& place : places) plans.push_back(PlanOneOf(file, place, limits));
@@ -176,9 +177,9 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
   }
   ImagePlan plan = PlanPicture(file, facts, limits);
   if (plan.size != file.size()) {
-    plan.notes.push_back({facts.multiPicture, "only its first picture was used; " +
-                                                  std::to_string(file.size() - plan.size) +
-                                                  " bytes behind it were left out"});
+    plan.notes.push_back({!facts.index.empty(), "only its first picture was used; " +
+                                                    std::to_string(file.size() - plan.size) +
+                                                    " bytes behind it were left out"});
   }
   return OnlyPage(std::move(plan));
 }
@@ -188,7 +189,6 @@ Buffer JpegProfile(const ImagePlan& plan, Bytes file) {
   constexpr size_t kHead = 14;  // "ICC_PROFILE\0", chunk number from 1, number of chunks
   std::array<Bytes, 256> chunks{};
   unsigned count = 0, found = 0;
-  size_t size = 0;
   JpegSegments walk(file.subspan(plan.place));
   while (walk.Next()) {
     if (walk.marker != kApp2 || !StartsWith(walk.data, "ICC_PROFILE\0"sv) ||
@@ -199,18 +199,12 @@ Buffer JpegProfile(const ImagePlan& plan, Bytes file) {
     if (number == 0 || !chunks[number].empty()) return {};
     count = walk.data[13];
     chunks[number] = walk.data.subspan(kHead);
-    size += chunks[number].size();
     ++found;
   }
   if (found == 0 || found != count) return {};
-  Buffer profile(size);
-  size_t at = 0;
-  for (unsigned number = 1; number <= count; ++number) {
-    if (chunks[number].empty()) return {};
-    std::memcpy(profile.Data() + at, chunks[number].data(), chunks[number].size());
-    at += chunks[number].size();
-  }
-  return profile;
+  const auto all = std::span<const Bytes>(chunks).subspan(1, count);
+  const bool whole = std::none_of(all.begin(), all.end(), [](Bytes part) { return part.empty(); });
+  return whole ? Join(all) : Buffer();
 }
 
 // Decodes into `raster`; false with failure->text set. Holds nothing with a destructor, for the

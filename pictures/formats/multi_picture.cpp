@@ -1,25 +1,11 @@
 #include "formats/multi_picture.h"
 
 #include <optional>
-#include <string_view>
 
-#include "formats/jpeg_segments.h"
 #include "formats/tiff_numbers.h"
 
 namespace pictures {
 namespace {
-
-// The index: numbers as in TIFF, whose offsets count from its begin. Empty where there is none.
-Bytes FindIndex(Bytes file) {
-  constexpr std::string_view kName("MPF\0", 4);
-  JpegSegments walk(file);
-  while (walk.Next()) {
-    if (walk.marker == kApp2 && StartsWith(walk.data, kName)) {
-      return walk.data.subspan(kName.size());
-    }
-  }
-  return {};
-}
 
 // The table of the index, of 16 bytes for each picture.
 struct Table {
@@ -48,9 +34,10 @@ bool IsPreview(uint32_t attributes) {
 
 }  // namespace
 
-std::vector<PicturePlace> FindPictures(Bytes file) {
-  const Bytes bytes = FindIndex(file);
-  if (bytes.empty()) return {};
+std::vector<PicturePlace> FindPictures(Bytes file, Bytes segment) {
+  if (!StartsWith(segment, kIndexName)) return {};
+  // Numbers as in TIFF, whose offsets count from their begin.
+  const Bytes bytes = segment.subspan(kIndexName.size());
   const TiffNumbers index(bytes);
   const auto base = static_cast<uint64_t>(bytes.data() - file.data());
   const Table table = FindTable(index);

@@ -3,6 +3,7 @@
 #define JTPDF_PICTURES_MULTI_PICTURE_H
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "bytes.h"
@@ -14,9 +15,12 @@ struct PicturePlace {
   uint64_t size;
 };
 
-// Where the file's pictures lie, previews of them left out. Empty where it has no such index, or
-// one that names what is no JPEG.
-std::vector<PicturePlace> FindPictures(Bytes file);
+// What the segment (APP2) of the index begins with.
+inline constexpr std::string_view kIndexName("MPF\0", 4);
+
+// Where the file's pictures lie, previews of them left out, by the segment of its first picture.
+// Empty where that is none, or names what is no JPEG.
+std::vector<PicturePlace> FindPictures(Bytes file, Bytes segment);
 
 }  // namespace pictures
 

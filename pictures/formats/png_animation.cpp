@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
-#include "formats/png_file.h"
 #include "formats/samples.h"
 
 namespace pictures {
@@ -30,17 +30,13 @@ PngFrame ReadControl(Bytes data, const PngFacts& facts) {
   return frame;
 }
 
-void PutNumber(uint32_t number, uint8_t** to) {
-  for (int shift = 24; shift >= 0; shift -= 8) *(*to)++ = static_cast<uint8_t>(number >> shift);
-}
-
 // Appends a chunk with its checksum.
 void PutChunk(std::string_view name, std::span<const Bytes> data, uint8_t** to) {
-  PutNumber(static_cast<uint32_t>(TotalSize(data)), to);
+  PutBe32(static_cast<uint32_t>(TotalSize(data)), to);
   const uint8_t* const begin = *to;
   *to = std::copy(name.begin(), name.end(), *to);
   for (const Bytes piece : data) *to = std::copy(piece.begin(), piece.end(), *to);
-  PutNumber(libdeflate_crc32(0, begin, static_cast<size_t>(*to - begin)), to);
+  PutBe32(libdeflate_crc32(0, begin, static_cast<size_t>(*to - begin)), to);
 }
 
 // One or three colours, as they are without their opacity.
@@ -92,9 +88,8 @@ Pixel LayOver(const Pixel& above, Pixel below, unsigned most) {
 
 }  // namespace
 
-std::vector<PngFrame> ReadPngFrames(Bytes file) {
+std::vector<PngFrame> ReadPngFrames(Bytes file, const PngFacts& facts) {
   constexpr size_t kSequenceNumber = 4;
-  const PngFacts facts = ReadPngFacts(file);
   std::vector<PngFrame> frames;
   PngChunks chunks(file);
   while (chunks.Next()) {
@@ -111,18 +106,18 @@ std::vector<PngFrame> ReadPngFrames(Bytes file) {
   return frames;
 }
 
-Buffer MakePngFile(Bytes file, const PngFrame& frame) {
+Buffer MakePngFile(const PngFacts& facts, const PngFrame& frame) {
   constexpr size_t kChunk = 12, kHeader = 13;
-  const PngFacts facts = ReadPngFacts(file);
   Buffer made(kPngSignature.size() + 5 * kChunk + kHeader + facts.palette.size() +
               facts.transparency.size() + TotalSize(frame.data));
   uint8_t* to = std::copy(kPngSignature.begin(), kPngSignature.end(), made.Data());
   uint8_t header[kHeader];
   uint8_t* field = header;
-  PutNumber(frame.area.width, &field);
-  PutNumber(frame.area.height, &field);
-  const Bytes kind = Slice(file, kPngSignature.size() + 8 + 8, 5);  // of the file's own header
-  std::copy(kind.begin(), kind.end(), field);
+  PutBe32(frame.area.width, &field);
+  PutBe32(frame.area.height, &field);
+  const uint8_t kind[] = {static_cast<uint8_t>(facts.depth), static_cast<uint8_t>(facts.type), 0, 0,
+                          static_cast<uint8_t>(facts.interlaced ? 1 : 0)};
+  std::copy(std::begin(kind), std::end(kind), field);
   const Bytes headers[] = {Bytes(header)};
   PutChunk("IHDR", headers, &to);
   if (!facts.palette.empty()) PutChunk("PLTE", {&facts.palette, 1}, &to);

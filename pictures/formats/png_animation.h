@@ -6,6 +6,7 @@
 
 #include "bytes.h"
 #include "formats/canvas.h"
+#include "formats/png_file.h"
 
 namespace pictures {
 
@@ -18,10 +19,10 @@ struct PngFrame {
 
 // The frames of the animation; the still picture is one of them only where it says so. Throws an
 // ImageError for frames that lie outside of the picture or have no data.
-std::vector<PngFrame> ReadPngFrames(Bytes file);
+std::vector<PngFrame> ReadPngFrames(Bytes file, const PngFacts& facts);
 
 // A PNG file of the frame alone, of the same kind of pixels.
-Buffer MakePngFile(Bytes file, const PngFrame& frame);
+Buffer MakePngFile(const PngFacts& facts, const PngFrame& frame);
 
 // Draws the pixels of that file on the canvas, which has as many colours.
 void DrawPngFrame(const PngFrame& frame, const DecodedImage& image, Canvas* canvas);

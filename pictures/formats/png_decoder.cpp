@@ -81,7 +81,8 @@ bool KeyBecomesMask(const PngFacts& facts) {
 
 // A page for each frame of an animation, as it is seen over those before it. Their places count
 // from 1: the still picture has 0.
-std::vector<ImagePlan> PlanFrames(Bytes file, ImagePlan plan, const ReadLimits& limits) {
+std::vector<ImagePlan> PlanFrames(Bytes file, const PngFacts& facts, ImagePlan plan,
+                                  const ReadLimits& limits) {
   plan.alpha = true;
   plan.size = 0;
   plan.decodeReason = "a frame of an animation, which PDF does not know";
@@ -89,7 +90,7 @@ std::vector<ImagePlan> PlanFrames(Bytes file, ImagePlan plan, const ReadLimits& 
   const int samples = 6 * (Channels(plan.colour) + 1);
   SetMemory(static_cast<double>(plan.width) * plan.height * samples * (plan.depth == 16 ? 2 : 1),
             limits, &plan);
-  std::vector<ImagePlan> plans(ReadPngFrames(file).size(), plan);
+  std::vector<ImagePlan> plans(ReadPngFrames(file, facts).size(), plan);
   if (plans.empty()) throw Damaged("the frames of its animation are not there");
   for (size_t i = 0; i < plans.size(); ++i) plans[i].place = i + 1;
   NumberPages(&plans);
@@ -128,7 +129,7 @@ std::vector<ImagePlan> PlanPng(Bytes file, const ReadLimits& limits) {
       JudgeProfile(&plan, profile.bytes.View());
     }
   }
-  if (facts.frames > 1 && limits.allFrames) return PlanFrames(file, std::move(plan), limits);
+  if (facts.frames > 1 && limits.allFrames) return PlanFrames(file, facts, std::move(plan), limits);
   if (facts.frames > 1) {
     plan.notes.push_back({true, "is an animation of " + std::to_string(facts.frames) +
                                     " frames; only its still picture was used"});
@@ -311,7 +312,8 @@ DecodedImage DecodeStill(Bytes file, Colour colour) {
 
 // The frames up to the one that is wanted, from the last one on that hides all before it.
 DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
-  const std::vector<PngFrame> frames = ReadPngFrames(file);
+  const PngFacts facts = ReadPngFacts(file);
+  const std::vector<PngFrame> frames = ReadPngFrames(file, facts);
   const auto wanted = static_cast<size_t>(plan.place - 1);
   if (wanted >= frames.size()) throw Damaged("a frame of its animation is not there");
   size_t first = wanted;
@@ -322,7 +324,7 @@ DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
   WholePngData(file);
   Canvas canvas(plan.width, plan.height, plan.depth == 16 ? 16 : 8, Channels(plan.colour));
   for (size_t i = first; i <= wanted; ++i) {
-    const Buffer still = MakePngFile(file, frames[i]);
+    const Buffer still = MakePngFile(facts, frames[i]);
     DrawPngFrame(frames[i], DecodeStill(still.View(), plan.colour), &canvas);
   }
   return canvas.Split();

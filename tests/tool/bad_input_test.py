@@ -9,13 +9,9 @@ import zlib
 
 from PIL import Image
 
-from support import JTPDF, JtpdfTest, blocks, jpeg_bytes, run
+from support import JTPDF, JtpdfTest, blocks, chunk, jpeg_bytes, run
 
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
-
-
-def chunk(name, data):
-    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
 
 class BadInput(JtpdfTest):

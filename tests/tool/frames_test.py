@@ -1,12 +1,12 @@
 """Animated PNG files and JPEG files of several pictures: each a page with --all-frames."""
 import struct
 import unittest
-import zlib
 
 from PIL import Image
 
 from pixels_test import over
-from support import BLOCK, JtpdfTest, blocks, images, page_boxes
+from support import (BLOCK, JtpdfTest, blocks, chunk, icc_profile, images, jpeg_segment, jpeg_with,
+                     page_boxes)
 
 
 def chunks_of(data):
@@ -19,9 +19,7 @@ def chunks_of(data):
 
 
 def png(chunks):
-    return b"\x89PNG\r\n\x1a\n" + b"".join(
-        struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
-        for name, data in chunks)
+    return b"\x89PNG\r\n\x1a\n" + b"".join(chunk(*one) for one in chunks)
 
 
 def seen(data, frames):
@@ -95,10 +93,11 @@ class Apng(JtpdfTest):
             chunks.append((b"IDAT", data) if n == 0 else (b"fdAT", bytes(4) + data))
         return png([*chunks, (b"IEND", b"")])
 
-    def test_grey_frames_are_stored_grey(self):
-        frames = self.frames("L")
-        pdf = self.shows_its_frames(self.film(frames), frames)
-        self.assertEqual({image["color"] for image in images(pdf)} - {"gray", "index"}, set())
+    def test_grey_frames_keep_their_profile(self):
+        pdf = self.convert(self.film(self.frames("L"), icc_profile=icc_profile(b"GRAY")),
+                           "--all-frames")
+        self.assertEqual([(image["color"], image["comp"]) for image in images(pdf)],
+                         [("icc", "1")] * 4)
 
     def test_what_a_passing_frame_hid_is_seen_again(self):
         ground = blocks(6, 5)
@@ -165,9 +164,8 @@ class Mpo(JtpdfTest):
         for place in zip(attributes, sizes, places):
             numbers += struct.pack(">IIIHH", *place, 0, 0)
         self.assertEqual(len(numbers), size)
-        segment = b"\xff\xe2" + struct.pack(">H", 2 + 4 + size) + b"MPF\0" + numbers
-        jpeg = self.jpegs[0]
-        return self.put(jpeg[:2] + segment + jpeg[2:] + self.jpegs[1] + self.jpegs[2], "a.mpo")
+        first = jpeg_with(self.jpegs[0], jpeg_segment(0xE2, b"MPF\0" + numbers))
+        return self.put(first + self.jpegs[1] + self.jpegs[2], "a.mpo")
 
     def test_each_picture_passes_through(self):
         pdf = self.convert(self.mpo(), "--all-frames")

@@ -10,8 +10,9 @@ import numpy
 from PIL import Image
 
 import support
-from pixels_test import chunk, png
-from support import JTPDF, JtpdfTest, blocks, images, jpeg_bytes, jpeg_segment, jpeg_with, run
+from pixels_test import png
+from support import (JTPDF, JtpdfTest, blocks, chunk, images, jpeg_bytes, jpeg_segment, jpeg_with,
+                     run)
 from tiff_files import page, tiff
 
 

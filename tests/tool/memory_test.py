@@ -8,13 +8,9 @@ import subprocess
 import unittest
 import zlib
 
-from support import JTPDF, JtpdfTest, jpeg_bytes, jpeg_segment, jpeg_with, noise
+from support import JTPDF, JtpdfTest, chunk, jpeg_bytes, jpeg_segment, jpeg_with, noise
 
 faulthandler.dump_traceback_later(300, exit=True)  # a hang is a failure that says where
-
-
-def chunk(name, data):
-    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
 
 class Memory(JtpdfTest):

@@ -10,23 +10,16 @@ import numpy
 from PIL import Image, ImageCms, ImageOps
 
 import support
-from support import (BLOCK, JtpdfTest, blocks, exif, images, jpeg_bytes, jpeg_segment, jpeg_with,
-                     render)
+from support import (BLOCK, JtpdfTest, blocks, chunk, exif, images, jpeg_bytes, jpeg_segment,
+                     jpeg_with, render)
 
 
 def png(width, height, depth, kind, rows, chunks=b"", interlace=0):
     """A PNG file of exactly these packed rows, which Pillow cannot write for every depth."""
-    def chunk(name, data):
-        return struct.pack(">I", len(data)) + name + data + struct.pack(
-            ">I", zlib.crc32(name + data))
     head = struct.pack(">IIBBBBB", width, height, depth, kind, 0, 0, interlace)
     data = zlib.compress(b"".join(b"\0" + row for row in rows))
     return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", head) + chunks + chunk(b"IDAT", data)
             + chunk(b"IEND", b""))
-
-
-def chunk(name, data):
-    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
 
 def png_chunks(data, name):

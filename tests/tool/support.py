@@ -7,10 +7,12 @@ import pty
 import random
 import re
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+import zlib
 
 import numpy
 from PIL import Image
@@ -156,6 +158,11 @@ class JtpdfTest(unittest.TestCase):
         for tool in ("pdftoppm", "mutool"):
             with self.subTest(tool=tool):
                 self.assertSamePicture(render(pdf, page, tool=tool), expected, tolerance)
+
+
+def chunk(name, data):
+    """Of a PNG file, with its checksum."""
+    return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
 
 def jpeg_segment(marker, data):
