@@ -347,6 +347,9 @@ class Output(OutputTest):
     SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGABRT,
                signal.SIGALRM, signal.SIGVTALRM, signal.SIGPROF, signal.SIGXCPU, signal.SIGUSR1,
                signal.SIGUSR2]
+    if os.environ.get("SANITIZED") == "thread":
+        # Its runtime takes an abort for one of the thread it finds, be that one not set up yet.
+        SIGNALS.remove(signal.SIGABRT)
 
     def test_signals_leave_no_litter(self):
         paths = self.much_work(1500, 6)
