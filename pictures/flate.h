@@ -10,6 +10,9 @@ namespace pictures {
 // alone. Throws std::bad_alloc.
 Buffer Deflate(Bytes bytes, int level);
 
+// The level that takes longest and packs smallest.
+inline constexpr int kHardestLevel = 12;
+
 struct Inflated {
   Buffer bytes;  // empty where it is damaged or holds more than it may
   bool tooLarge = false;

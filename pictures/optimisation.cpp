@@ -4,12 +4,11 @@
 #include <utility>
 #include <vector>
 
+#include "flate.h"
 #include "formats/jpeg_recoding.h"
 
 namespace pictures {
 namespace {
-
-constexpr int kHardest = 12;
 
 void Recode(EncodedStream* stream) {
   const Buffer joined = stream->pieces.size() == 1 ? Buffer() : Join(stream->pieces);
@@ -32,14 +31,14 @@ bool MayDecode(const ImagePlan& plan, const ReadLimits& limits) {
 }  // namespace
 
 EncodedImage EncodeSmallest(const ImagePlan& plan, Bytes file, const ReadLimits& limits) {
-  EncodedImage image = Encode(plan, file, kHardest);
+  EncodedImage image = Encode(plan, file, kHardestLevel);
   if (image.pixels.filter == Filter::kDct) {
     Recode(&image.pixels);
   } else if (plan.PassesThrough() && image.pixels.filter != Filter::kJpx &&
              MayDecode(plan, limits)) {
     ImagePlan decoded = plan;
     decoded.decodeReason = "made smaller";
-    EncodedImage packed = Encode(decoded, file, kHardest);
+    EncodedImage packed = Encode(decoded, file, kHardestLevel);
     if (SizeOf(packed) < SizeOf(image)) return packed;
   }
   return image;

@@ -23,10 +23,6 @@ size_t PixelSize(const Raster& raster) {
   return static_cast<size_t>(raster.bits * raster.channels / 8);
 }
 
-Buffer FilterAll(const Raster& raster) {
-  return FilterRows(raster.bytes.View(), raster.Stride(), raster.height, PixelSize(raster));
-}
-
 // Whether filters help, by rows from four places of the picture.
 bool FiltersHelp(const Raster& raster) {
   constexpr size_t kPlaces = 4;
@@ -39,7 +35,9 @@ bool FiltersHelp(const Raster& raster) {
     const size_t count = std::min(rows, raster.height - first);
     const Bytes part = raster.bytes.View().subspan(first * stride, count * stride);
     plain += Deflate(part, kLevel).Size();
-    filtered += Deflate(FilterRows(part, stride, count, PixelSize(raster)).View(), kLevel).Size();
+    const Buffer rowsFiltered =
+        FilterRows(part, stride, count, PixelSize(raster), BestRow::kSmallest);
+    filtered += Deflate(rowsFiltered.View(), kLevel).Size();
   }
   return filtered < plain;
 }
@@ -47,7 +45,7 @@ bool FiltersHelp(const Raster& raster) {
 // Filtered rows have few repetitions: libdeflate finds as many of them as zlib only a level
 // further.
 int LevelOfFiltered(int level) {
-  return level == 0 ? 0 : std::min(level + 1, 12);
+  return level == 0 ? 0 : std::min(level + 1, kHardestLevel);
 }
 
 void TakeIfSmaller(Buffer data, Filter filter, int predictor, EncodedStream* stream) {
@@ -70,7 +68,9 @@ void Compress(Raster raster, bool canBeFiltered, int level, EncodedStream* strea
     TakeIfSmaller(Deflate(raster.bytes.View(), level), Filter::kFlate, 1, stream);
   }
   if (filter) {
-    const Buffer filtered = FilterAll(raster);
+    const Buffer filtered =
+        FilterRows(raster.bytes.View(), raster.Stride(), raster.height, PixelSize(raster),
+                   level < kHardestLevel ? BestRow::kSmallest : BestRow::kMostRepetitive);
     raster = {};
     TakeIfSmaller(Deflate(filtered.View(), LevelOfFiltered(level)), Filter::kFlate, 15, stream);
   }

@@ -10,6 +10,7 @@
 
 #include "api/guarded.h"
 #include "api/picture.h"
+#include "flate.h"
 #include "image_writer.h"
 #include "layout.h"
 #include "measures.h"
@@ -93,7 +94,7 @@ JTPDFPictureWriter* JTPDFCreatePictureWriter(JTPDFDocument* doc, double unitFact
     if (level < 0 || level > JTPDF_PICTURE_SMALLEST) {
       pictures::api::RefuseArgument("level: " + std::to_string(level) + " is none of 0 to 13");
     }
-    const int ofProfiles = std::min(level, 12);
+    const int ofProfiles = std::min(level, pictures::kHardestLevel);
     writer.reset(
         new JTPDFPictureWriter{doc, unitFactor, level, pictures::ImageWriter(doc, ofProfiles)});
   });

@@ -49,8 +49,10 @@ TEST(FilterRows, CanBeUndone) {
       // Rows that each filter is best for: flat, a slope along, the row above, and between.
       for (size_t i = 0; i < 4 * stride; ++i) bytes[i] = static_cast<uint8_t>(3 * (i / pixelSize));
       std::memcpy(&bytes[5 * stride], &bytes[4 * stride], stride);
-      const Buffer rows = FilterRows(bytes, stride, 20, pixelSize);
-      EXPECT_EQ(Unfiltered(rows.View(), stride, pixelSize), bytes);
+      for (const BestRow best : {BestRow::kSmallest, BestRow::kMostRepetitive}) {
+        const Buffer rows = FilterRows(bytes, stride, 20, pixelSize, best);
+        EXPECT_EQ(Unfiltered(rows.View(), stride, pixelSize), bytes);
+      }
     }
   }
 }
@@ -66,11 +68,28 @@ TEST(FilterRows, TakesTheFilterOfTheSmallestDifferences) {
     const int left = x == 0 ? 0 : bytes.back();
     bytes.push_back(static_cast<uint8_t>((left + noise[static_cast<size_t>(x)]) / 2));
   }
-  const Buffer rows = FilterRows(bytes, 64, 5, 1);
+  const Buffer rows = FilterRows(bytes, 64, 5, 1, BestRow::kSmallest);
   EXPECT_EQ(rows.Data()[0], 0);
   EXPECT_EQ(rows.Data()[65], 1);
   EXPECT_EQ(rows.Data()[3 * 65], 2);
   EXPECT_EQ(rows.Data()[4 * 65], 3);
+}
+
+TEST(FilterRows, TakesTheFilterOfTheMostRepetitions) {
+  // A pattern, and above it the same with some noise: what is left of it by the filter of the row
+  // above is small, and is new everywhere.
+  const std::vector<uint8_t> noise = Noise(300, 2);
+  std::vector<uint8_t> bytes;
+  const auto pattern = [](size_t i) { return i % 3 == 0 ? 100 : i % 3 == 1 ? 156 : 40; };
+  for (size_t i = 0; i < 300; ++i)
+    bytes.push_back(static_cast<uint8_t>(pattern(i) + noise[i] % 16));
+  for (size_t i = 0; i < 300; ++i) bytes.push_back(static_cast<uint8_t>(pattern(i)));
+  bytes.insert(bytes.end(), noise.begin(), noise.end());
+  bytes.insert(bytes.end(), noise.begin(), noise.end());  // above
+  EXPECT_EQ(FilterRows(bytes, 300, 4, 1, BestRow::kSmallest).Data()[301], 2);
+  const Buffer rows = FilterRows(bytes, 300, 4, 1, BestRow::kMostRepetitive);
+  EXPECT_EQ(rows.Data()[301], 0);
+  EXPECT_EQ(rows.Data()[3 * 301], 2);
 }
 
 Raster Filled(uint32_t width, uint32_t height, int bits, int channels, const auto& byteAt) {
