@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -64,6 +65,8 @@ struct Note {
   std::string text;
 };
 
+class FilmShelf;
+
 // What the header of a picture says, and so what will be done with it.
 struct ImagePlan {
   Format format = Format::kJpeg;
@@ -79,11 +82,12 @@ struct ImagePlan {
   Resolution resolution;
   unsigned page = 1;  // of `pages` in this file
   unsigned pages = 1;
-  uint64_t place = 0;        // the decoder's own mark, a TIFF page's offset for one
-  size_t size = 0;           // passes through: so many bytes from `place` on
-  std::string decodeReason;  // empty: the bytes pass through unchanged
-  uint64_t memory = 0;       // about the most bytes that decoding takes
-  std::string error;         // why this page cannot be used, where others of its file can
+  uint64_t place = 0;                // the decoder's own mark, a TIFF page's offset for one
+  size_t size = 0;                   // passes through: so many bytes from `place` on
+  std::string decodeReason;          // empty: the bytes pass through unchanged
+  uint64_t memory = 0;               // about the most bytes that decoding takes
+  std::shared_ptr<FilmShelf> films;  // of a file's frames; null for one that stands alone
+  std::string error;                 // why this page cannot be used, where others of its file can
   std::vector<Note> notes;
 
   bool PassesThrough() const { return decodeReason.empty(); }

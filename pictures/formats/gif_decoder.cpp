@@ -9,6 +9,7 @@
 
 #include "formats/canvas.h"
 #include "formats/decoder.h"
+#include "formats/film.h"
 
 namespace pictures {
 namespace {
@@ -26,7 +27,7 @@ int ReadBytes(GifFileType* gif, GifByteType* to, int size) {
   return static_cast<int>(count);
 }
 
-struct Frame {
+struct GifFrame {
   Canvas::Area area;
   bool interlaced = false;
   int disposal = DISPOSAL_UNSPECIFIED;
@@ -50,7 +51,7 @@ class GifReader {
   uint32_t Height() const { return static_cast<uint32_t>(gif_->SHeight); }
 
   // Goes to the next frame; false behind the last.
-  bool Next(Frame* frame) {
+  bool Next(GifFrame* frame) {
     GraphicsControlBlock control{DISPOSAL_UNSPECIFIED, false, 0, NO_TRANSPARENT_COLOR};
     for (;;) {
       GifRecordType type = UNDEFINED_RECORD_TYPE;
@@ -124,10 +125,12 @@ std::vector<ImagePlan> PlanGif(Bytes file, const ReadLimits& limits) {
   CheckSize(plan.width, plan.height, limits);
   plan.palette = true;
   plan.decodeReason = "GIF, which PDF does not know";
-  // The canvas and what it was before, of four bytes a pixel, and the rasters.
-  SetMemory(static_cast<double>(plan.width) * plan.height * (4 + 4 + 3 + 1), limits, &plan);
+  // The film's file, its canvas and what that was before, of four bytes a pixel, and the rasters.
+  SetMemory(static_cast<double>(file.size()) +
+                static_cast<double>(plan.width) * plan.height * (4 + 4 + 3 + 1),
+            limits, &plan);
   std::vector<ImagePlan> plans;
-  Frame frame;
+  GifFrame frame;
   unsigned frames = 0;
   for (; reader.Next(&frame); ++frames) {
     reader.SkipPixels();
@@ -138,11 +141,12 @@ std::vector<ImagePlan> PlanGif(Bytes file, const ReadLimits& limits) {
   }
   if (plans.empty()) throw ImageError("is a GIF file without pictures; save or export it again");
   NumberFrames(frames, &plans);
+  ShareFilms(&plans);
   return plans;
 }
 
 // Where row `i` of those that are stored belongs: an interlaced frame has every eighth first.
-uint32_t RowOf(const Frame& frame, uint32_t i) {
+uint32_t RowOf(const GifFrame& frame, uint32_t i) {
   if (!frame.interlaced) return i;
   constexpr uint32_t kFirst[] = {0, 4, 2, 1}, kStep[] = {8, 8, 4, 2};
   for (size_t pass = 0; pass < 4; ++pass) {
@@ -155,13 +159,13 @@ uint32_t RowOf(const Frame& frame, uint32_t i) {
   return 0;  // not reached: the passes have all rows
 }
 
-Canvas::Disposal DisposalOf(const Frame& frame) {
+Canvas::Disposal DisposalOf(const GifFrame& frame) {
   return frame.disposal == DISPOSE_BACKGROUND ? Canvas::Disposal::kIsCleared
          : frame.disposal == DISPOSE_PREVIOUS ? Canvas::Disposal::kUncovers
                                               : Canvas::Disposal::kStays;
 }
 
-void DrawRow(const Frame& frame, const ColorMapObject& colours, uint32_t y, const uint8_t* row,
+void DrawRow(const GifFrame& frame, const ColorMapObject& colours, uint32_t y, const uint8_t* row,
              Canvas* canvas) {
   const Canvas::Area& area = frame.area;
   for (uint32_t x = 0; x < area.width && area.left + x < canvas->Width(); ++x) {
@@ -173,7 +177,7 @@ void DrawRow(const Frame& frame, const ColorMapObject& colours, uint32_t y, cons
   }
 }
 
-void Draw(const Frame& frame, GifReader* reader, Canvas* canvas) {
+void Draw(const GifFrame& frame, GifReader* reader, Canvas* canvas) {
   canvas->Begin(frame.area, DisposalOf(frame));
   const ColorMapObject& colours = reader->Colours();
   Buffer row(frame.area.width);
@@ -184,34 +188,25 @@ void Draw(const Frame& frame, GifReader* reader, Canvas* canvas) {
   }
 }
 
-// The last frame up to `number` that hides all before it for good: what one of those hid that are
-// taken away again is still to be seen behind it.
-uint64_t FirstNeeded(Bytes file, uint64_t number) {
-  GifReader reader(file);
-  Frame frame;
-  uint64_t first = 0;
-  for (uint64_t i = 0; i <= number && reader.Next(&frame); ++i) {
-    reader.SkipPixels();
-    const bool stays = i == number || frame.disposal != DISPOSE_PREVIOUS;
-    if (stays && frame.Hides(reader.Width(), reader.Height())) first = i;
+class GifFilm : public Film {
+ public:
+  GifFilm(const ImagePlan& plan, Bytes file)
+      : Film(file), reader_(File()), canvas_(plan.width, plan.height, 8, 3) {}
+
+ private:
+  void DrawNext() override {
+    GifFrame frame;
+    if (!reader_.Next(&frame)) throw CutOff();
+    Draw(frame, &reader_, &canvas_);
   }
-  return first;
-}
+  DecodedImage Seen() const override { return canvas_.Split(); }
+
+  GifReader reader_;
+  Canvas canvas_;
+};
 
 DecodedImage DecodeGif(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
-  const uint64_t first = FirstNeeded(file, plan.place);
-  GifReader reader(file);
-  Canvas canvas(plan.width, plan.height, 8, 3);
-  Frame frame;
-  for (uint64_t i = 0; i <= plan.place; ++i) {
-    if (!reader.Next(&frame)) throw CutOff();
-    if (i < first) {
-      reader.SkipPixels();
-    } else {
-      Draw(frame, &reader, &canvas);
-    }
-  }
-  return canvas.Split();
+  return DecodeFrame<GifFilm>(plan, file, plan.place);
 }
 
 bool IsGif(Bytes head) {

@@ -18,6 +18,7 @@
 #include "flate.h"
 #include "formats/decoder.h"
 #include "formats/exif.h"
+#include "formats/film.h"
 #include "formats/icc.h"
 #include "formats/planes.h"
 #include "formats/png_animation.h"
@@ -86,14 +87,17 @@ std::vector<ImagePlan> PlanFrames(Bytes file, const PngFacts& facts, ImagePlan p
   plan.alpha = true;
   plan.size = 0;
   plan.decodeReason = "a frame of an animation, which PDF does not know";
-  // The canvas and what it was before, the frame and the file made of it, and the rasters.
+  // The film's file, its canvas and what that was before, the frame and the file made of it, and
+  // the rasters.
   const int samples = 6 * (Channels(plan.colour) + 1);
-  SetMemory(static_cast<double>(plan.width) * plan.height * samples * (plan.depth == 16 ? 2 : 1),
+  SetMemory(static_cast<double>(file.size()) + static_cast<double>(plan.width) * plan.height *
+                                                   samples * (plan.depth == 16 ? 2 : 1),
             limits, &plan);
   std::vector<ImagePlan> plans(ReadPngFrames(file, facts).size(), plan);
   if (plans.empty()) throw Damaged("the frames of its animation are not there");
   for (size_t i = 0; i < plans.size(); ++i) plans[i].place = i + 1;
   NumberPages(&plans);
+  ShareFilms(&plans);
   return plans;
 }
 
@@ -310,28 +314,35 @@ DecodedImage DecodeStill(Bytes file, Colour colour) {
   return image;
 }
 
-// The frames up to the one that is wanted, from the last one on that hides all before it.
-DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
-  const PngFacts facts = ReadPngFacts(file);
-  const std::vector<PngFrame> frames = ReadPngFrames(file, facts);
-  const auto wanted = static_cast<size_t>(plan.place - 1);
-  if (wanted >= frames.size()) throw Damaged("a frame of its animation is not there");
-  size_t first = wanted;
-  while (first > 0 && (frames[first].over || !frames[first].area.Covers(plan.width, plan.height) ||
-                       (first < wanted && frames[first].disposal == Canvas::Disposal::kUncovers))) {
-    --first;
+class PngFilm : public Film {
+ public:
+  PngFilm(const ImagePlan& plan, Bytes file)
+      : Film(file),
+        facts_(ReadPngFacts(File())),
+        frames_(ReadPngFrames(File(), facts_)),
+        canvas_(plan.width, plan.height, plan.depth == 16 ? 16 : 8, Channels(plan.colour)),
+        colour_(plan.colour) {
+    WholePngData(File());
   }
-  WholePngData(file);
-  Canvas canvas(plan.width, plan.height, plan.depth == 16 ? 16 : 8, Channels(plan.colour));
-  for (size_t i = first; i <= wanted; ++i) {
-    const Buffer still = MakePngFile(facts, frames[i]);
-    DrawPngFrame(frames[i], DecodeStill(still.View(), plan.colour), &canvas);
+
+ private:
+  void DrawNext() override {
+    if (Drawn() >= frames_.size()) throw Damaged("a frame of its animation is not there");
+    const PngFrame& frame = frames_[static_cast<size_t>(Drawn())];
+    const Buffer still = MakePngFile(facts_, frame);
+    DrawPngFrame(frame, DecodeStill(still.View(), colour_), &canvas_);
   }
-  return canvas.Split();
-}
+  DecodedImage Seen() const override { return canvas_.Split(); }
+
+  PngFacts facts_;
+  std::vector<PngFrame> frames_;
+  Canvas canvas_;
+  Colour colour_;
+};
 
 DecodedImage DecodePng(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
-  return plan.place == 0 ? DecodeStill(file, plan.colour) : DecodeFrame(plan, file);
+  return plan.place == 0 ? DecodeStill(file, plan.colour)
+                         : DecodeFrame<PngFilm>(plan, file, plan.place - 1);
 }
 
 // Inflates the stream of a picture that is small enough for that to take no time and little memory.

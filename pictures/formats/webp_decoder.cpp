@@ -9,6 +9,7 @@
 
 #include "formats/decoder.h"
 #include "formats/exif.h"
+#include "formats/film.h"
 #include "formats/planes.h"
 
 namespace pictures {
@@ -71,9 +72,13 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
   plan.height = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT);
   CheckSize(plan.width, plan.height, limits);
   plan.alpha = HasAlpha(demuxer.get());
-  // The rasters, and libwebp's own pixels of four bytes: those of frames, laid over each other.
-  const int each = IsAnimated(demuxer.get()) ? 4 + 3 * 4 : plan.alpha ? 4 + 2 * 4 : 3 + 4;
-  SetMemory(static_cast<double>(plan.width) * plan.height * each, limits, &plan);
+  // The rasters, and libwebp's own pixels of four bytes: those of frames, laid over each other, and
+  // the film's file.
+  const bool animated = IsAnimated(demuxer.get());
+  const int each = animated ? 4 + 3 * 4 : plan.alpha ? 4 + 2 * 4 : 3 + 4;
+  SetMemory(static_cast<double>(plan.width) * plan.height * each +
+                (animated ? static_cast<double>(file.size()) : 0),
+            limits, &plan);
   plan.decodeReason = "WebP, which PDF does not know";
   Bytes exif = Chunk(demuxer.get(), "EXIF");
   if (StartsWith(exif, std::string_view("Exif\0\0", 6))) exif = exif.subspan(6);  // some writers'
@@ -86,29 +91,38 @@ std::vector<ImagePlan> PlanWebp(Bytes file, const ReadLimits& limits) {
     plans.push_back(plan);
   }
   NumberFrames(frames, &plans);
+  ShareFilms(&plans);
   return plans;
 }
 
 // A frame may cover a part of the canvas only, and show those before it.
-DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file) {
-  WebPAnimDecoderOptions options;
-  WebPAnimDecoderOptionsInit(&options);
-  options.color_mode = MODE_RGBA;
-  const WebPData data = AsData(file);
-  const std::unique_ptr<WebPAnimDecoder, FreeAnimation> decoder(
-      WebPAnimDecoderNew(&data, &options));
-  uint8_t* canvas = nullptr;
-  int time = 0;
-  if (!decoder) throw DamagedWebp();
-  for (uint64_t i = 0; i <= plan.place; ++i) {
-    if (WebPAnimDecoderGetNext(decoder.get(), &canvas, &time) == 0) throw DamagedWebp();
+class WebpFilm : public Film {
+ public:
+  WebpFilm(const ImagePlan& plan, Bytes file)
+      : Film(file), width_(plan.width), height_(plan.height) {
+    WebPAnimDecoderOptions options;
+    WebPAnimDecoderOptionsInit(&options);
+    options.color_mode = MODE_RGBA;
+    const WebPData data = AsData(File());
+    decoder_.reset(WebPAnimDecoderNew(&data, &options));
+    if (!decoder_) throw DamagedWebp();
   }
-  return SplitAlpha(canvas, plan.width, plan.height);
-}
+
+ private:
+  void DrawNext() override {
+    int time = 0;
+    if (WebPAnimDecoderGetNext(decoder_.get(), &canvas_, &time) == 0) throw DamagedWebp();
+  }
+  DecodedImage Seen() const override { return SplitAlpha(canvas_, width_, height_); }
+
+  std::unique_ptr<WebPAnimDecoder, FreeAnimation> decoder_;
+  uint8_t* canvas_ = nullptr;  // the decoder's
+  uint32_t width_, height_;
+};
 
 DecodedImage DecodeWebp(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
   const Demuxer demuxer = Demux(file);
-  if (IsAnimated(demuxer.get())) return DecodeFrame(plan, file);
+  if (IsAnimated(demuxer.get())) return DecodeFrame<WebpFilm>(plan, file, plan.place);
   DecodedImage image;
   if (HasAlpha(demuxer.get())) {
     Buffer rgba(size_t{plan.width} * plan.height * 4);

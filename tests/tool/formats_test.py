@@ -7,7 +7,7 @@ import numpy
 from PIL import Image
 
 from pixels_test import over
-from support import BLOCK, JtpdfTest, blocks, icc_profile, images, page_boxes, stored
+from support import BLOCK, JtpdfTest, blocks, icc_profile, images, page_boxes, run, stored
 
 
 class Bmp(JtpdfTest):
@@ -160,7 +160,9 @@ class Gif(JtpdfTest):
 
     def test_transparency_is_a_soft_mask(self):
         picture = blocks(6, 5).quantize(8)
+        self.assertNotIn(b"palette+alpha", run("--dry-run", self.save(picture, "a.gif"))[1])
         path = self.save(picture, "a.gif", transparency=picture.getpixel((0, 0)))
+        self.assertIn(b"palette+alpha", run("--dry-run", path)[1])
         pdf = self.convert(path)
         self.assertEqual(stored(pdf)[0][0]["/BitsPerComponent"], 1)
         with Image.open(path) as image:

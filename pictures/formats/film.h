@@ -1,0 +1,72 @@
+// film.h - the frames of an animation, each drawn over those before it: whoever wants the next one
+// goes on where the last one was left.
+#ifndef JTPDF_PICTURES_FILM_H
+#define JTPDF_PICTURES_FILM_H
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "bytes.h"
+#include "image.h"
+
+namespace pictures {
+
+class Film {
+ public:
+  // With a copy of the file's bytes, which are unmapped between one frame and the next.
+  explicit Film(Bytes file) : file_(Buffer::CopyOf(file)) {}
+  virtual ~Film() = default;
+  Film(const Film&) = delete;
+  Film& operator=(const Film&) = delete;
+
+  // What is seen with frame `number`, from 0 on, which must not lie behind it.
+  DecodedImage Frame(uint64_t number);
+  // How many frames have been drawn.
+  uint64_t Drawn() const { return drawn_; }
+
+ protected:
+  Bytes File() const { return file_.View(); }
+
+ private:
+  virtual void DrawNext() = 0;
+  virtual DecodedImage Seen() const = 0;
+
+  Buffer file_;
+  uint64_t drawn_ = 0;
+};
+
+// The films of one file between their frames: one for each thread that decodes them.
+class FilmShelf {
+ public:
+  explicit FilmShelf(uint64_t frames) : frames_(frames) {}
+
+  // The film that is nearest to the frame and not past it; null for none. The last frame empties
+  // the shelf: whoever wants all of them asks for them in their order.
+  std::unique_ptr<Film> Take(uint64_t number);
+  void PutBack(std::unique_ptr<Film> film);
+
+ private:
+  const uint64_t frames_;
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<Film>> films_;
+  bool over_ = false;
+};
+
+// Gives the plans of an animation's frames a shelf.
+void ShareFilms(std::vector<ImagePlan>* plans);
+
+// Decodes frame `number` by a film of that kind, which is made from a plan and a file.
+template <typename FilmOfFormat>
+DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file, uint64_t number) {
+  std::unique_ptr<Film> film = plan.films ? plan.films->Take(number) : nullptr;
+  if (!film) film = std::make_unique<FilmOfFormat>(plan, file);
+  DecodedImage image = film->Frame(number);
+  if (plan.films) plan.films->PutBack(std::move(film));
+  return image;
+}
+
+}  // namespace pictures
+
+#endif  // JTPDF_PICTURES_FILM_H
