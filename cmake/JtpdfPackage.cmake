@@ -36,6 +36,16 @@ function(jtpdf_package component package summary)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
 endfunction()
 
+# dpkg-shlibdeps sees no library that is loaded late: these are the packages that have them.
+set(late "")
+get_property(libraries GLOBAL PROPERTY JTPDF_LATE_LIBRARIES)
+foreach(library IN LISTS libraries)
+  execute_process(COMMAND dpkg-query -S "*/${library}" OUTPUT_VARIABLE found ERROR_QUIET)
+  if(found MATCHES "^([^:]+):")
+    string(APPEND late ", ${CMAKE_MATCH_1}")
+  endif()
+endforeach()
+
 set(debian ${CMAKE_CURRENT_SOURCE_DIR}/packaging/debian)
 find_program(GZIP gzip)
 if(GZIP)
@@ -50,7 +60,7 @@ if(GZIP)
     jtpdf_package(pictures_development libjtpdf-pictures-dev
       "Headers and build files of the JTPDF library for pictures")
     # dpkg-shlibdeps adds the libraries of others; to ours it finds no package, as it is made here.
-    set(CPACK_DEBIAN_PICTURES_RUNTIME_PACKAGE_DEPENDS "libjtpdf2 (>= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_PICTURES_RUNTIME_PACKAGE_DEPENDS "libjtpdf2 (>= ${PROJECT_VERSION})${late}")
     set(CPACK_DEBIAN_PICTURES_RUNTIME_PACKAGE_CONTROL_EXTRA
       ${debian}/triggers ${CMAKE_CURRENT_BINARY_DIR}/pictures-debian/shlibs
       ${CMAKE_CURRENT_BINARY_DIR}/pictures-debian/symbols)
@@ -64,7 +74,7 @@ if(GZIP)
     jtpdf_package(tools jtpdf "Command that turns images into a PDF")
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
     # dpkg-shlibdeps adds the libraries of others; to ours it finds no package, as it is made here.
-    set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libjtpdf2 (>= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libjtpdf2 (>= ${PROJECT_VERSION})${late}")
   endif()
   jtpdf_package(documentation jtpdf-doc "Documentation of the JTPDF library")
   set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)

@@ -1,6 +1,4 @@
 // heif_decoder.cpp - HEIF, HEIC and AVIF, decoded by libheif, which turns pictures upright itself.
-#include <libheif/heif.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -13,6 +11,7 @@
 #include "formats/boxes.h"
 #include "formats/decoder.h"
 #include "formats/exif.h"
+#include "formats/heif_library.h"
 #include "formats/icc.h"
 #include "formats/planes.h"
 #include "formats/samples.h"
@@ -23,13 +22,15 @@ namespace {
 using namespace std::string_view_literals;
 
 struct FreeContext {
-  void operator()(heif_context* context) const { heif_context_free(context); }
+  void operator()(heif_context* context) const { Heif().heif_context_free(context); }
 };
 struct FreeHandle {
-  void operator()(const heif_image_handle* handle) const { heif_image_handle_release(handle); }
+  void operator()(const heif_image_handle* handle) const {
+    Heif().heif_image_handle_release(handle);
+  }
 };
 struct FreeImage {
-  void operator()(const heif_image* image) const { heif_image_release(image); }
+  void operator()(const heif_image* image) const { Heif().heif_image_release(image); }
 };
 using Handle = std::unique_ptr<heif_image_handle, FreeHandle>;
 using Image = std::unique_ptr<heif_image, FreeImage>;
@@ -43,30 +44,30 @@ void Require(const heif_error& error) {
 
 class HeifFile {
  public:
-  HeifFile(Bytes file, uint64_t maxPixels) : context_(heif_context_alloc()) {
+  HeifFile(Bytes file, uint64_t maxPixels) : context_(Heif().heif_context_alloc()) {
     if (!context_) throw std::bad_alloc();
     const double side = std::ceil(std::sqrt(static_cast<double>(maxPixels)));
-    heif_context_set_maximum_image_size_limit(context_.get(),
-                                              static_cast<int>(std::min(side, 65535.0)));
-    heif_context_set_max_decoding_threads(context_.get(), 0);
-    Require(heif_context_read_from_memory_without_copy(context_.get(), file.data(), file.size(),
-                                                       nullptr));
+    Heif().heif_context_set_maximum_image_size_limit(context_.get(),
+                                                     static_cast<int>(std::min(side, 65535.0)));
+    Heif().heif_context_set_max_decoding_threads(context_.get(), 0);
+    Require(Heif().heif_context_read_from_memory_without_copy(context_.get(), file.data(),
+                                                              file.size(), nullptr));
   }
   heif_item_id MainPicture() const {
     heif_item_id id = 0;
-    Require(heif_context_get_primary_image_ID(context_.get(), &id));
+    Require(Heif().heif_context_get_primary_image_ID(context_.get(), &id));
     return id;
   }
   // All that stand for themselves, thumbnails and the like left out.
   std::vector<heif_item_id> Pictures() const {
-    const int count = heif_context_get_number_of_top_level_images(context_.get());
+    const int count = Heif().heif_context_get_number_of_top_level_images(context_.get());
     std::vector<heif_item_id> ids(static_cast<size_t>(count));
-    heif_context_get_list_of_top_level_image_IDs(context_.get(), ids.data(), count);
+    Heif().heif_context_get_list_of_top_level_image_IDs(context_.get(), ids.data(), count);
     return ids;
   }
   Handle Open(heif_item_id id) const {
     heif_image_handle* handle = nullptr;
-    Require(heif_context_get_image_handle(context_.get(), id, &handle));
+    Require(Heif().heif_context_get_image_handle(context_.get(), id, &handle));
     return Handle(handle);
   }
 
@@ -75,26 +76,28 @@ class HeifFile {
 };
 
 bool HasAlpha(const heif_image_handle* handle) {
-  return heif_image_handle_has_alpha_channel(handle) != 0;
+  return Heif().heif_image_handle_has_alpha_channel(handle) != 0;
 }
 
 // Where it is upright already, EXIF's orientation is none.
 Resolution ReadResolution(const heif_image_handle* handle) {
   heif_item_id id = 0;
-  if (heif_image_handle_get_list_of_metadata_block_IDs(handle, "Exif", &id, 1) != 1) return {};
-  const size_t size = heif_image_handle_get_metadata_size(handle, id);
+  if (Heif().heif_image_handle_get_list_of_metadata_block_IDs(handle, "Exif", &id, 1) != 1)
+    return {};
+  const size_t size = Heif().heif_image_handle_get_metadata_size(handle, id);
   if (size < 4) return {};
   Buffer block(size);
-  if (heif_image_handle_get_metadata(handle, id, block.Data()).code != heif_error_Ok) return {};
+  if (Heif().heif_image_handle_get_metadata(handle, id, block.Data()).code != heif_error_Ok)
+    return {};
   const uint64_t begin = uint64_t{4} + Be32(block.Data());
   return ReadExif(Slice(block.View(), begin, size - std::min<uint64_t>(begin, size))).resolution;
 }
 
 Buffer ReadProfile(const heif_image_handle* handle) {
-  const heif_color_profile_type type = heif_image_handle_get_color_profile_type(handle);
+  const heif_color_profile_type type = Heif().heif_image_handle_get_color_profile_type(handle);
   if (type != heif_color_profile_type_rICC && type != heif_color_profile_type_prof) return {};
-  Buffer profile(heif_image_handle_get_raw_color_profile_size(handle));
-  Require(heif_image_handle_get_raw_color_profile(handle, profile.Data()));
+  Buffer profile(Heif().heif_image_handle_get_raw_color_profile_size(handle));
+  Require(Heif().heif_image_handle_get_raw_color_profile(handle, profile.Data()));
   return profile;
 }
 
@@ -102,9 +105,9 @@ Buffer ReadProfile(const heif_image_handle* handle) {
 void NoteOtherColours(const heif_image_handle* handle, ImagePlan* plan) {
   if (plan->profile != ProfileUse::kNone) return;
   heif_color_profile_nclx* found = nullptr;
-  const heif_error error = heif_image_handle_get_nclx_color_profile(handle, &found);
-  const std::unique_ptr<heif_color_profile_nclx, decltype(&heif_nclx_color_profile_free)> colours(
-      found, heif_nclx_color_profile_free);
+  const heif_error error = Heif().heif_image_handle_get_nclx_color_profile(handle, &found);
+  const std::unique_ptr<heif_color_profile_nclx, decltype(Heif().heif_nclx_color_profile_free)>
+      colours(found, Heif().heif_nclx_color_profile_free);
   if (error.code != heif_error_Ok) return;
   const bool wide = colours->color_primaries >= heif_color_primaries_ITU_R_BT_2020_2_and_2100_0;
   const bool bright =
@@ -128,9 +131,9 @@ ImagePlan PlanPicture(const HeifFile& file, heif_item_id id, const ReadLimits& l
   const Handle handle = file.Open(id);
   ImagePlan plan;
   plan.format = Format::kHeif;
-  plan.width = static_cast<uint32_t>(heif_image_handle_get_width(handle.get()));
-  plan.height = static_cast<uint32_t>(heif_image_handle_get_height(handle.get()));
-  plan.depth = heif_image_handle_get_luma_bits_per_pixel(handle.get());
+  plan.width = static_cast<uint32_t>(Heif().heif_image_handle_get_width(handle.get()));
+  plan.height = static_cast<uint32_t>(Heif().heif_image_handle_get_height(handle.get()));
+  plan.depth = Heif().heif_image_handle_get_luma_bits_per_pixel(handle.get());
   plan.place = id;
   plan.alpha = HasAlpha(handle.get());
   plan.decodeReason = "HEIF, which PDF does not know";
@@ -198,24 +201,27 @@ DecodedImage DecodeHeif(const ImagePlan& plan, Bytes bytes, std::vector<Note>*) 
       deep ? (alpha ? heif_chroma_interleaved_RRGGBBAA_BE : heif_chroma_interleaved_RRGGBB_BE)
            : (alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB);
   heif_image* decoded = nullptr;
-  Require(heif_decode_image(handle.get(), &decoded, heif_colorspace_RGB, chroma, nullptr));
+  Require(Heif().heif_decode_image(handle.get(), &decoded, heif_colorspace_RGB, chroma, nullptr));
   const Image image(decoded);
   int stride = 0;
-  const uint8_t* from = heif_image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);
+  const uint8_t* from =
+      Heif().heif_image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);
   Raster pixels(plan.width, plan.height, deep ? 16 : 8, alpha ? 4 : 3);
   if (from == nullptr || stride < static_cast<int>(pixels.Stride()) ||
-      heif_image_get_width(decoded, heif_channel_interleaved) != static_cast<int>(plan.width) ||
-      heif_image_get_height(decoded, heif_channel_interleaved) != static_cast<int>(plan.height)) {
+      Heif().heif_image_get_width(decoded, heif_channel_interleaved) !=
+          static_cast<int>(plan.width) ||
+      Heif().heif_image_get_height(decoded, heif_channel_interleaved) !=
+          static_cast<int>(plan.height)) {
     throw Damaged("it has two sizes");
   }
   for (uint32_t y = 0; y < plan.height; ++y) {
     std::copy_n(from + static_cast<size_t>(stride) * y, pixels.Stride(), pixels.Row(y));
   }
-  const int bits = heif_image_get_bits_per_pixel_range(decoded, heif_channel_interleaved);
+  const int bits = Heif().heif_image_get_bits_per_pixel_range(decoded, heif_channel_interleaved);
   if (deep && bits >= 1 && bits < 16) Widen(bits, &pixels);
   if (!alpha) return {std::move(pixels), {}};
   DecodedImage split = SplitAlpha(pixels);
-  if (heif_image_handle_is_premultiplied_alpha(handle.get()) != 0) {
+  if (Heif().heif_image_handle_is_premultiplied_alpha(handle.get()) != 0) {
     DivideByAlpha(*split.alpha, &split.pixels);
   }
   return split;

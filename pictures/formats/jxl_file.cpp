@@ -1,7 +1,5 @@
 #include "formats/jxl_file.h"
 
-#include <jxl/decode.h>
-
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -9,6 +7,7 @@
 #include <utility>
 
 #include "formats/icc.h"
+#include "formats/jxl_library.h"
 
 namespace pictures {
 namespace {
@@ -20,19 +19,19 @@ struct DamagedJxl : Undecodable {
 // A walk through what happens while the file is decoded.
 class JxlEvents {
  public:
-  JxlEvents(Bytes file, int wanted) : decoder_(JxlDecoderCreate(nullptr)) {
+  JxlEvents(Bytes file, int wanted) : decoder_(Jxl().JxlDecoderCreate(nullptr)) {
     if (!decoder_) throw std::bad_alloc();
-    Require(JxlDecoderSubscribeEvents(Get(), wanted));
-    Require(JxlDecoderSetKeepOrientation(Get(), JXL_TRUE));
-    Require(JxlDecoderSetUnpremultiplyAlpha(Get(), JXL_TRUE));
-    Require(JxlDecoderSetDecompressBoxes(Get(), JXL_TRUE));
+    Require(Jxl().JxlDecoderSubscribeEvents(Get(), wanted));
+    Require(Jxl().JxlDecoderSetKeepOrientation(Get(), JXL_TRUE));
+    Require(Jxl().JxlDecoderSetUnpremultiplyAlpha(Get(), JXL_TRUE));
+    Require(Jxl().JxlDecoderSetDecompressBoxes(Get(), JXL_TRUE));
     // The input is never closed: of a file that is cut off libjxl would print a word of its own.
-    Require(JxlDecoderSetInput(Get(), file.data(), file.size()));
+    Require(Jxl().JxlDecoderSetInput(Get(), file.data(), file.size()));
   }
 
   // The next thing that happens; JXL_DEC_SUCCESS at the end.
   JxlDecoderStatus Next() {
-    const JxlDecoderStatus status = JxlDecoderProcessInput(Get());
+    const JxlDecoderStatus status = Jxl().JxlDecoderProcessInput(Get());
     if (status == JXL_DEC_NEED_MORE_INPUT) throw CutOff();
     if (status == JXL_DEC_ERROR) throw DamagedJxl();
     return status;
@@ -44,7 +43,7 @@ class JxlEvents {
 
  private:
   struct Destroy {
-    void operator()(JxlDecoder* decoder) const { JxlDecoderDestroy(decoder); }
+    void operator()(JxlDecoder* decoder) const { Jxl().JxlDecoderDestroy(decoder); }
   };
   std::unique_ptr<JxlDecoder, Destroy> decoder_;
 };
@@ -52,7 +51,7 @@ class JxlEvents {
 bool HasInks(JxlDecoder* decoder, const JxlBasicInfo& info) {
   for (uint32_t i = 0; i < info.num_extra_channels; ++i) {
     JxlExtraChannelInfo channel;
-    if (JxlDecoderGetExtraChannelInfo(decoder, i, &channel) == JXL_DEC_SUCCESS &&
+    if (Jxl().JxlDecoderGetExtraChannelInfo(decoder, i, &channel) == JXL_DEC_SUCCESS &&
         channel.type == JXL_CHANNEL_BLACK) {
       return true;
     }
@@ -62,8 +61,8 @@ bool HasInks(JxlDecoder* decoder, const JxlBasicInfo& info) {
 
 bool IsSrgb(JxlDecoder* decoder) {
   JxlColorEncoding colours;
-  if (JxlDecoderGetColorAsEncodedProfile(decoder, nullptr, JXL_COLOR_PROFILE_TARGET_DATA,
-                                         &colours) != JXL_DEC_SUCCESS) {
+  if (Jxl().JxlDecoderGetColorAsEncodedProfile(decoder, nullptr, JXL_COLOR_PROFILE_TARGET_DATA,
+                                               &colours) != JXL_DEC_SUCCESS) {
     return false;
   }
   return colours.transfer_function == JXL_TRANSFER_FUNCTION_SRGB &&
@@ -80,7 +79,7 @@ JxlFacts ReadJxlFacts(Bytes file) {
   for (;;) {
     switch (events.Next()) {
       case JXL_DEC_BASIC_INFO:
-        JxlEvents::Require(JxlDecoderGetBasicInfo(events.Get(), &facts.info));
+        JxlEvents::Require(Jxl().JxlDecoderGetBasicInfo(events.Get(), &facts.info));
         facts.inks = HasInks(events.Get(), facts.info);
         break;
       case JXL_DEC_FRAME:
@@ -102,13 +101,13 @@ ExifFacts ReadJxlExif(Bytes file) {
   JxlEvents events(file, JXL_DEC_BOX);
   JxlBoxType type = {};
   while (std::memcmp(type, "Exif", sizeof type) != 0) {
-    if (JxlDecoderProcessInput(events.Get()) != JXL_DEC_BOX) return {};
-    JxlEvents::Require(JxlDecoderGetBoxType(events.Get(), type, JXL_TRUE));
+    if (Jxl().JxlDecoderProcessInput(events.Get()) != JXL_DEC_BOX) return {};
+    JxlEvents::Require(Jxl().JxlDecoderGetBoxType(events.Get(), type, JXL_TRUE));
   }
   Buffer box(size_t{64} << 10);  // what is looked for stands at its begin
-  JxlEvents::Require(JxlDecoderSetBoxBuffer(events.Get(), box.Data(), box.Size()));
-  JxlDecoderProcessInput(events.Get());
-  box.Shrink(box.Size() - JxlDecoderReleaseBoxBuffer(events.Get()));
+  JxlEvents::Require(Jxl().JxlDecoderSetBoxBuffer(events.Get(), box.Data(), box.Size()));
+  Jxl().JxlDecoderProcessInput(events.Get());
+  box.Shrink(box.Size() - Jxl().JxlDecoderReleaseBoxBuffer(events.Get()));
   if (box.Size() < 4) return {};
   const uint64_t begin = uint64_t{4} + Be32(box.Data());
   return ReadExif(Slice(box.View(), begin, box.Size() - std::min<uint64_t>(begin, box.Size())));
@@ -120,13 +119,13 @@ Buffer ReadJxlProfile(Bytes file) {
   if (IsSrgb(events.Get())) return {};
   size_t size = 0;
   constexpr auto kTarget = JXL_COLOR_PROFILE_TARGET_DATA;
-  if (JxlDecoderGetICCProfileSize(events.Get(), nullptr, kTarget, &size) != JXL_DEC_SUCCESS ||
+  if (Jxl().JxlDecoderGetICCProfileSize(events.Get(), nullptr, kTarget, &size) != JXL_DEC_SUCCESS ||
       size > kMostProfile) {
     return {};
   }
   Buffer profile(size);
-  JxlEvents::Require(JxlDecoderGetColorAsICCProfile(events.Get(), nullptr, kTarget, profile.Data(),
-                                                    profile.Size()));
+  JxlEvents::Require(Jxl().JxlDecoderGetColorAsICCProfile(events.Get(), nullptr, kTarget,
+                                                          profile.Data(), profile.Size()));
   return profile;
 }
 
@@ -135,16 +134,16 @@ void DecodeJxlFrame(Bytes file, unsigned frame, Raster* pixels) {
                               pixels->bits == 8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16, JXL_BIG_ENDIAN,
                               0};
   JxlEvents events(file, JXL_DEC_FULL_IMAGE);
-  JxlDecoderSkipFrames(events.Get(), frame);
+  Jxl().JxlDecoderSkipFrames(events.Get(), frame);
   for (;;) {
     const JxlDecoderStatus status = events.Next();
     if (status == JXL_DEC_FULL_IMAGE) return;
     if (status != JXL_DEC_NEED_IMAGE_OUT_BUFFER) throw DamagedJxl();
     size_t size = 0;
-    JxlEvents::Require(JxlDecoderImageOutBufferSize(events.Get(), &format, &size));
+    JxlEvents::Require(Jxl().JxlDecoderImageOutBufferSize(events.Get(), &format, &size));
     if (size != pixels->bytes.Size()) throw DamagedJxl();
     JxlEvents::Require(
-        JxlDecoderSetImageOutBuffer(events.Get(), &format, pixels->bytes.Data(), size));
+        Jxl().JxlDecoderSetImageOutBuffer(events.Get(), &format, pixels->bytes.Data(), size));
   }
 }
 
@@ -155,17 +154,17 @@ Buffer ReconstructJpeg(Bytes file) {
   for (;;) {
     const JxlDecoderStatus status = events.Next();
     if (status == JXL_DEC_JPEG_NEED_MORE_OUTPUT) {
-      unused = JxlDecoderReleaseJPEGBuffer(events.Get());
+      unused = Jxl().JxlDecoderReleaseJPEGBuffer(events.Get());
       unused += jpeg.Size();
       jpeg.Double();
     } else if (status == JXL_DEC_FULL_IMAGE) {
-      jpeg.Shrink(jpeg.Size() - JxlDecoderReleaseJPEGBuffer(events.Get()));
+      jpeg.Shrink(jpeg.Size() - Jxl().JxlDecoderReleaseJPEGBuffer(events.Get()));
       return jpeg;
     } else if (status != JXL_DEC_JPEG_RECONSTRUCTION) {
       throw DamagedJxl();
     }
     JxlEvents::Require(
-        JxlDecoderSetJPEGBuffer(events.Get(), jpeg.Data() + jpeg.Size() - unused, unused));
+        Jxl().JxlDecoderSetJPEGBuffer(events.Get(), jpeg.Data() + jpeg.Size() - unused, unused));
   }
 }
 

@@ -2,6 +2,7 @@
 import os
 import struct
 import subprocess
+import tempfile
 import unittest
 
 import numpy
@@ -47,6 +48,43 @@ class Encoded(JtpdfTest):
         status, _, error = run(self.put(bytes(bad), "bad"), "-o", self.path("o.pdf"))
         self.check_words(error)
         self.assertRegex(error, r"bad: .*(damaged|known here)" if status else "^$")
+
+
+@unittest.skipUnless(os.environ.get("LATE_LIBRARIES"), "they are linked")
+class LateLibraries(Encoded):
+    def setUp(self):
+        super().setUp()
+        self.libraries = os.environ["LATE_LIBRARIES"].split(":")
+
+    def pictures(self):
+        """One for each of them."""
+        self.save(blocks(), "a.png")
+        self.command("heif-enc", self.path("a.png"), "-o", self.path("a.heic"))
+        self.command("cjxl", self.path("a.png"), self.path("a.jxl"))
+        return [self.path("a.heic"), self.path("a.jxl")]
+
+    def test_they_are_loaded_for_their_pictures_alone(self):
+        def loaded(*arguments):
+            log = run(*arguments, "-q", "-o", self.path("o.pdf"),
+                      environment={"LD_DEBUG": "files"})[2]
+            return [library for library in self.libraries if f"/{library}" in log]
+        pictures = self.pictures()
+        self.assertEqual(loaded(self.path("a.png")), [])
+        self.assertEqual(loaded(*pictures), self.libraries)
+
+    def test_what_cannot_be_loaded_is_said(self):
+        pictures = self.pictures()
+        for library, picture in zip(self.libraries, pictures):
+            folder = tempfile.mkdtemp(dir=self.folder)
+            with open(os.path.join(folder, library), "wb"):
+                pass  # empty, and found before the one of the system
+            status, _, error = run(picture, picture, "-o", self.path("o.pdf"),
+                                   environment={"LD_LIBRARY_PATH": folder})
+            self.assertEqual(status, 1)
+            self.assertEqual(error.count(f"is of a kind that {library} decodes, which cannot be "
+                                         "loaded ("), 2)  # it is tried for each
+            self.assertEqual(run(self.path("a.png"), "-o", self.path("o.pdf"),
+                                 environment={"LD_LIBRARY_PATH": folder})[0], 0)
 
 
 class JpegXl(Encoded):
