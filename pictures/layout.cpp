@@ -239,4 +239,23 @@ void MoveToCell(size_t cell, const LayoutOptions& options, PageLayout* layout) {
   }
 }
 
+JTPDFRect FitIntoBox(const ImagePlan& plan, const JTPDFRect& box, const LayoutOptions& options) {
+  const int orientation = DrawnOrientation(plan, options);
+  const Extent image =
+      FitInto(NaturalExtent(plan, orientation, std::nullopt), box.width, box.height, options.fit);
+  JTPDFRect placed = OrientedBox(box.left + box.width / 2, box.bottom + box.height / 2, image.width,
+                                 image.height, orientation);
+  placed.angle += box.angle;
+  return placed;
+}
+
+JTPDFRect UprightBox(const JTPDFRect& box) {
+  int quarters = 0;
+  const double angle = std::remquo(box.angle, 90, &quarters);
+  double width = std::abs(box.width), height = std::abs(box.height);
+  if (quarters % 2 != 0) std::swap(width, height);
+  return {box.left + (box.width - width) / 2, box.bottom + (box.height - height) / 2, width, height,
+          angle};
+}
+
 }  // namespace pictures

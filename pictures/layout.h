@@ -91,6 +91,13 @@ PageLayout LayOut(const ImagePlan& plan, const LayoutOptions& options);
 // Moves the picture from the first cell to another.
 void MoveToCell(size_t cell, const LayoutOptions& options, PageLayout* layout);
 
+// The box that draws a picture in the middle of another one, scaled and turned by the options' fit
+// and turn.
+JTPDFRect FitIntoBox(const ImagePlan& plan, const JTPDFRect& box, const LayoutOptions& options);
+
+// The same area as a box with sides that aren't negative and an angle from -45 to 45 degrees.
+JTPDFRect UprightBox(const JTPDFRect& box);
+
 // The orientation, as EXIF counts, in which the picture will be drawn.
 int DrawnOrientation(const ImagePlan& plan, const LayoutOptions& options);
 

@@ -190,6 +190,16 @@ struct Box {
     if (quarters % 2 == 0) return {left, bottom, width, height, turned};
     return {left + (width - height) / 2, bottom + (height - width) / 2, height, width, turned};
   }
+  // The same area without what mirrors an image or turns it by quarters: sides that aren't
+  // negative, an angle from -45 to 45 degrees. What stands around or beneath a picture goes by it.
+  Box upright() const noexcept {
+    int quarters = 0;
+    const Angle turned{std::remquo(angle.degrees, 90.0, &quarters)};
+    Length w = width < Length{} ? -1 * width : width;
+    Length h = height < Length{} ? -1 * height : height;
+    if (quarters % 2 != 0) std::swap(w, h);
+    return {left + (width - w) / 2, bottom + (height - h) / 2, w, h, turned};
+  }
   // The box on its side: a sheet that is wider than high.
   constexpr Box landscape() const noexcept { return {left, bottom, height, width, angle}; }
 

@@ -176,11 +176,24 @@ JTPDF_EXPORT int32_t JTPDFLayOutPicture(const JTPDFPictureWriter* writer,
                                         const JTPDFPicturePage* page, JTPDFPictureLayout* layout,
                                         JTPDFPictureError* error);
 
+/* Stores in *image where a picture goes in a box of the canvas, for DrawPdfImageInRect: in the
+ * middle of the box and turned as that is, by fit (a JTPDFPictureFit) and turn (see
+ * JTPDFPicturePage). All is in the unit of the writer's document; the box's width and height have
+ * to be above 0. */
+JTPDF_EXPORT int32_t JTPDFFitPicture(const JTPDFPictureWriter* writer, const JTPDFPicture* picture,
+                                     unsigned frame, JTPDFRect box, int32_t fit, int32_t turn,
+                                     JTPDFRect* image, JTPDFPictureError* error);
+
+/* The area that a picture covers, of the box by which it is drawn: without what mirrors it and
+ * turns it by quarters, so with a width and height that aren't negative and an angle from -45 to 45
+ * degrees. For what stands around, below or beneath it: a frame, a caption, a shadow. */
+JTPDF_EXPORT JTPDFRect JTPDFUprightPicture(JTPDFRect image);
+
 /* Writes a frame and adds a page of it, drawn over what was drawn before. Stores the number of its
  * image in *image, which may be null; so may page, for a page of the picture's own size. Entries of
  * the page, such as a /TrimBox by SetPdfPageEntry of objects.h, are set before. What is to stand
  * over the picture, to show it once more or to show several on one page goes by JTPDFWritePicture
- * and JTPDFLayOutPicture. */
+ * and JTPDFLayOutPicture or JTPDFFitPicture. */
 JTPDF_EXPORT int32_t JTPDFAddPicturePage(JTPDFPictureWriter* writer, const JTPDFPicture* picture,
                                          unsigned frame, const JTPDFPicturePage* page, int* image,
                                          JTPDFPictureError* error);

@@ -215,20 +215,31 @@ class PictureWriter {
     const auto text = [](const std::string& measure) {
       return measure.empty() ? nullptr : measure.c_str();
     };
-    const JTPDFPicturePage record = {text(page.page),
-                                     text(page.image),
-                                     text(page.border),
-                                     static_cast<std::int32_t>(page.fit),
-                                     !page.turn        ? 0
-                                     : *page.turn == 0 ? 360
-                                                       : *page.turn,
-                                     page.auto_orient};
+    const JTPDFPicturePage record = {text(page.page),    text(page.image),
+                                     text(page.border),  static_cast<std::int32_t>(page.fit),
+                                     turn_of(page.turn), page.auto_orient};
     JTPDFPictureLayout layout;
     JTPDFPictureError error;
     if (JTPDFLayOutPicture(handle_.get(), picture.handle(), frame, &record, &layout, &error) != 0) {
       detail::throw_picture_error(error);
     }
     return {box(layout.page), box(layout.image)};
+  }
+
+  // Where the frame goes in a box of the canvas: in its middle, turned as the picture says or by
+  // degrees clockwise. What stands around or beneath it goes by upright() of the result.
+  Box fit(const Picture& picture, const Box& into, Fit how = Fit::into,
+          std::optional<int> turn = {}, unsigned frame = 0) const {
+    const Unit unit = doc_.unit();
+    const JTPDFRect room = {into.left.in(unit), into.bottom.in(unit), into.width.in(unit),
+                            into.height.in(unit), into.angle.degrees};
+    JTPDFRect image;
+    JTPDFPictureError error;
+    if (JTPDFFitPicture(handle_.get(), picture.handle(), frame, room,
+                        static_cast<std::int32_t>(how), turn_of(turn), &image, &error) != 0) {
+      detail::throw_picture_error(error);
+    }
+    return box(image);
   }
 
   // Writes a frame and adds a page of it, drawn over what was drawn before.
@@ -246,6 +257,10 @@ class PictureWriter {
       JTPDFDestroyPictureWriter(writer);
     }
   };
+
+  static std::int32_t turn_of(std::optional<int> turn) noexcept {
+    return !turn ? 0 : *turn == 0 ? 360 : *turn;
+  }
 
   Box box(const JTPDFRect& rect) const noexcept {
     const Unit unit = doc_.unit();

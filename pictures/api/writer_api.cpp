@@ -78,6 +78,24 @@ JTPDFPictureLayout LayOutInUnits(const JTPDFPictureWriter* writer, const JTPDFPi
   return {InUnits(layout.page, writer->unit), InUnits(layout.image, writer->unit)};
 }
 
+JTPDFRect FitInUnits(const JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,
+                     const JTPDFRect& box, int32_t fit, int32_t turn) {
+  Require(writer, "writer");
+  Require(picture, "picture");
+  JTPDFPicturePage scaled = {};
+  scaled.fit = fit;
+  scaled.turn = turn;
+  const LayoutOptions options = OptionsOf(&scaled);
+  const bool finite = std::isfinite(box.left) && std::isfinite(box.bottom) &&
+                      std::isfinite(box.width) && std::isfinite(box.height) &&
+                      std::isfinite(box.angle);
+  if (!finite || box.width <= 0 || box.height <= 0) {
+    RefuseArgument("box: has no room for a picture; its width and height have to be above 0");
+  }
+  return InUnits(FitIntoBox(picture->UsableFrame(frame), InUnits(box, 1 / writer->unit), options),
+                 writer->unit);
+}
+
 }  // namespace
 }  // namespace pictures::api
 
@@ -121,6 +139,20 @@ int32_t JTPDFLayOutPicture(const JTPDFPictureWriter* writer, const JTPDFPicture*
     pictures::api::Require(layout, "layout");
     *layout = found;
   });
+}
+
+int32_t JTPDFFitPicture(const JTPDFPictureWriter* writer, const JTPDFPicture* picture,
+                        unsigned frame, JTPDFRect box, int32_t fit, int32_t turn, JTPDFRect* image,
+                        JTPDFPictureError* error) {
+  return pictures::api::Guarded(error, [&] {
+    const JTPDFRect found = pictures::api::FitInUnits(writer, picture, frame, box, fit, turn);
+    pictures::api::Require(image, "image");
+    *image = found;
+  });
+}
+
+JTPDFRect JTPDFUprightPicture(JTPDFRect image) {
+  return pictures::UprightBox(image);
 }
 
 int32_t JTPDFAddPicturePage(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,

@@ -96,6 +96,14 @@ TEST(JtpdfBox, InsetsLikeTheCFunction) {
   EXPECT_EQ(box.angle.degrees, rect.angle);
 }
 
+TEST(JtpdfBox, IsUprightWithoutMirrorsAndQuarterTurns) {
+  const Box upright = Box{10_mm, 20_mm, -30_mm, 40_mm, 90_deg}.upright();
+  EXPECT_EQ(upright, (Box{-25_mm, 25_mm, 40_mm, 30_mm, 0_deg}));
+  EXPECT_EQ(upright.upright(), upright);
+  EXPECT_EQ((Box{0_mm, 0_mm, 30_mm, -40_mm, 185_deg}.upright()),
+            (Box{0_mm, -40_mm, 30_mm, 40_mm, 5_deg}));
+}
+
 TEST(JtpdfBox, EqualsTheSameBoxInAnotherUnit) {
   const Box box{1_in, 2_in, 3_in, 4_in, 5_deg};
   EXPECT_EQ(box, (Box{72_pt, 144_pt, 216_pt, 288_pt, 5_deg}));

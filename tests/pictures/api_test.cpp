@@ -1,7 +1,9 @@
 // The C interface of pictures, and its C++ face, over the shared library as programs have it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -159,6 +161,50 @@ TEST(JtpdfPictureWriter, LaysOutInTheUnitOfTheDocument) {
   doc.discard();
 }
 
+TEST(JtpdfPictureWriter, FitsAPictureIntoABoxOfTheCanvas) {
+  using jtpdf::millimeter;
+  Document doc = Document::memory(millimeter);
+  const PictureWriter pictures(doc);
+  const Picture photo = Picture::file(kImages + "/coast.jpg");
+  const double shape = static_cast<double>(photo.info().width) / photo.info().height;
+  const jtpdf::Box room = {20 * millimeter, 30 * millimeter, 60 * millimeter, 60 * millimeter};
+  const jtpdf::Box place = pictures.fit(photo, room);
+  EXPECT_NEAR(place.left.in(millimeter), 20, 1e-9);
+  EXPECT_NEAR(place.width.in(millimeter), 60, 1e-9);
+  EXPECT_NEAR(place.height.in(millimeter), 60 / shape, 1e-9);
+  EXPECT_NEAR(place.bottom.in(millimeter), 60 - 30 / shape, 1e-9);
+  const jtpdf::Box turned = pictures.fit(photo, room, jtpdf::Fit::into, 90);
+  EXPECT_EQ(turned.angle.degrees, 270);
+  const jtpdf::Box upright = turned.upright();
+  EXPECT_EQ(upright.angle.degrees, 0);
+  EXPECT_NEAR(upright.height.in(millimeter), 60, 1e-9);
+  EXPECT_NEAR(upright.bottom.in(millimeter), 30, 1e-9);
+  const JTPDFRect same = JTPDFUprightPicture(
+      {turned.left.in(millimeter), turned.bottom.in(millimeter), turned.width.in(millimeter),
+       turned.height.in(millimeter), turned.angle.degrees});
+  EXPECT_EQ(same.left, upright.left.in(millimeter));
+  EXPECT_EQ(same.width, upright.width.in(millimeter));
+  EXPECT_NEAR(pictures.fit(photo, room, jtpdf::Fit::exact).height.in(millimeter), 60, 1e-9);
+  // "shrink" goes by the size that the picture has by itself: 96 dots per inch, where none is said.
+  const jtpdf::Box wide = {{}, {}, 9 * jtpdf::inch, 9000 * jtpdf::inch};
+  const double own = pictures.lay_out(photo).page.width.in(jtpdf::inch);
+  EXPECT_NEAR(pictures.fit(photo, wide, jtpdf::Fit::shrink).width.in(jtpdf::inch),
+              std::min(9.0, own), 1e-9);
+  for (const jtpdf::Box& none :
+       {jtpdf::Box{{}, {}, {}, 1 * millimeter}, jtpdf::Box{{}, {}, 1 * millimeter, -1 * millimeter},
+        jtpdf::Box{{}, {}, std::nan("") * millimeter, 1 * millimeter}}) {
+    EXPECT_EQ(MessageOf([&] { pictures.fit(photo, none); }),
+              "box: has no room for a picture; its width and height have to be above 0");
+  }
+  EXPECT_EQ(MessageOf([&] { pictures.fit(photo, room, jtpdf::Fit::into, 45); }),
+            "turn: 45 is none of 0, 90, 180, 270 and 360");
+  EXPECT_EQ(MessageOf([&] { pictures.fit(photo, room, static_cast<jtpdf::Fit>(5)); }),
+            "fit: 5 is none of 0 to 4");
+  EXPECT_EQ(MessageOf([&] { pictures.fit(photo, room, {}, {}, 1); }),
+            "has no frame 1; there are 1");
+  doc.discard();
+}
+
 TEST(JtpdfPictureWriter, CountsItsPagesWithThoseOfTheDocument) {
   Document doc = Document::memory();
   PictureWriter pictures(doc);
@@ -256,6 +302,8 @@ TEST(JtpdfPictureInterface, TakesACallbackThatFailsOrLies) {
   EXPECT_EQ(kJTPDFPictureArgument,
             JTPDFLayOutPicture(nullptr, nullptr, 0, nullptr, nullptr, &error));
   EXPECT_STREQ("writer: is null", error.message);
+  EXPECT_EQ(kJTPDFPictureArgument,
+            JTPDFFitPicture(nullptr, nullptr, 0, {0, 0, 1, 1, 0}, 0, 0, nullptr, &error));
   EXPECT_EQ(0u, JTPDFCountPictureFrames(nullptr));
   EXPECT_EQ(nullptr, JTPDFGetPictureNote(nullptr, 0, 0));
   EXPECT_EQ(nullptr, JTPDFOpenPictureFile(nullptr, nullptr, &error));

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace pictures {
 namespace {
@@ -170,6 +173,60 @@ TEST(LayOut, OfASizeWithOneSideTheOtherKeepsTheShape) {
     const PageLayout layout = LayOut(Pixels(96, 192), options);
     EXPECT_DOUBLE_EQ(layout.image.width, 36);
     EXPECT_DOUBLE_EQ(layout.image.height, 72);
+  }
+}
+
+void ExpectBox(const JTPDFRect& box, const JTPDFRect& expected) {
+  EXPECT_NEAR(box.left, expected.left, 1e-9);
+  EXPECT_NEAR(box.bottom, expected.bottom, 1e-9);
+  EXPECT_NEAR(box.width, expected.width, 1e-9);
+  EXPECT_NEAR(box.height, expected.height, 1e-9);
+  EXPECT_NEAR(box.angle, expected.angle, 1e-9);
+}
+
+TEST(FitIntoBox, PutsThePictureInTheMiddleAsTheFitSays) {
+  const JTPDFRect room = {100, 200, 60, 20, 0};
+  LayoutOptions options;
+  const ImagePlan plan = Pixels(96, 48);  // 72 by 36 points
+  ExpectBox(FitIntoBox(plan, room, options), {110, 200, 40, 20, 0});
+  options.fit = Fit::kFill;
+  ExpectBox(FitIntoBox(plan, room, options), {100, 195, 60, 30, 0});
+  options.fit = Fit::kExact;
+  ExpectBox(FitIntoBox(plan, room, options), room);
+  options.fit = Fit::kShrink;
+  ExpectBox(FitIntoBox(plan, {0, 0, 100, 100, 0}, options), {14, 32, 72, 36, 0});
+}
+
+TEST(FitIntoBox, TurnsThePictureWithinTheBoxAndWithIt) {
+  const JTPDFRect room = {100, 200, 60, 20, 10};
+  LayoutOptions options;
+  ImagePlan plan = Pixels(48, 96);
+  plan.orientation = 5;  // mirrored, and upright twice as wide as high
+  ExpectBox(FitIntoBox(plan, room, options), {140, 190, -20, 40, 100});
+  ExpectBox(UprightBox(FitIntoBox(plan, room, options)), {110, 200, 40, 20, 10});
+  options.turn = 0;
+  ExpectBox(FitIntoBox(plan, room, options), {125, 200, 10, 20, 10});
+}
+
+TEST(UprightBox, CoversTheSameArea) {
+  const auto corners = [](const JTPDFRect& box) {
+    std::vector<std::pair<double, double>> places;
+    for (const Point corner : {Point{0, 0}, {1, 0}, {0, 1}, {1, 1}}) {
+      const auto [x, y] = Place(box, corner);
+      places.emplace_back(std::round(x * 1e6) / 1e6, std::round(y * 1e6) / 1e6);
+    }
+    std::sort(places.begin(), places.end());
+    return places;
+  };
+  for (const double angle : {0., 30., 45., 46., 90., -90., 135., 180., 269., 270., 450., -1000.}) {
+    for (const double width : {30., -30.}) {
+      const JTPDFRect box = {10, 20, width, -70, angle};
+      const JTPDFRect upright = UprightBox(box);
+      EXPECT_EQ(corners(upright), corners(box)) << angle;
+      EXPECT_GE(upright.width, 0);
+      EXPECT_GE(upright.height, 0);
+      EXPECT_LE(std::abs(upright.angle), 45);
+    }
   }
 }
 

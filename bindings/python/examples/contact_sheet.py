@@ -3,54 +3,34 @@
 
 import pathlib
 import sys
-import zlib
-from typing import List
 
 import jtpdf
-
-WIDTH, HEIGHT, MARGIN, GAP = 210, 297, 12, 8  # millimetres
-COLUMNS, ROWS = 3, 4
-CELL, CAPTION = (WIDTH - 2 * MARGIN - (COLUMNS - 1) * GAP) / COLUMNS, 9
+from PIL import Image, ImageFilter
 
 
-def write_shadow(doc: jtpdf.Document, size: int = 64) -> jtpdf.Image:
-    """Black, and a soft mask that lets it through in the middle and fades towards the edges."""
-    def at(i: int) -> float:
-        return min(1.0, min(i, size - 1 - i) / (size / 8))
-
-    fading = bytes(int(120 * at(x) * at(y)) for y in range(size) for x in range(size))
-    mask = jtpdf.ImageData(zlib.compress(fading), jtpdf.Compression.FLATE, size, size,
-                           color_space=jtpdf.ColorSpace.GRAY)
-    black = jtpdf.ImageData(zlib.compress(b"\0"), jtpdf.Compression.FLATE, 1, 1,
-                            color_space=jtpdf.ColorSpace.GRAY)
-    return doc.write_image_with_alpha(black, mask, role=jtpdf.Role.SHAPE, name="shadow")
-
-
-def draw(doc: jtpdf.Document, source: str, shadow: jtpdf.Image, place: int) -> None:
-    column, row = place % COLUMNS, place // COLUMNS
-    left = MARGIN + column * (CELL + GAP)
-    bottom = HEIGHT - MARGIN - (row + 1) * (CELL + CAPTION) + CAPTION
+def draw(doc: jtpdf.Document, source: str, shadow: jtpdf.Image, cell: jtpdf.Box) -> None:
     with jtpdf.PictureFile(source) as picture:
-        _, box = doc.lay_out_picture(picture, f"{CELL}x{CELL}mm")
-        image = doc.write_picture(picture)
-        throws_shadow = not picture.info().has_alpha  # of a shape that its box is
-    upright = (box.width, box.height) if box.angle % 180 == 0 else (box.height, box.width)
-    width, height = abs(upright[0]), abs(upright[1])
-    if throws_shadow:
-        doc.draw_image(shadow, (left + (CELL - width) / 2 - 0.5, bottom + (CELL - height) / 2 - 3,
-                                width + 3.5, height + 3.5))
-    doc.draw_image(image, jtpdf.Box(left + box.left, bottom + box.bottom, box.width, box.height,
-                                    box.angle))
-    doc.draw_text(pathlib.Path(source).name[:32], left, bottom - 5, 8, color="#444444")
+        place = doc.fit_picture(picture, cell)
+        under = place.upright()
+        if not picture.info().has_alpha:  # a picture of the shape that its box is
+            doc.draw_image(shadow, (under.left, under.bottom - 4, under.width + 4, under.height + 4))
+        doc.draw_image(doc.write_picture(picture), place)
+    doc.draw_text(pathlib.Path(source).name[:32], cell.left, cell.bottom - 5, 8, color="#444444")
 
 
-def write_sheets(target: str, sources: List[str]) -> None:
+def write_sheets(target: str, sources: list[str]) -> None:
+    # Black, and transparent towards its edges.
+    square = Image.new("LA", (128, 128))
+    square.paste((0, 150), (10, 10, 118, 118))
     with jtpdf.Document(target, unit="mm", compress=True) as doc:
-        shadow = write_shadow(doc)
-        for i, source in enumerate(sources):
-            draw(doc, source, shadow, i % (COLUMNS * ROWS))
-            if (i + 1) % (COLUMNS * ROWS) == 0 or i + 1 == len(sources):
-                doc.add_page((0, 0, WIDTH, HEIGHT))
+        blurred = square.filter(ImageFilter.GaussianBlur(5))
+        shadow = doc.write_picture(jtpdf.Picture.from_pillow(blurred))
+        for first in range(0, len(sources), 12):
+            for i, source in enumerate(sources[first:first + 12]):
+                # Cells of 56 mm, with room for captions: 4 rows of 3.
+                row, column = divmod(i, 3)
+                draw(doc, source, shadow, jtpdf.Box(13 + 64 * column, 229 - 68 * row, 56, 56))
+            doc.add_page((0, 0, 210, 297))
 
 
 if __name__ == "__main__":

@@ -11,7 +11,7 @@ import unittest.mock
 from typing import List, Tuple
 
 import jtpdf
-from jtpdf import Document, PictureError, PictureFile, _whole_file
+from jtpdf import Box, Document, PictureError, PictureFile, _whole_file
 
 IMAGES = pathlib.Path(os.environ["JTPDF_IMAGES"])
 PHOTO = IMAGES / "coast.jpg"
@@ -96,6 +96,34 @@ class Pages(unittest.TestCase):
         doc.discard()
         with self.assertRaisesRegex(ValueError, "was discarded"):
             doc.add_picture(PHOTO)
+
+    def test_fit_into_a_box_of_the_canvas(self) -> None:
+        info = jtpdf.probe(PHOTO)
+        high = 60 * info.height / info.width
+        with Document(unit="mm") as doc:
+            with PictureFile(PHOTO) as photo:
+                place = doc.fit_picture(photo, (20, 30, 60, 60))
+                turned = doc.fit_picture(photo, (20, 30, 60, 60, 5), turn=90)
+            exact = doc.fit_picture(PHOTO, Box(1, 2, 3, 4), fit="exact")
+            with self.assertRaisesRegex(ValueError, "box: has no room for a picture"):
+                doc.fit_picture(PHOTO, (0, 0, 0, 1))
+            with self.assertRaisesRegex(ValueError, "fit is 'best', none of into"):
+                doc.fit_picture(PHOTO, (0, 0, 1, 1), fit="best")  # type: ignore[arg-type]
+            with self.assertRaisesRegex(ValueError, "turn: 45 is none of"):
+                doc.fit_picture(PHOTO, (0, 0, 1, 1), turn=45)
+            doc.draw_image(doc.write_picture(PHOTO), place)
+            doc.add_page((0, 0, 100, 100))
+        for value, expected in zip((place.left, place.bottom, place.width, place.height),
+                                   (20, 60 - high / 2, 60, high)):
+            self.assertAlmostEqual(value, expected)
+        self.assertAlmostEqual(exact.width, 3)
+        self.assertAlmostEqual(exact.height, 4)
+        self.assertEqual(turned.angle, 275)
+        upright = turned.upright()
+        self.assertAlmostEqual(upright.height, 60)
+        self.assertAlmostEqual(upright.width, high)
+        self.assertAlmostEqual(upright.bottom, 30)
+        self.assertEqual(upright.angle, 5)
 
     def test_write_picture_takes_files_too(self) -> None:
         with Document() as doc:

@@ -410,6 +410,24 @@ class Document:
         with _picture_files.opened(picture) as opened:
             return self._pictures().lay_out(opened, frame, record)
 
+    def fit_picture(self, picture: PictureSource, box: BoxLike, *, fit: Fit = "into",
+                    turn: int | None = None, frame: int = 0) -> Box:
+        """Where a picture goes in a box of the canvas, for draw_image(): for several on one page.
+
+        It stands in the middle of the box, turned as that is. add_picture() says what fit and turn
+        are. What stands around or beneath the picture goes by upright() of the result.
+
+        >>> with Document("card.pdf", unit="mm") as doc:  # doctest: +SKIP
+        ...     for logo, left in (("ours.png", 10), ("theirs.jpg", 160)):
+        ...         place = doc.fit_picture(logo, (left, 270, 40, 15))
+        ...         doc.fill_rectangle(place.upright().inset(-1, -1), "#eeeeee")
+        ...         doc.draw_image(doc.write_picture(logo), place)
+        ...     page = doc.add_page((0, 0, 210, 297))
+        """
+        room = _arguments.rect(box, "box")
+        with _picture_files.opened(picture) as opened:
+            return self._pictures().fit(opened, frame, room, fit, turn)
+
     def _pictures(self) -> _picture_files.Writer:
         if self._handle is None:
             raise ValueError(f"{self!r} was discarded")

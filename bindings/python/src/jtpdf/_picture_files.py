@@ -187,9 +187,20 @@ class Writer:
                                             ctypes.byref(page), ctypes.byref(layout),
                                             ctypes.byref(failure)) != 0:
             raise_failure(failure, picture.name)
-        sheet, image = (Box(rect.left, rect.bottom, rect.width, rect.height, rect.angle)
-                        for rect in (layout.page, layout.image))
-        return sheet, image
+        return _box(layout.page), _box(layout.image)
+
+    def fit(self, picture: PictureFile, frame: int, into: _native.Rect, fit: Fit,
+            turn: int | None) -> Box:
+        image, failure = _native.Rect(), Failure()
+        if self._library.JTPDFFitPicture(self._pointer, picture.pointer, frame_number(frame), into,
+                                         _fit_number(fit), _turn_number(turn), ctypes.byref(image),
+                                         ctypes.byref(failure)) != 0:
+            raise_failure(failure, picture.name)
+        return _box(image)
+
+
+def _box(rect: _native.Rect) -> Box:
+    return Box(rect.left, rect.bottom, rect.width, rect.height, rect.angle)
 
 
 def frame_number(frame: int) -> int:
@@ -203,10 +214,18 @@ def page_record(page: str | None, image: str | None, border: str | None, fit: Fi
     def measure(text: str | None, what: str) -> bytes | None:
         return None if text is None else _native.text(text, what).encode("utf-8")
 
+    return Page(measure(page, "page"), measure(image, "image"), measure(border, "border"),
+                _fit_number(fit), _turn_number(turn), auto_orient)
+
+
+def _fit_number(fit: Fit) -> int:
     if fit not in _FITS:
         raise ValueError(f"fit is {fit!r}, none of {', '.join(_FITS)}")
-    return Page(measure(page, "page"), measure(image, "image"), measure(border, "border"),
-                _FITS.index(fit), 0 if turn is None else turn or 360, auto_orient)
+    return _FITS.index(fit)
+
+
+def _turn_number(turn: int | None) -> int:
+    return 0 if turn is None else turn or 360
 
 
 @contextlib.contextmanager

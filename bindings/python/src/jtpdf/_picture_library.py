@@ -86,6 +86,9 @@ _PROTOTYPES: dict[str, tuple[Any, ...]] = {  # the result, then the arguments
     "JTPDFLayOutPicture": (
         ctypes.c_int32, _Handle, _Handle, ctypes.c_uint, ctypes.POINTER(Page),
         ctypes.POINTER(Layout), _Failure),
+    "JTPDFFitPicture": (
+        ctypes.c_int32, _Handle, _Handle, ctypes.c_uint, _native.Rect, ctypes.c_int32,
+        ctypes.c_int32, ctypes.POINTER(_native.Rect), _Failure),
 }
 
 

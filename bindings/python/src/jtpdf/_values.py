@@ -69,6 +69,22 @@ class Box:
         return Box(self.left + dx, self.bottom + dy, self.width - 2 * dx, self.height - 2 * dy,
                    self.angle)
 
+    def upright(self) -> Box:
+        """The same area without what mirrors an image or turns it by quarters.
+
+        Its sides aren't negative, and its angle is one from -45 to 45 degrees: what stands around or
+        beneath a picture goes by it.
+
+        >>> Box(10, 20, -30, 40, 90).upright()
+        Box(left=-25.0, bottom=25.0, width=40, height=30, angle=0.0)
+        """
+        angle = math.remainder(self.angle, 90)
+        width, height = abs(self.width), abs(self.height)
+        if round((self.angle - angle) / 90) % 2:
+            width, height = height, width
+        return Box(self.left + (self.width - width) / 2, self.bottom + (self.height - height) / 2,
+                   width, height, angle)
+
 
 @dataclasses.dataclass(frozen=True)
 class Color:
