@@ -65,6 +65,23 @@ struct Note {
   std::string text;
 };
 
+// Parameters of fax data (ISO 32000-1, 7.4.6); its columns and rows are those of the image.
+struct CcittParameters {
+  int k = -1;  // -1: group 4; 0: group 3 by rows; positive: group 3 in two dimensions
+  bool blackIs1 = false;
+  bool byteAligned = false;  // each row begins at a byte
+  bool endOfLine = false;
+  bool endOfBlock = true;
+};
+
+// One strip of TIFF fax data.
+struct FaxStrip {
+  uint64_t offset = 0;
+  uint64_t size = 0;
+  bool turned = false;  // the bits of each byte are in reverse order
+  CcittParameters parameters;
+};
+
 class FilmShelf;
 
 // What the header of a picture says, and so what will be done with it.
@@ -82,10 +99,11 @@ struct ImagePlan {
   Resolution resolution;
   unsigned page = 1;  // of `pages` in this file
   unsigned pages = 1;
-  uint64_t place = 0;                // the decoder's own mark, a TIFF page's offset for one
-  size_t size = 0;                   // passes through: so many bytes from `place` on
-  std::string decodeReason;          // empty: the bytes pass through unchanged
-  uint64_t memory = 0;               // about the most bytes that decoding takes
+  uint64_t place = 0;           // the decoder's own mark, a TIFF page's offset for one
+  size_t size = 0;              // passes through: so many bytes from `place` on
+  std::string decodeReason;     // empty: the bytes pass through unchanged
+  uint64_t memory = 0;          // about the most bytes that decoding takes
+  std::optional<FaxStrip> fax;  // passes through: a TIFF page's, which need not be opened again
   std::shared_ptr<FilmShelf> films;  // of a file's frames; null for one that stands alone
   std::string error;                 // why this page cannot be used, where others of its file can
   std::vector<Note> notes;
@@ -120,15 +138,6 @@ struct DecodedImage {
 
 // How the data of a stored image is encoded.
 enum class Filter { kNone, kFlate, kLzw, kDct, kJpx, kCcitt };
-
-// Parameters of fax data (ISO 32000-1, 7.4.6); its columns and rows are those of the image.
-struct CcittParameters {
-  int k = -1;  // -1: group 4; 0: group 3 by rows; positive: group 3 in two dimensions
-  bool blackIs1 = false;
-  bool byteAligned = false;  // each row begins at a byte
-  bool endOfLine = false;
-  bool endOfBlock = true;
-};
 
 // One image stream, ready for the PDF: its data and all that says how to read it. What is not named
 // has PDF's default.

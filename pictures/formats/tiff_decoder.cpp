@@ -68,6 +68,7 @@ void PlanPage(TiffFile& file, Bytes bytes, const ReadLimits& limits, ImagePlan* 
   } else {  // unless it turns out to be damaged, and then only where it may be
     plan->size = static_cast<size_t>(StoredTiffSize(tiff));
     CheckStored(*plan);
+    plan->fax = FindFax(file, page);
     if (memory <= static_cast<double>(limits.MostBytes())) SetMemory(memory, limits, plan);
   }
   uint16_t orientation = 1;
@@ -134,11 +135,16 @@ TiffPage ReadPlannedPage(TiffFile& file, const ImagePlan& plan) {
   return page;
 }
 
-std::optional<EncodedImage> PassTiffThrough(const ImagePlan& plan, Bytes bytes, int) {
+std::optional<EncodedStream> PlannedStream(const ImagePlan& plan, Bytes bytes) {
+  if (std::optional<EncodedStream> fax = StoredFaxStream(plan, bytes)) return fax;
   TiffFile file(bytes, MostAtOnce(bytes, plan.memory), plan.place);
   const TiffPage page = ReadPlannedPage(file, plan);
-  std::optional<EncodedStream> stream;
-  if (WhyDecodeTiff(file, page, bytes).empty()) stream = StoredTiffStream(file, page, bytes);
+  if (!WhyDecodeTiff(file, page, bytes).empty()) return std::nullopt;
+  return StoredTiffStream(file, page, bytes);
+}
+
+std::optional<EncodedImage> PassTiffThrough(const ImagePlan& plan, Bytes bytes, int) {
+  std::optional<EncodedStream> stream = PlannedStream(plan, bytes);
   if (!stream) return std::nullopt;
   EncodedImage image;
   image.pixels = std::move(*stream);

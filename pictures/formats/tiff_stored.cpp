@@ -88,24 +88,16 @@ std::string WhyDecodeFax(TIFF* tiff, const TiffPage& page, Bytes strip) {
   return {};
 }
 
-void DescribeFax(TIFF* tiff, const TiffPage& page, EncodedStream* stream) {
+// Whether it is of group 4 and whole, as far as that can be told without decoding it: it has no
+// redundancy but its end, which a strip that is cut off lacks. With it the data is taken as it is,
+// as JPEG is. Decoding it would take a hundred times as long.
+bool DescribeFax(const FaxStrip& fax, Bytes bytes, EncodedStream* stream) {
   stream->filter = Filter::kCcitt;
-  CcittParameters& fax = stream->ccitt;
-  // A white run stands for zeros, and these mean black here.
-  fax.blackIs1 = page.photometric == PHOTOMETRIC_MINISBLACK;
-  fax.byteAligned = page.compression == COMPRESSION_CCITTRLE;
-  fax.endOfBlock = false;
-  if (page.compression == COMPRESSION_CCITTFAX4) {
-    fax.k = -1;
-  } else if (page.compression == COMPRESSION_CCITTFAX3) {
-    fax.k = (Field32(tiff, TIFFTAG_GROUP3OPTIONS) & GROUP3OPT_2DENCODING) != 0 ? 1 : 0;
-    fax.endOfLine = true;
-  } else {
-    fax.k = 0;
-  }
-  if (Field16(tiff, TIFFTAG_FILLORDER) == FILLORDER_LSB2MSB) {
-    stream->Own(TurnBits(stream->pieces[0]));
-  }
+  stream->ccitt = fax.parameters;
+  stream->pieces = {Slice(bytes, fax.offset, fax.size)};
+  if (fax.turned) stream->Own(TurnBits(stream->pieces[0]));
+  stream->ccitt.endOfBlock = fax.parameters.k < 0 && EndsAsGroup4(stream->pieces[0]);
+  return stream->ccitt.endOfBlock;
 }
 
 // ---- JPEG ------------------------------------------------------------------------------------
@@ -190,18 +182,13 @@ bool RowsAreWhole(TiffFile& file, const TiffPage& page) {
   return file.TakeWarning().empty();
 }
 
-// Group 4 has no redundancy but its end, which a strip that is cut off lacks: with it the data is
-// taken as it is, as JPEG is. Decoding it would take a hundred times as long.
 bool IsWhole(TiffFile& file, const TiffPage& page, EncodedStream* stream) {
   if (stream->filter == Filter::kDct) return true;
   if (stream->filter == Filter::kFlate) {
     const uint64_t size = TIFFScanlineSize64(file.Get()) * page.height;
     return InflatedSize(stream->pieces, 2 * size + 65536).value_or(0) >= size;
   }
-  if (stream->filter == Filter::kCcitt && stream->ccitt.k < 0) {
-    stream->ccitt.endOfBlock = EndsAsGroup4(stream->pieces[0]);
-    if (stream->ccitt.endOfBlock) return true;
-  }
+  if (stream->filter == Filter::kCcitt && stream->ccitt.endOfBlock) return true;
   return RowsAreWhole(file, page);
 }
 
@@ -223,6 +210,38 @@ std::string WhyDecodeTiff(TiffFile& file, const TiffPage& page, Bytes bytes) {
   return page.IsFax() ? WhyDecodeFax(tiff, page, strip) : WhyDecodePacked(tiff, page, strip);
 }
 
+std::optional<FaxStrip> FindFax(TiffFile& file, const TiffPage& page) {
+  if (!page.IsFax()) return std::nullopt;
+  TIFF* tiff = file.Get();
+  FaxStrip fax;
+  fax.offset = TIFFGetStrileOffset(tiff, 0);
+  fax.size = TIFFGetStrileByteCount(tiff, 0);
+  fax.turned = Field16(tiff, TIFFTAG_FILLORDER) == FILLORDER_LSB2MSB;
+  // A white run stands for zeros, and these mean black here.
+  fax.parameters.blackIs1 = page.photometric == PHOTOMETRIC_MINISBLACK;
+  fax.parameters.byteAligned = page.compression == COMPRESSION_CCITTRLE;
+  if (page.compression == COMPRESSION_CCITTFAX4) {
+    fax.parameters.k = -1;
+  } else if (page.compression == COMPRESSION_CCITTFAX3) {
+    const bool both = (Field32(tiff, TIFFTAG_GROUP3OPTIONS) & GROUP3OPT_2DENCODING) != 0;
+    fax.parameters.k = both ? 1 : 0;
+    fax.parameters.endOfLine = true;
+  } else {
+    fax.parameters.k = 0;
+  }
+  return fax;
+}
+
+std::optional<EncodedStream> StoredFaxStream(const ImagePlan& plan, Bytes bytes) {
+  EncodedStream stream;
+  stream.width = plan.width;
+  stream.height = plan.height;
+  stream.bits = plan.depth;
+  stream.colour = plan.colour;
+  if (!plan.fax || !DescribeFax(*plan.fax, bytes, &stream)) return std::nullopt;
+  return stream;
+}
+
 uint64_t StoredTiffSize(TIFF* tiff) {
   uint64_t size = 0;
   const uint32_t count = TIFFNumberOfStrips(tiff);
@@ -238,9 +257,11 @@ std::optional<EncodedStream> StoredTiffStream(TiffFile& file, const TiffPage& pa
   stream.colour = page.colour;
   if (page.compression == COMPRESSION_JPEG) {
     DescribeJpeg(file.Get(), page, bytes, &stream);
+  } else if (const std::optional<FaxStrip> fax = FindFax(file, page)) {
+    DescribeFax(*fax, bytes, &stream);
   } else {
     stream.pieces = {Strip(file.Get(), 0, bytes)};
-    page.IsFax() ? DescribeFax(file.Get(), page, &stream) : DescribePacked(file, page, &stream);
+    DescribePacked(file, page, &stream);
   }
   // Fax data says by its codes what is black.
   if (page.photometric == PHOTOMETRIC_MINISWHITE && !page.IsFax()) stream.decode = {1, 0};

@@ -17,6 +17,12 @@ namespace pictures {
 // alone.
 std::string WhyDecodeTiff(TiffFile& file, const TiffPage& page, Bytes bytes);
 
+// Where the file's current page, which passes through, has fax data; nothing for other data.
+std::optional<FaxStrip> FindFax(TiffFile& file, const TiffPage& page);
+
+// The page of such a plan where that tells all there is to know: group 4 that is whole by its end.
+std::optional<EncodedStream> StoredFaxStream(const ImagePlan& plan, Bytes bytes);
+
 // The bytes of all its strips.
 uint64_t StoredTiffSize(TIFF* tiff);
 

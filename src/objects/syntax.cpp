@@ -18,7 +18,21 @@ bool IsSpace(char c) {
 }
 
 bool IsDelimiter(char c) {
-  return std::string_view("()<>[]{}/%").find(c) != std::string_view::npos;
+  switch (c) {
+    case '(':
+    case ')':
+    case '<':
+    case '>':
+    case '[':
+    case ']':
+    case '{':
+    case '}':
+    case '/':
+    case '%':
+      return true;
+    default:
+      return false;
+  }
 }
 
 bool IsRegular(char c) {

@@ -71,6 +71,8 @@ class Fax(Stored):
                 path = self.tiffcp(self.source, "-c", kind, *self.all_rows)
                 self.assertEqual(self.data_of(self.check_exactly(path, "ccitt")),
                                  self.strips(path)[0])
+                ends = self.get("out.pdf").count(b"/EndOfBlock true")
+                self.assertEqual(ends, kind == "g4")  # whose end was seen
 
     def test_bits_in_reverse_order_are_turned(self):
         for kind in "g3:1d", "g3:2d", "g4":
