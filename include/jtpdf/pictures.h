@@ -25,7 +25,8 @@
  *    abort comes out of any function, whatever the bytes of a picture are.
  * 3. After a failure of a picture the document is as it was, and other pictures can be written.
  *    After kJTPDFPictureDocument it is as the library's own failures leave it.
- * 4. Texts are UTF-8. Frames are the pictures of one file, pages of a TIFF file for one: from 0.
+ * 4. Texts are UTF-8. Frames are the pictures of one file, counted from 0: the pages of a TIFF
+ * file, and of other files one, or with allFrames all that they have, each as it is seen.
  * 5. Threads. A picture is used by one thread at a time, and so is a writer with its document;
  *    different ones by different threads at once.
  * 6. Interface version 0: until it is 1, a new release may change these functions and records, and
@@ -65,10 +66,12 @@ typedef struct JTPDFPictureError {
   char message[1016];
 } JTPDFPictureError;
 
-/* What a picture may take; 0 stands for the usual bound. */
+/* What a picture may take, and what is taken of it; a record of zeros stands for what is usual. */
 typedef struct JTPDFPictureLimits {
   uint64_t maxPixels; /* of a frame, and four bytes of memory for each; usually 500,000,000 */
   uint64_t maxBytes;  /* of a file or what a callback gives; usually 4 GiB */
+  bool allFrames;     /* also the frames of animations (GIF, WebP, PNG, JPEG XL) and the further
+                       * pictures of JPEG and HEIF files, of which else the first alone is taken */
 } JTPDFPictureLimits;
 
 /* ---- Opening ------------------------------------------------------------------------------- */

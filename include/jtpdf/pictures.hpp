@@ -68,10 +68,11 @@ struct PictureStream {
 
 }  // namespace detail
 
-// What a picture may take; 0 stands for the usual bound.
+// What a picture may take, where 0 stands for the usual bound, and what is taken of it.
 struct PictureLimits {
   std::uint64_t max_pixels = 0;
   std::uint64_t max_bytes = 0;
+  bool all_frames = false;  // of animations, too, and all pictures of JPEG and HEIF files
 };
 
 // What is known of a frame from its header; the texts live as long as the picture. pictures.h says
@@ -115,7 +116,8 @@ class Picture {
         limits);
   }
 
-  // How many pictures the file holds, the pages of a TIFF file for one.
+  // How many pictures of the file there are: the pages of a TIFF file, else one, or with all_frames
+  // all that it has.
   unsigned frames() const noexcept { return JTPDFCountPictureFrames(handle()); }
 
   PictureInfo info(unsigned frame = 0) const {
@@ -148,7 +150,7 @@ class Picture {
 
   template <typename Open>
   static Picture opened(const Open& open, const PictureLimits& limits) {
-    const JTPDFPictureLimits bounds = {limits.max_pixels, limits.max_bytes};
+    const JTPDFPictureLimits bounds = {limits.max_pixels, limits.max_bytes, limits.all_frames};
     JTPDFPictureError error;
     JTPDFPicture* const picture = open(&bounds, &error);
     if (picture == nullptr) detail::throw_picture_error(error);

@@ -87,6 +87,7 @@ void ReadHeaders(const JTPDFPictureLimits* limits, JTPDFPicture* picture) {
     throw ImageError("is empty; it holds no picture, copy or save it again");
   }
   if (limits != nullptr && limits->maxPixels != 0) picture->limits.maxPixels = limits->maxPixels;
+  if (limits != nullptr) picture->limits.allFrames = limits->allFrames;
   const Bytes head = picture->bytes.first(std::min(picture->bytes.size(), kRecognisedBytes));
   picture->frames = RecogniseOrThrow(head).plan(picture->bytes, picture->limits);
   if (picture->frames.size() == 1 && !picture->frames[0].error.empty()) {

@@ -64,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                                  chosen[3] % 6,
                                  90 * (chosen[3] / 8 % 6),
                                  chosen[3] >= 128};
-  const JTPDFPictureLimits limits = {1 << 18, 1 << 20};
+  const JTPDFPictureLimits limits = {1 << 18, 1 << 20, chosen[2] >= 128};
   JTPDFPictureError error;
   Reader reader{data + 4, size - 4, size_t{1} + chosen[2]};
   JTPDFPicture* picture = chosen[1] < 128

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -95,6 +96,82 @@ TEST(JtpdfPicture, IsTheSameFromAFileMemoryAndAStream) {
   EXPECT_EQ(documents[0], documents[2]);
   EXPECT_EQ(Count(documents[0], "/SMask "), 2u) << "of the image and of the graphics state";
 }
+
+struct Film {
+  const char* file;
+  unsigned frames;
+};
+
+void PrintTo(const Film& film, std::ostream* to) {
+  *to << film.file;
+}
+
+class JtpdfFilm : public testing::TestWithParam<Film> {
+ protected:
+  const std::string path_ = std::string(JTPDF_FILMS) + GetParam().file;
+};
+
+INSTANTIATE_TEST_SUITE_P(All, JtpdfFilm,
+                         testing::Values(Film{"/gif/film-0", 3}, Film{"/gif/film-2", 3},
+                                         Film{"/gif/film-3", 3}, Film{"/webp/film", 2},
+                                         Film{"/png/animation-over", 3},
+                                         Film{"/jpeg/two-pictures", 2}));
+
+// The data of the images, masks included.
+std::vector<std::string> ImagesIn(const std::string& pdf) {
+  std::vector<std::string> images;
+  const std::string begin = ">>\r\nstream\r\n";
+  size_t end = 0;
+  for (size_t at = pdf.find(begin); at != std::string::npos; at = pdf.find(begin, end)) {
+    const std::string head = pdf.substr(end, at - end);
+    end = pdf.find("\r\nendstream", at);
+    if (Count(head, "/Subtype /Image") > 0) images.push_back(pdf.substr(at, end - at));
+  }
+  return images;
+}
+
+TEST_P(JtpdfFilm, HasOneFrameUnlessAllAreAskedFor) {
+  const Picture first = Picture::file(path_);
+  EXPECT_EQ(first.frames(), 1u);
+  ASSERT_FALSE(first.notes().empty());
+  jtpdf::PictureLimits limits;
+  limits.all_frames = true;
+  EXPECT_EQ(Picture::file(path_, limits).frames(), GetParam().frames);
+  const std::string bytes = ReadFile(path_);
+  EXPECT_EQ(Picture::memory(bytes, limits).frames(), GetParam().frames);
+  std::istringstream stream(bytes);
+  EXPECT_EQ(Picture::stream(stream, limits).frames(), GetParam().frames);
+}
+
+#ifdef JTPDF_COMMAND
+TEST_P(JtpdfFilm, HasTheFramesThatTheCommandMakes) {
+  FILE* const pipe =
+      popen(("'" JTPDF_COMMAND "' --quiet --all-frames '" + path_ + "'").c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string made;
+  char piece[4096];
+  while (const size_t count = fread(piece, 1, sizeof piece, pipe)) made.append(piece, count);
+  ASSERT_EQ(pclose(pipe), 0);
+  const std::vector<std::string> expected = ImagesIn(made);
+  ASSERT_GE(expected.size(), GetParam().frames);
+
+  const Picture film = Picture::file(path_, {0, 0, true});
+  Document doc = Document::memory();
+  PictureWriter pictures(doc);
+  for (unsigned frame = 0; frame < film.frames(); ++frame) pictures.add_page(film, {}, frame);
+  EXPECT_EQ(ImagesIn(FileOf(doc)), expected);
+
+  // In another order, too.
+  Document backwards = Document::memory();
+  PictureWriter again(backwards);
+  for (unsigned frame = film.frames(); frame > 0; --frame) again.write(film, frame - 1);
+  std::vector<std::string> images = ImagesIn(FileOf(backwards));
+  std::sort(images.begin(), images.end());
+  std::vector<std::string> sorted = expected;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_EQ(images, sorted);
+}
+#endif
 
 TEST(JtpdfPicture, PassesBytesThroughUnchanged) {
   const std::string bytes = ReadFile(kImages + "/coast.jpg");

@@ -8,7 +8,7 @@ import sys
 import tempfile
 import unittest
 import unittest.mock
-from typing import List, Tuple
+from typing import List, Tuple, Union
 
 import jtpdf
 from jtpdf import Box, Document, PictureError, PictureFile, _whole_file
@@ -16,6 +16,9 @@ from jtpdf import Box, Document, PictureError, PictureFile, _whole_file
 IMAGES = pathlib.Path(os.environ["JTPDF_IMAGES"])
 PHOTO = IMAGES / "coast.jpg"
 BALLOON = IMAGES / "balloon-rgba.png"
+CORPUS = IMAGES.parent.parent / "pictures" / "fuzz" / "corpus"
+FILM = CORPUS / "gif" / "film-2"
+PAGES = CORPUS / "tiff" / "pages"
 
 
 class Probe(unittest.TestCase):
@@ -57,6 +60,17 @@ class Probe(unittest.TestCase):
             PictureFile(PHOTO, max_pixels=100)
         with self.assertRaises(TypeError):
             jtpdf.probe(7)  # type: ignore[arg-type]
+
+    def test_tells_of_the_frames_that_are_asked_for(self) -> None:
+        sources: Tuple[Union[pathlib.Path, bytes], ...] = (FILM, FILM.read_bytes())
+        for source in sources:
+            with PictureFile(source) as first, PictureFile(source, all_frames=True) as film:
+                self.assertEqual((first.frames, film.frames), (1, 3))
+                self.assertEqual(first.info().notes, ("only the first of its 3 frames was used",))
+                self.assertEqual(film.info(2).notes, ())
+                self.assertEqual(jtpdf.probe(film, frame=2).frame, 2)
+                with self.assertRaisesRegex(ValueError, "has no frame 1; there are 1"):
+                    first.info(1)
 
     def test_gives_the_bytes_free(self) -> None:
         data = bytearray(BALLOON.read_bytes())
@@ -164,6 +178,25 @@ class PicturesToPdf(unittest.TestCase):
         stream = io.BytesIO()
         jtpdf.pictures_to_pdf([PHOTO], stream)
         self.assertTrue(stream.getvalue().startswith(b"%PDF-1.5"))
+
+    def test_takes_the_frames_that_are_asked_for(self) -> None:
+        def made(source: pathlib.Path, all_frames: bool, first_frame_only: bool) -> bytes:
+            stream = io.BytesIO()
+            jtpdf.pictures_to_pdf([source], stream, all_frames=all_frames,
+                                  first_frame_only=first_frame_only)
+            return stream.getvalue()
+
+        for source, frames, usually in ((FILM, 3, 1), (PAGES, 2, 2)):
+            for all_frames, expected in ((False, usually), (True, frames)):
+                pdf = made(source, all_frames, False)
+                self.assertEqual(pdf.count(b"/Type /Page\r\n"), expected)
+                pdf = made(source, all_frames, True)
+                self.assertEqual(pdf.count(b"/Type /Page\r\n"), 1)
+        each = io.BytesIO()
+        with PictureFile(FILM, all_frames=True) as film, Document(each) as doc:
+            for frame in range(film.frames):
+                doc.add_picture(film, frame=frame)
+        self.assertEqual(each.getvalue(), made(FILM, True, False))
 
     def test_leaves_what_was_there_where_something_fails(self) -> None:
         output = self.folder / "album.pdf"

@@ -54,7 +54,7 @@ class PictureInfo:
     resolution: tuple[float, float] | None  #: dots per inch, where the file says
     orientation: int  #: as EXIF counts, 1 to 8
     frame: int
-    frames: int  #: how many pictures the file holds
+    frames: int  #: how many there are, of an animation one unless all are asked for
     stored_as_it_is: bool
     reason: str  #: why it is decoded, where it is
     memory: int  #: about the most bytes that decoding takes
@@ -64,6 +64,10 @@ class PictureInfo:
 
 class PictureFile:
     """A picture that is open, to be asked and used more than once.
+
+    Its frames are the pages of a TIFF file. Of any other file there is one, or with all_frames all
+    that it has: those of an animation, each as it is seen, and the further pictures of JPEG and HEIF
+    files. A picture of more than max_pixels or max_bytes is refused; 0 stands for the usual bounds.
 
     >>> import jtpdf
     >>> portable = bytes.fromhex("89504e470d0a1a0a0000000d4948445200000001000000010800000000"
@@ -75,11 +79,12 @@ class PictureFile:
 
     _pointer: int | None = None
 
-    def __init__(self, source: PictureSource, *, max_pixels: int = 0, max_bytes: int = 0) -> None:
+    def __init__(self, source: PictureSource, *, max_pixels: int = 0, max_bytes: int = 0,
+                 all_frames: bool = False) -> None:
         self._library = library()
         self._memory: _native.Borrowed | None = None
         self._owned: object = None  # the picture that this is another view of
-        failure, limits = Failure(), Limits(max_pixels, max_bytes)
+        failure, limits = Failure(), Limits(max_pixels, max_bytes, all_frames)
         if isinstance(source, PictureFile):
             raise TypeError("source is a PictureFile already")
         if isinstance(source, (str, os.PathLike)):
@@ -130,7 +135,7 @@ class PictureFile:
 
     @property
     def frames(self) -> int:
-        """How many pictures the file holds, the pages of a TIFF file for one."""
+        """How many frames there are."""
         return int(self._library.JTPDFCountPictureFrames(self.pointer))
 
     def info(self, frame: int = 0) -> PictureInfo:
@@ -229,12 +234,12 @@ def _turn_number(turn: int | None) -> int:
 
 
 @contextlib.contextmanager
-def opened(source: PictureSource) -> Any:
+def opened(source: PictureSource, *, all_frames: bool = False) -> Any:
     """The picture: one that is open already stays so."""
     if isinstance(source, PictureFile):
         yield source
     else:
-        with PictureFile(source) as picture:
+        with PictureFile(source, all_frames=all_frames) as picture:
             yield picture
 
 

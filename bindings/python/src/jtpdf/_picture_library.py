@@ -34,7 +34,8 @@ class Failure(ctypes.Structure):
 
 
 class Limits(ctypes.Structure):
-    _fields_ = [("max_pixels", ctypes.c_uint64), ("max_bytes", ctypes.c_uint64)]
+    _fields_ = [("max_pixels", ctypes.c_uint64), ("max_bytes", ctypes.c_uint64),
+                ("all_frames", ctypes.c_bool)]
 
 
 class Info(ctypes.Structure):

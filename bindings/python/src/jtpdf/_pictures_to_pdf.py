@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Callable, Iterator, Sequence, Union
 
 from ._document import Document
 from ._output import Writable
-from ._picture_files import PictureFile, opened
+from ._picture_files import opened
 from ._whole_file import whole_file
 
 if TYPE_CHECKING:
@@ -20,15 +20,16 @@ if TYPE_CHECKING:
 def pictures_to_pdf(inputs: Sequence[PictureSource], output: StrOrBytesPath | Writable, *,
                     page: str | None = None, image: str | None = None, border: str | None = None,
                     fit: Fit = "into", turn: int | None = None, auto_orient: bool = False,
-                    all_frames: bool = True, title: str = "", author: str = "", optimize: bool = False,
+                    all_frames: bool = False, first_frame_only: bool = False, title: str = "",
+                    author: str = "", optimize: bool = False,
                     progress: Callable[[int, int], object] | None = None) -> int:
     """Makes a PDF with a page for each picture, and returns how many pages it has.
 
     Document.add_picture() says what page, image, border, fit, turn and auto_orient are, and Document
-    what optimize is. Of a file with several pictures, such as the pages of a TIFF file, each becomes a
-    page, or with all_frames=False the first alone. progress is called with the number of inputs that
-    are done and of all. The output appears when it is whole: where something fails, what was there
-    stays.
+    what optimize is. Each page of a TIFF file becomes one, or with first_frame_only the first alone;
+    with all_frames so does each frame that a PictureFile has with it. progress is called with the
+    number of inputs that are done and of all. The output appears when it is whole: where something
+    fails, what was there stays.
 
     >>> pictures_to_pdf(["one.jpg", "two.png"], "album.pdf", page="A4", border="1cm",
     ...                 progress=lambda done, total: print(f"{done} of {total}"))  # doctest: +SKIP
@@ -42,8 +43,8 @@ def pictures_to_pdf(inputs: Sequence[PictureSource], output: StrOrBytesPath | Wr
         if title:
             doc.set_info("Title", title)
         for done, source in enumerate(inputs, 1):
-            with opened(source) as picture:
-                for frame in _frames(picture, all_frames):
+            with opened(source, all_frames=all_frames) as picture:
+                for frame in range(1 if first_frame_only else picture.frames):
                     doc.add_picture(picture, page, image=image, border=border, fit=fit, turn=turn,
                                     auto_orient=auto_orient, frame=frame)
             if progress is not None:
@@ -52,10 +53,6 @@ def pictures_to_pdf(inputs: Sequence[PictureSource], output: StrOrBytesPath | Wr
         if pages == 0:
             raise ValueError("inputs are none; a PDF has at least one page")
     return pages
-
-
-def _frames(picture: PictureFile, all_frames: bool) -> range:
-    return range(picture.frames if all_frames else 1)
 
 
 @contextlib.contextmanager
