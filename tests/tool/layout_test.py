@@ -80,15 +80,20 @@ class Layout(JtpdfTest):
     def test_resolution_comes_from_each_format(self):
         picture = blocks(10, 10)
         size = picture.width * 72 / 150
+        per_centimetre = bytearray(jpeg_bytes(picture, dpi=(59, 59)))
+        self.assertEqual(per_centimetre[13], 1)  # per inch
+        per_centimetre[13] = 2
         paths = [self.save(picture, "jfif.jpg", dpi=(150, 150)),
+                 self.put(bytes(per_centimetre), "cm.jpg"),
                  self.put(jpeg_with(jpeg_bytes(picture)[:2] + jpeg_bytes(picture)[20:],
                                     jpeg_segment(0xE1, b"Exif\0\0" + exif(dpi=150))), "exif.jpg"),
                  self.save(picture, "phys.png", dpi=(150, 150)),
                  self.save(picture, "a.tif", dpi=(150, 150)),
                  self.save(picture, "a.webp", exif=b"Exif\0\0" + exif(dpi=150), lossless=True)]
         for path, box in zip(paths, page_boxes(self.convert(*paths))):
-            self.assertAlmostEqual(box[0], size, 2, path)
-            self.assertAlmostEqual(box[1], size, 2, path)
+            exact = size * 150 / (59 * 2.54) if path.endswith("cm.jpg") else size
+            self.assertAlmostEqual(box[0], exact, 2, path)
+            self.assertAlmostEqual(box[1], exact, 2, path)
 
     def test_unlike_resolutions_keep_the_pixels_shape(self):
         path = self.save(blocks(10, 10), "a.tif", tiffinfo={282: 200.0, 283: 100.0, 296: 2})

@@ -112,6 +112,13 @@ class Jpeg(JtpdfTest):
         pdf = self.convert(self.put(data, "rgb.jpg"))
         self.assertEqual(images(pdf)[0]["enc"], "image")
         self.assertShows(pdf, picture, tolerance=12)
+        frame, scan = (data.index(marker) for marker in (b"\xff\xc0", b"\xff\xda"))
+        for names in b"XGB", b"RXB", b"RGX":  # only all three of them say so
+            other = bytearray(data)
+            for number, name in enumerate(names):
+                other[frame + 10 + 3 * number] = other[scan + 5 + 2 * number] = name
+            pdf = self.convert(self.put(bytes(other), "other.jpg"))
+            self.assertEqual(images(pdf)[0]["enc"], "jpeg")
 
     def test_arithmetic_coding_is_decoded(self):
         picture = blocks()
