@@ -65,6 +65,7 @@ class Canvas extends Made {
   #host;  // what the document lets its canvases do
   #pen;
   #resources = new Map();
+  #isGiven = false;  // whether some of them are the host's
 
   constructor(document, host, box) {
     super(document, undefined);
@@ -86,8 +87,7 @@ class Canvas extends Made {
     width *= mirrorX;
     height *= mirrorY;
     const pen = this.#use();
-    const key = `/XObject/Im${number}`;
-    if (this.#host.compact && !this.#resources.has(key)) this.setResource(key, `${number} 0 R`);
+    if (this.#host.compact) this.#takeImage(number);
     pen.image(number, { x: centreX - width / 2, y: centreY - height / 2, width, height, rotate: angle + box.rotate });
   }
 
@@ -128,9 +128,22 @@ class Canvas extends Made {
   /** A resource of what is drawn: setResource('/Font/F1', '<< /Type /Font … >>'). */
   setResource(key, value) {
     this.#host.require(this, 'setResource');
+    if (!this.#isGiven) for (const own of this.#resources) this.#look(...own);
+    this.#isGiven = true;
+    this.#look(key, value);
+    this.#resources.set(key, value);
+  }
+
+  // A picture's resource, at which the library has to look only beside those of the host's.
+  #takeImage(number) {
+    const key = `/XObject/Im${number}`, value = `${number} 0 R`;
+    if (!this.#isGiven) this.#resources.set(key, value);
+    else if (!this.#resources.has(key)) this.setResource(key, value);
+  }
+
+  #look(key, value) {
     this.#host.call('setResource', (m, at, library) =>
       m.canvas_entry(at, library.text(`/Resources${key}`, 'the key'), library.text(value, 'the value')));
-    this.#resources.set(key, value);
   }
 
   #use() {
@@ -141,7 +154,7 @@ class Canvas extends Made {
   // What a compact pen wrote, and the entries of what it takes.
   static drawnOn(canvas) {
     const resources = [...canvas.#resources].map(([key, value]) => [`/Resources${key}`, value]);
-    return { text: canvas.#pen.text(), resources };
+    return { text: canvas.#pen.text(), resources, isGiven: canvas.#isGiven };
   }
 }
 
@@ -154,7 +167,7 @@ export class PdfPage extends Canvas {
 
 export class PdfForm extends Canvas {}
 
-/** The contents of a canvas of a compact document: { text, resources: [[key, value]] }. */
+/** The contents of a canvas of a compact document: { text, resources: [[key, value]], isGiven }. */
 export const drawnOn = (canvas) => Canvas.drawnOn(canvas);
 
 const boxOf = (o, width, height, call) => ({

@@ -1,5 +1,5 @@
 // What comes out of the platform's streams.
-import { concat } from './source.mjs';
+import { concat } from './bytes.mjs';
 
 /** Up to most bytes of a stream. */
 export async function collect(readable, most = Infinity) {

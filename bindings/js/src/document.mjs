@@ -1,4 +1,5 @@
 // Documents.
+import { bytesOf, concat, sizeOf } from './bytes.mjs';
 import { drawnOn, PdfForm, PdfImage, PdfPage, PdfProfile } from './canvas.mjs';
 import { compressionOf, readEncoded, readIfSmall, roleOf } from './encoded.mjs';
 import { dictionary, filtered, formEntries, imageEntries } from './entries.mjs';
@@ -11,7 +12,7 @@ import { packed } from './pack.mjs';
 import { Several, Sink, toBytes, toStream } from './parts.mjs';
 import { short } from './pens.mjs';
 import { deflated, deflatedNow } from './platform.mjs';
-import { bytesOf, concat, sizeOf, Source } from './source.mjs';
+import { Source } from './source.mjs';
 import { Turns } from './turns.mjs';
 
 const INFO = ['title', 'author', 'subject', 'keywords', 'creator'];
@@ -139,10 +140,8 @@ export class Document {
   }
 
   #begin(canvas) {
-    this.#call('drawing', (m, at) => {
-      m.bounds(at, ...canvas.box);
-      return 0;
-    });
+    if (this.#host.compact) this.#require();
+    else this.#call('drawing', (m, at) => (m.bounds(at, ...canvas.box), 0));
     this.#open = canvas;
   }
 
@@ -165,10 +164,10 @@ export class Document {
   // Contents that are compressed: a page shows its own, a form has its own resources. Where the platform takes
   // its time, they have a number now, and are written at the end.
   #keepContents(canvas) {
-    const { text, resources } = drawnOn(canvas);
+    const { text, resources, isGiven } = drawnOn(canvas);
     const isPage = canvas instanceof PdfPage;
     if (isPage) this.#setPageEntries(resources);
-    this.#call('drawing', (m, at) => (m.clear(at), 0));
+    if (isGiven) this.#call('drawing', (m, at) => (m.clear(at), 0));
     const entries = isPage ? [] : this.#formEntries(canvas.box, resources);
     const plain = encoder.encode(text);
     const smaller = plain.length < LEAST_PACKED ? plain : deflatedNow(plain);
@@ -209,20 +208,20 @@ export class Document {
 
   // ---- Pictures ---------------------------------------------------------------------------------
 
-  async embedJpeg(data, given) {
+  embedJpeg(data, given) {
     return this.#embed('embedJpeg', given, [], () => planJpeg(new Source(data, 'embedJpeg')));
   }
 
-  async embedPng(data, given) {
+  embedPng(data, given) {
     return this.#embed('embedPng', given, ['check'], (o) => planPng(new Source(data, 'embedPng'), o));
   }
 
-  async embedJp2(data, given) {
+  embedJp2(data, given) {
     return this.#embed('embedJp2', given, [], () => planJp2(new Source(data, 'embedJp2')));
   }
 
   /** Of any kind that the platform decodes, by what the data is. */
-  async embedImage(data, given) {
+  embedImage(data, given) {
     return this.#embed('embedImage', given, ['frame', 'check'], (o) => planAny(data, 'embedImage', o));
   }
 
@@ -231,7 +230,7 @@ export class Document {
     if (o.orientation !== undefined) whole(o.orientation, `${call}: orientation`, 1, 8);
     return this.#inTurn(async () => {
       const picture = await plan(o);
-      for (const stream of [picture, picture.alpha]) if (stream) await readSmall(stream);
+      for (const stream of [picture, picture.alpha]) if (stream && isToRead(stream)) await readWhole(stream);
       return { picture, profile: picture.profile && await deflated(picture.profile) };
     }, ({ picture, profile }) => {
       const base = picture.profile && `${this.#profile(picture.profile, profile)} 0 R`;
@@ -243,7 +242,7 @@ export class Document {
   }
 
   // Data is read side by side, for a few calls ahead, and written in the order of the calls.
-  async #inTurn(read, write) {
+  #inTurn(read, write) {
     this.#require();
     const ifUsable = (body) => (data) => {
       this.#require();
@@ -425,8 +424,10 @@ export class Document {
 
 if (Symbol.dispose) Document.prototype[Symbol.dispose] = Document.prototype.dispose;
 
-async function readSmall(stream) {
-  if (!isSmall(new Several(stream.parts))) return;
+// Small data becomes one piece in memory.
+const isToRead = ({ parts }) => !(parts.length === 1 && parts[0] instanceof Uint8Array) && isSmall(new Several(parts));
+
+async function readWhole(stream) {
   stream.parts = [concat(await Promise.all(stream.parts.map(bytesOf)))];
 }
 

@@ -9,12 +9,12 @@ import { deflated } from './platform.mjs';
 import { Source } from './source.mjs';
 
 const DEVICE = { 1: '/DeviceGray', 3: '/DeviceRGB', 4: '/DeviceCMYK' };
-const HEAD = 64;
+const SIGNATURE = 64;  // bytes that tell what a file is
 
 /** Each gives what a document writes of the picture: its facts, the entries of its stream, and the data. */
 export async function planJpeg(source) {
   source.lookAhead();
-  if (!isJpeg(await source.read(0, HEAD))) throw invalid('embedJpeg: this is no JPEG file');
+  if (!isJpeg(await source.read(0, SIGNATURE))) throw invalid('embedJpeg: this is no JPEG file');
   const jpeg = await readJpeg(source);
   const rgb = jpeg.components === 3;
   return {
@@ -31,7 +31,7 @@ export async function planJpeg(source) {
 }
 
 export async function planPng(source, { check = false } = {}) {
-  if (!isPng(await source.read(0, HEAD))) throw invalid('embedPng: this is no PNG file');
+  if (!isPng(await source.read(0, SIGNATURE))) throw invalid('embedPng: this is no PNG file');
   const facts = await readPng(source, check);
   return takesPixels(facts) ? alone(() => planRows(source, facts)) : planRows(source, facts);
 }
@@ -54,7 +54,7 @@ async function planRows(source, facts) {
 }
 
 export async function planJp2(source) {
-  if (!isJp2(await source.read(0, HEAD))) throw invalid('embedJp2: this is no JPEG 2000 file');
+  if (!isJp2(await source.read(0, SIGNATURE))) throw invalid('embedJp2: this is no JPEG 2000 file');
   const facts = await readJp2(source);
   return { facts, filter: '/JPXDecode', bits: 8, space: DEVICE[facts.components], more: [], parts: [source.part()] };
 }
@@ -67,7 +67,7 @@ export async function planAny(data, call, { frame = 0, check = false } = {}) {
   const source = new Source(data, call);
   source.lookAhead();
   if (source.size === 0) throw damaged('the file is empty; copy it again from its source');
-  const head = await source.read(0, HEAD);
+  const head = await source.read(0, SIGNATURE);
   if (frame === 0) {
     if (isJpeg(head)) return planJpeg(source);
     if (isPng(head)) return planPng(source, { check });

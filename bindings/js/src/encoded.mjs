@@ -1,8 +1,9 @@
 // Images whose data is encoded already, as the library takes them.
+import { sizeOf } from './bytes.mjs';
 import { PdfProfile } from './canvas.mjs';
 import { describe, invalid, options, whole } from './errors.mjs';
 import { isSmall } from './library.mjs';
-import { sizeOf, Source } from './source.mjs';
+import { Source } from './source.mjs';
 
 const COMPRESSIONS = { jpeg: 0, lzw: 1, flate: 2, jpeg2000: 3, none: -1 };
 const SPACES = { gray: 0, rgb: 1, cmyk: 2 };

@@ -1,5 +1,5 @@
 // Orientation and resolution of EXIF data (a TIFF directory).
-import { startsWith } from './source.mjs';
+import { startsWith } from './bytes.mjs';
 
 const ORIENTATION = 0x0112, X_RESOLUTION = 0x011a, Y_RESOLUTION = 0x011b, UNIT = 0x0128;
 const SHORT = 3, LONG = 4, RATIONAL = 5;

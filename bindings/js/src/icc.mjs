@@ -1,5 +1,5 @@
 // ICC profiles: whether one can be declared of a picture.
-import { be32 } from './source.mjs';
+import { be32 } from './bytes.mjs';
 
 const CLASSES = ['scnr', 'mntr', 'prtr', 'spac'];  // those that describe pictures
 const signature = (profile, at) => String.fromCharCode(...profile.subarray(at, at + 4));

@@ -1,7 +1,7 @@
 // JPEG 2000: plain grey and RGB files go into the PDF byte for byte.
+import { be16, be32, startsWith } from './bytes.mjs';
 import { cutOff, damaged, unsupported } from './errors.mjs';
 import { known, readExif } from './exif.mjs';
-import { be16, be32, startsWith } from './source.mjs';
 
 const SIGNATURE = '\0\0\0\x0cjP  \r\n\x87\n';
 const CODESTREAM = '\xff\x4f\xff\x51';

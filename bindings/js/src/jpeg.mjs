@@ -1,7 +1,7 @@
 // JPEG: what PDF has to be told of a file that goes into it byte for byte.
+import { be16, concat, startsWith } from './bytes.mjs';
 import { cutOff, damaged, unsupported } from './errors.mjs';
 import { known, readExif } from './exif.mjs';
-import { be16, concat, startsWith } from './source.mjs';
 
 const SOI = 0xd8, EOI = 0xd9, SOS = 0xda, TEM = 0x01, RST0 = 0xd0, RST7 = 0xd7, COM = 0xfe;
 const APP0 = 0xe0, APP1 = 0xe1, APP2 = 0xe2, APP14 = 0xee, APP15 = 0xef;
@@ -54,7 +54,7 @@ function checkKind(frame, depth, components) {
 async function readSegments(source) {
   const facts = { frame: 0, sof: undefined, scan: 0, adobe: false, orientation: 1, chunks: [] };
   for (let at = 2; !facts.scan;) {
-    const mark = await source.read(at, 4);
+    const mark = source.held(at, 4) ?? await source.read(at, 4);
     if (mark.length < 2) throw cutOff();
     if (mark[0] !== 0xff || mark[1] === 0 || mark[1] === 0xff) {
       ++at;
@@ -69,7 +69,7 @@ async function readSegments(source) {
     const isComment = (marker >= APP0 && marker <= APP15) || marker === COM;
     if (size < 2 && !isComment) throw damaged('a JPEG segment without its length; save the picture again');
     const length = Math.max(size, 2);
-    const data = await source.read(at + 2, length - 2);
+    const data = source.held(at + 2, length - 2) ?? await source.read(at + 2, length - 2);
     if (data.length !== length - 2) throw cutOff();
     at += length;
     readSegment(marker, data, facts, at);

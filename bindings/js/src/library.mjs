@@ -1,6 +1,6 @@
 // The WebAssembly module: its memory, its calls, and the bytes that it writes.
+import { sizeOf } from './bytes.mjs';
 import { JtpdfError, invalid } from './errors.mjs';
-import { sizeOf } from './source.mjs';
 
 // Data from this size on is handed on by its address and never read: it stays where it is.
 const UNREAD = 32768;

@@ -1,9 +1,9 @@
 // A finished document in less room: its objects that are no streams go into object streams, and the table of
 // positions is compressed (ISO 32000-1, 7.5.7 and 7.5.8).
+import { concat, sizeOf, startsWith } from './bytes.mjs';
 import { Sink } from './parts.mjs';
 import { deflated } from './platform.mjs';
 import { filteredUp } from './png.mjs';
-import { concat, sizeOf, startsWith } from './source.mjs';
 
 const TOGETHER = 200;  // objects in one object stream; their place in it has one byte
 const TRAILER = /trailer\r\n<<\r\n\/Size (\d+)\r\n([^]*)>>\r\nstartxref\r\n(\d+)\r\n%%EOF\r\n$/;
@@ -46,20 +46,24 @@ class Cursor {
 
   take(size) {
     const pieces = [];
-    for (let left = size; left > 0;) {
-      const part = this.#parts[this.#index], whole = sizeOf(part);
-      const end = Math.min(whole, this.#at + left);
-      pieces.push(end - this.#at === whole ? part : slice(part, this.#at, end));
-      left -= end - this.#at;
-      this.#at = end;
-      if (end === whole) [this.#index, this.#at] = [this.#index + 1, 0];
-    }
+    this.#pass(size, (part, begin, end) => pieces.push(end - begin === sizeOf(part) ? part : slice(part, begin, end)));
     return pieces;
   }
 
   skip(size) {
-    this.take(size);
+    this.#pass(size, () => {});
     return this;
+  }
+
+  #pass(size, visit) {
+    for (let left = size; left > 0;) {
+      const part = this.#parts[this.#index], whole = sizeOf(part), begin = this.#at;
+      const end = Math.min(whole, begin + left);
+      visit(part, begin, end);
+      left -= end - begin;
+      this.#at = end < whole ? end : 0;
+      if (end === whole) ++this.#index;
+    }
   }
 
   text(size) {
@@ -87,8 +91,8 @@ function extents(parts, count, table) {
 function isStream(pieces) {
   if (pieces.some((piece) => !(piece instanceof Uint8Array))) return true;
   const end = 'endstream\r\nendobj\r\n';
-  const last = pieces.slice(-end.length).map((piece) => piece.subarray(-end.length));
-  return startsWith(concat(last).subarray(-end.length), end);
+  const last = pieces.at(-1).length >= end.length ? pieces.at(-1) : concat(pieces);
+  return startsWith(last.subarray(-end.length), end);
 }
 
 // Without "7 0 obj" and "endobj".

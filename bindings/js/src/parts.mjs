@@ -1,6 +1,6 @@
 // The result: pieces in memory and Blobs that nobody has read yet, one behind the other.
+import { bytesOf, sizeOf } from './bytes.mjs';
 import { JtpdfError } from './errors.mjs';
-import { bytesOf, sizeOf } from './source.mjs';
 
 /** What a document writes to. */
 export class Sink {

@@ -55,6 +55,7 @@ export const real = (value) => value.toFixed(4);
 /** A number in as few digits as show a thousandth of a point. */
 export function short(value) {
   if (!(Math.abs(value) < 1e9)) return value.toFixed(4);
+  if (Number.isInteger(value)) return String(value);
   const text = String(Math.round(value * 1000) / 1000);
   return text.startsWith('0.') ? text.slice(1) : text.startsWith('-0.') ? `-${text.slice(2)}` : text;
 }

@@ -10,6 +10,9 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   return compileGiven(await response.arrayBuffer());
 }
 
+/** What is read of a file to begin with: most headers, even those with a thumbnail. */
+export const HEAD = 1 << 16;
+
 /** How many bytes a Blob gives in the time that a question takes, which goes to another process. */
 export const QUESTION = 1 << 18;
 

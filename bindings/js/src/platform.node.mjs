@@ -11,6 +11,9 @@ export async function compile(source = new URL('./jtpdf.wasm', import.meta.url))
   return compileGiven(source);
 }
 
+/** What is read of a file to begin with: most headers are shorter, and each page of memory takes its time. */
+export const HEAD = 1 << 14;
+
 /** How many bytes a Blob gives in the time that a question takes. */
 export const QUESTION = 1 << 15;
 

@@ -1,10 +1,10 @@
 // PNG: its compressed rows are what PDF calls Flate with predictor 15, so they go into the file as
 // they are. Rows with alpha cannot: PDF keeps the alpha in a picture of its own.
+import { be16, be32, startsWith } from './bytes.mjs';
 import { cutOff, damaged } from './errors.mjs';
 import { known, readExif } from './exif.mjs';
 import { inflated } from './inflate.mjs';
 import { QUESTION } from './platform.mjs';
-import { be16, be32, startsWith } from './source.mjs';
 
 const SIGNATURE = '\x89PNG\r\n\x1a\n';
 const GRAY = 0, RGB = 2, PALETTE = 3, GRAY_ALPHA = 4, RGB_ALPHA = 6;

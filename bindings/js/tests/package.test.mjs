@@ -364,6 +364,27 @@ describe('pictures', () => {
     assert.ok(held.includes(Buffer.concat(large)));
   });
 
+  test('of a Blob are the same as in memory, however long their header', async () => {
+    const jpeg = picture('profile.jpg');
+    const comment = (size) => Uint8Array.of(0xff, 0xfe, (size + 2) >> 8, (size + 2) & 255, ...new Uint8Array(size));
+    const save = async (data) => {
+      const doc = await Document.create({ compress: true });
+      const { width, height } = await doc.embedJpeg(data);
+      assert.deepEqual([width, height], [60, 40]);
+      return Buffer.from(await doc.save());
+    };
+    for (const comments of [[], [100], [16200, 300], [20000], [65000, 65000], [...Array(40).fill(4000)]]) {
+      const parts = [jpeg.subarray(0, 2), ...comments.map(comment), jpeg.subarray(2)];
+      for (const scan of [[], [jpeg.subarray(-2), new Uint8Array(80000), jpeg.subarray(-2)]]) {
+        const blob = new Blob([...parts, ...scan]);
+        assert.ok((await save(blob)).equals(await save(await blob.arrayBuffer())), `${comments} and ${blob.size} bytes`);
+      }
+      const cut = new Blob([...parts.slice(0, -1), ...[65000, 65000].map(comment)]);
+      const doc = await Document.create();
+      await assert.rejects(doc.embedJpeg(cut.slice(0, -1)), failsWith('damaged', /cut off/));
+    }
+  });
+
   test('that are damaged are refused in words', async () => {
     const doc = await Document.create();
     const cut = failsWith('damaged', /cut off/);
