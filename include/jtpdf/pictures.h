@@ -25,8 +25,8 @@
  *    abort comes out of any function, whatever the bytes of a picture are.
  * 3. After a failure of a picture the document is as it was, and other pictures can be written.
  *    After kJTPDFPictureDocument it is as the library's own failures leave it.
- * 4. Texts are UTF-8. Frames are the pictures of one file, counted from 0: the pages of a TIFF
- * file, and of other files one, or with allFrames all that they have, each as it is seen.
+ * 4. Texts are UTF-8. Frames are the pictures of one file, from 0: the pages of a TIFF file, and of
+ *    other files one, or with allFrames all that they have, each as it is seen.
  * 5. Threads. A picture is used by one thread at a time, and so is a writer with its document;
  *    different ones by different threads at once.
  * 6. Interface version 0: until it is 1, a new release may change these functions and records, and

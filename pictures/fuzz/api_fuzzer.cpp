@@ -53,6 +53,24 @@ void UseFrame(JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned 
   *pages += result == 0 ? 1 : 0;
 }
 
+// What is fitted into a box stays inside of it, whatever its file says of its shape.
+void FitFrame(const JTPDFPictureWriter* writer, const JTPDFPicture* picture, unsigned frame,
+              const JTPDFPicturePage& page) {
+  constexpr double kWidth = 30, kHeight = 40, kSlack = 1e-6;
+  JTPDFPictureError error;
+  JTPDFRect image;
+  const JTPDFRect box = {1, 2, kWidth, kHeight, 10};
+  const int32_t result =
+      JTPDFFitPicture(writer, picture, frame, box, page.fit, page.turn, &image, &error);
+  RequireTold(result, error);
+  if (result != 0) return;
+  const JTPDFRect upright = JTPDFUprightPicture(image);
+  Require(upright.width >= 0 && upright.height >= 0 && upright.angle <= 45);
+  if (page.fit != kJTPDFPictureInto) return;
+  Require(upright.width <= kWidth + kSlack && upright.height <= kHeight + kSlack);
+  Require(upright.left >= box.left - kSlack && upright.bottom >= box.bottom - kSlack);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -82,7 +100,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       JTPDFCreatePictureWriter(doc, PDFCoordinateUnitMillimeter, level, &error);
   const unsigned frames = std::min(JTPDFCountPictureFrames(picture), 4U);
   int pages = 0;
-  for (unsigned frame = 0; frame < frames; ++frame) UseFrame(writer, picture, frame, page, &pages);
+  for (unsigned frame = 0; frame < frames; ++frame) {
+    UseFrame(writer, picture, frame, page, &pages);
+    FitFrame(writer, picture, frame, page);
+  }
   JTPDFDestroyPictureWriter(writer);
   JTPDFClosePicture(picture);
   Require(FinalizePdfDoc(doc, nullptr) == 0);
