@@ -12,7 +12,7 @@ import { packed } from './pack.mjs';
 import { Several, Sink, toBytes, toStream } from './parts.mjs';
 import { short } from './pens.mjs';
 import { deflated, deflatedNow } from './platform.mjs';
-import { Source } from './source.mjs';
+import { opened, Source } from './source.mjs';
 import { Turns } from './turns.mjs';
 
 const INFO = ['title', 'author', 'subject', 'keywords', 'creator'];
@@ -209,15 +209,15 @@ export class Document {
   // ---- Pictures ---------------------------------------------------------------------------------
 
   embedJpeg(data, given) {
-    return this.#embed('embedJpeg', given, [], () => planJpeg(new Source(data, 'embedJpeg')));
+    return this.#embed('embedJpeg', given, [], async () => planJpeg(await opened(data, 'embedJpeg')));
   }
 
   embedPng(data, given) {
-    return this.#embed('embedPng', given, ['check'], (o) => planPng(new Source(data, 'embedPng'), o));
+    return this.#embed('embedPng', given, ['check'], async (o) => planPng(await opened(data, 'embedPng'), o));
   }
 
   embedJp2(data, given) {
-    return this.#embed('embedJp2', given, [], () => planJp2(new Source(data, 'embedJp2')));
+    return this.#embed('embedJp2', given, [], async () => planJp2(await opened(data, 'embedJp2')));
   }
 
   /** Of any kind that the platform decodes, by what the data is. */

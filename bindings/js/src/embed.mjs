@@ -6,7 +6,7 @@ import { isJp2, readJp2 } from './jp2.mjs';
 import { isJpeg, readJpeg } from './jpeg.mjs';
 import { filteredUp, isPng, packPng, pngProfile, readPng, takesPixels } from './png.mjs';
 import { deflated } from './platform.mjs';
-import { Source } from './source.mjs';
+import { opened } from './source.mjs';
 
 const DEVICE = { 1: '/DeviceGray', 3: '/DeviceRGB', 4: '/DeviceCMYK' };
 const SIGNATURE = 64;  // bytes that tell what a file is
@@ -64,7 +64,7 @@ export async function planAny(data, call, { frame = 0, check = false } = {}) {
   whole(frame, `${call}: frame`, 0, 0x7fffffff);
   if (isPixels(data)) return alone(() => planPixels(data));
   if (isDrawable(data)) return alone(() => planPixels(draw(data)));
-  const source = new Source(data, call);
+  const source = await opened(data, call);
   source.lookAhead();
   if (source.size === 0) throw damaged('the file is empty; copy it again from its source');
   const head = await source.read(0, SIGNATURE);

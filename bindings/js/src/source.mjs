@@ -1,5 +1,6 @@
 // The bytes of a picture, of which only those are read that are asked for.
 import { asBytes, bytesOf } from './bytes.mjs';
+import { collect } from './collect.mjs';
 import { HEAD } from './platform.mjs';
 
 const WINDOW = 65536;
@@ -66,4 +67,21 @@ export class Source {
     if (this.bytes) return this.bytes.subarray(begin, end);
     return begin === 0 && end === this.size ? this.blob : this.blob.slice(begin, end);
   }
+}
+
+let wasSmall = false;  // the file before
+
+/**
+ * A source for data. The size of a File that somebody chose is a question to another process, for which the page has
+ * to wait. Small files come together: behind one the next is read without that question, until it ends.
+ */
+export async function opened(data, call) {
+  const isChosen = typeof File !== 'undefined' && data instanceof File;
+  if (isChosen && wasSmall) {
+    const bytes = await collect(data.stream(), WINDOW + 1).catch(() => NOTHING);  // the other way says why it failed
+    if (bytes.length > 0 && bytes.length <= WINDOW) return new Source(bytes, call);
+  }
+  const source = new Source(data, call);
+  if (isChosen) wasSmall = source.size <= WINDOW;
+  return source;
 }

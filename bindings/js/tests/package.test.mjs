@@ -385,6 +385,38 @@ describe('pictures', () => {
     }
   });
 
+  test('that somebody chose are the same as in memory; behind a small one the size of small ones is not asked', {
+    skip: !globalThis.File && 'Node 18 has no File',
+  }, async () => {
+    let asked = 0;
+    class Chosen extends File {
+      get size() {
+        ++asked;
+        return super.size;
+      }
+    }
+    const chosen = (bytes) => new Chosen([bytes], 'chosen');
+    const small = picture('gray.jpg'), large = Buffer.concat([small.subarray(0, -2), new Uint8Array(80000), small.subarray(-2)]);
+    const save = async (pictures) => {
+      const doc = await Document.create();
+      for (const data of pictures) doc.addPage([60, 40]).drawImage(await doc.embedImage(data));
+      return Buffer.from(await doc.save());
+    };
+    const mixed = [large, small, small, large, picture('rgb.png'), large, large, small];
+    assert.ok((await save(mixed.map(chosen))).equals(await save(mixed)));
+    asked = 0;
+    await save(Array.from({ length: 20 }, () => chosen(small)));
+    assert.equal(asked, 0);
+
+    const doc = await Document.create();
+    await assert.rejects(doc.embedJpeg(chosen(new Uint8Array(0))), failsWith('argument', /no JPEG/));
+    class Gone extends Chosen {
+      stream() { return new ReadableStream({ start: (controller) => controller.error(new TypeError('network error')) }); }
+      arrayBuffer() { return Promise.reject(new DOMException('gone', 'NotReadableError')); }
+    }
+    await assert.rejects(doc.embedJpeg(new Gone([small], 'gone')), { name: 'NotReadableError' });
+  });
+
   test('that are damaged are refused in words', async () => {
     const doc = await Document.create();
     const cut = failsWith('damaged', /cut off/);
