@@ -122,6 +122,15 @@ struct Raster {
   Raster() = default;
   Raster(uint32_t w, uint32_t h, int bitsPerSample, int channelCount)
       : width(w), height(h), bits(bitsPerSample), channels(channelCount), bytes(Stride() * h) {}
+  Raster Copy() const {
+    Raster copy;
+    copy.width = width;
+    copy.height = height;
+    copy.bits = bits;
+    copy.channels = channels;
+    copy.bytes = Buffer::CopyOf(bytes.View());
+    return copy;
+  }
   size_t Stride() const { return (size_t{width} * bits * channels + 7) / 8; }
   uint8_t* Row(uint32_t y) { return bytes.Data() + Stride() * y; }
   const uint8_t* Row(uint32_t y) const { return bytes.Data() + Stride() * y; }

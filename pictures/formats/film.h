@@ -4,6 +4,7 @@
 #define JTPDF_PICTURES_FILM_H
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -37,17 +38,19 @@ class Film {
   uint64_t drawn_ = 0;
 };
 
-// The films of one file between their frames: one for each thread that decodes them.
+// The film of a file between its frames, and further ones where threads ask for them in another
+// order than theirs. One thread at a time draws: what comes behind that, packing, takes longer.
 class FilmShelf {
  public:
   explicit FilmShelf(uint64_t frames) : frames_(frames) {}
 
-  // The film that is nearest to the frame and not past it; null for none. The last frame empties
-  // the shelf: whoever wants all of them asks for them in their order.
-  std::unique_ptr<Film> Take(uint64_t number);
-  void PutBack(std::unique_ptr<Film> film);
+  // Frame `number`, from the film that is nearest to it and not past it, or a new one. Nothing is
+  // kept behind the last frame, until the first is wanted again.
+  DecodedImage Frame(uint64_t number, const std::function<std::unique_ptr<Film>()>& make);
 
  private:
+  std::unique_ptr<Film> TakeNearest(uint64_t number);
+
   const uint64_t frames_;
   std::mutex mutex_;
   std::vector<std::unique_ptr<Film>> films_;
@@ -60,11 +63,8 @@ void ShareFilms(std::vector<ImagePlan>* plans);
 // Decodes frame `number` by a film of that kind, which is made from a plan and a file.
 template <typename FilmOfFormat>
 DecodedImage DecodeFrame(const ImagePlan& plan, Bytes file, uint64_t number) {
-  std::unique_ptr<Film> film = plan.films ? plan.films->Take(number) : nullptr;
-  if (!film) film = std::make_unique<FilmOfFormat>(plan, file);
-  DecodedImage image = film->Frame(number);
-  if (plan.films) plan.films->PutBack(std::move(film));
-  return image;
+  if (!plan.films) return FilmOfFormat(plan, file).Frame(number);
+  return plan.films->Frame(number, [&] { return std::make_unique<FilmOfFormat>(plan, file); });
 }
 
 }  // namespace pictures

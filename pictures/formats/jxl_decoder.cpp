@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "formats/decoder.h"
+#include "formats/film.h"
 #include "formats/jxl_file.h"
 #include "formats/planes.h"
 
@@ -33,12 +34,12 @@ ImagePlan AsJpegPlan(ImagePlan plan) {
   return plan;
 }
 
-// Floats and wide integers, in which libjxl works, beside the result.
-double DecodingMemory(const JxlBasicInfo& info) {
+// Floats and wide integers, in which libjxl works, beside the result, which a film has once more.
+double DecodingMemory(const JxlBasicInfo& info, bool film) {
   const double pixels = static_cast<double>(info.xsize) * info.ysize;
   const double channels = info.num_color_channels + info.num_extra_channels;
   const int bytes = ChannelsOf(info) * (DepthOf(info) / 8);  // of a pixel of the result
-  return pixels * (8 * channels + 2 * bytes);
+  return pixels * (8 * channels + (film ? 3 : 2) * bytes);
 }
 
 std::vector<ImagePlan> PlanJxl(Bytes file, const ReadLimits& limits) {
@@ -49,7 +50,9 @@ std::vector<ImagePlan> PlanJxl(Bytes file, const ReadLimits& limits) {
     throw ImageError("is JPEG XL with inks (CMYK), which is not known here; save it as TIFF");
   }
   ImagePlan plan;
-  SetMemory(DecodingMemory(info), limits, &plan);
+  const bool film = limits.allFrames && facts.frames > 1;
+  const double itsFile = film ? static_cast<double>(file.size()) : 0;
+  SetMemory(DecodingMemory(info, film) + itsFile, limits, &plan);
   if (facts.jpeg) return {PlanJpegOf(ReconstructJpeg(file), limits)};
   plan.format = Format::kJxl;
   plan.width = info.xsize;
@@ -67,14 +70,34 @@ std::vector<ImagePlan> PlanJxl(Bytes file, const ReadLimits& limits) {
     plans.push_back(plan);
   }
   NumberFrames(facts.frames, &plans);
+  if (plans.size() > 1) ShareFilms(&plans);
   return plans;
 }
 
+class JxlFilm : public Film {
+ public:
+  JxlFilm(const ImagePlan& plan, Bytes file)
+      : Film(file),
+        frames_(File()),
+        pixels_(plan.width, plan.height, plan.depth, ChannelsOf(ReadJxlFacts(File()).info)) {}
+
+ private:
+  void DrawNext() override { frames_.DecodeNext(&pixels_); }
+  DecodedImage Seen() const override {
+    const bool alpha = pixels_.channels % 2 == 0;
+    return alpha ? SplitAlpha(pixels_) : DecodedImage{pixels_.Copy(), {}};
+  }
+
+  JxlFrames frames_;
+  Raster pixels_;
+};
+
 DecodedImage DecodeJxl(const ImagePlan& plan, Bytes file, std::vector<Note>* notes) {
+  if (plan.films) return DecodeFrame<JxlFilm>(plan, file, plan.place);
   const JxlFacts facts = ReadJxlFacts(file);
   if (facts.jpeg) return kJpegDecoder.decode(AsJpegPlan(plan), ReconstructJpeg(file).View(), notes);
   Raster pixels(plan.width, plan.height, plan.depth, ChannelsOf(facts.info));
-  DecodeJxlFrame(file, static_cast<unsigned>(plan.place), &pixels);
+  JxlFrames(file).DecodeNext(&pixels);
   if (plan.alpha) return SplitAlpha(pixels);
   return {std::move(pixels), {}};
 }

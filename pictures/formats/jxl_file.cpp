@@ -16,6 +16,8 @@ struct DamagedJxl : Undecodable {
   DamagedJxl() : Undecodable("libjxl finds it damaged") {}
 };
 
+}  // namespace
+
 // A walk through what happens while the file is decoded.
 class JxlEvents {
  public:
@@ -47,6 +49,8 @@ class JxlEvents {
   };
   std::unique_ptr<JxlDecoder, Destroy> decoder_;
 };
+
+namespace {
 
 bool HasInks(JxlDecoder* decoder, const JxlBasicInfo& info) {
   for (uint32_t i = 0; i < info.num_extra_channels; ++i) {
@@ -129,21 +133,22 @@ Buffer ReadJxlProfile(Bytes file) {
   return profile;
 }
 
-void DecodeJxlFrame(Bytes file, unsigned frame, Raster* pixels) {
+JxlFrames::JxlFrames(Bytes file) : events_(new JxlEvents(file, JXL_DEC_FULL_IMAGE)) {}
+JxlFrames::~JxlFrames() = default;
+
+void JxlFrames::DecodeNext(Raster* pixels) {
   const JxlPixelFormat format{static_cast<uint32_t>(pixels->channels),
                               pixels->bits == 8 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16, JXL_BIG_ENDIAN,
                               0};
-  JxlEvents events(file, JXL_DEC_FULL_IMAGE);
-  Jxl().JxlDecoderSkipFrames(events.Get(), frame);
   for (;;) {
-    const JxlDecoderStatus status = events.Next();
+    const JxlDecoderStatus status = events_->Next();
     if (status == JXL_DEC_FULL_IMAGE) return;
     if (status != JXL_DEC_NEED_IMAGE_OUT_BUFFER) throw DamagedJxl();
     size_t size = 0;
-    JxlEvents::Require(Jxl().JxlDecoderImageOutBufferSize(events.Get(), &format, &size));
+    JxlEvents::Require(Jxl().JxlDecoderImageOutBufferSize(events_->Get(), &format, &size));
     if (size != pixels->bytes.Size()) throw DamagedJxl();
     JxlEvents::Require(
-        Jxl().JxlDecoderSetImageOutBuffer(events.Get(), &format, pixels->bytes.Data(), size));
+        Jxl().JxlDecoderSetImageOutBuffer(events_->Get(), &format, pixels->bytes.Data(), size));
   }
 }
 

@@ -6,6 +6,7 @@
 #include <jxl/codestream_header.h>
 
 #include <cstdint>
+#include <memory>
 
 #include "bytes.h"
 #include "formats/exif.h"
@@ -29,9 +30,22 @@ ExifFacts ReadJxlExif(Bytes file);
 // The profile of the pixels that DecodeJxlFrame gives; empty for sRGB and its greys.
 Buffer ReadJxlProfile(Bytes file);
 
-// Decodes a frame, counted from 0, into a raster of the picture's size, stored as it lies there,
-// whose channels are the colours and, where there is one, the opacity.
-void DecodeJxlFrame(Bytes file, unsigned frame, Raster* pixels);
+class JxlEvents;
+
+// Decodes frames, one after the other.
+class JxlFrames {
+ public:
+  // `file` must live as long.
+  explicit JxlFrames(Bytes file);
+  ~JxlFrames();
+
+  // Decodes the next frame into a raster of the picture's size, stored as it lies there, whose
+  // channels are the colours and, where there is one, the opacity.
+  void DecodeNext(Raster* pixels);
+
+ private:
+  std::unique_ptr<JxlEvents> events_;
+};
 
 // The JPEG, byte for byte.
 Buffer ReconstructJpeg(Bytes file);

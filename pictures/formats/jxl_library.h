@@ -37,7 +37,6 @@ struct JxlLibrary {
   JTPDF_JXL_FUNCTION(JxlDecoderSetJPEGBuffer);
   JTPDF_JXL_FUNCTION(JxlDecoderSetKeepOrientation);
   JTPDF_JXL_FUNCTION(JxlDecoderSetUnpremultiplyAlpha);
-  JTPDF_JXL_FUNCTION(JxlDecoderSkipFrames);
   JTPDF_JXL_FUNCTION(JxlDecoderSubscribeEvents);
 };
 

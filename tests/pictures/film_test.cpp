@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
+#include <thread>
 #include <vector>
 
 namespace pictures {
@@ -11,10 +11,15 @@ namespace {
 // Its pictures are as wide as frames have been drawn.
 class CountedFilm : public Film {
  public:
-  CountedFilm(const ImagePlan&, Bytes file) : Film(file) { ++made; }
+  CountedFilm(const ImagePlan&, Bytes file) : Film(file) {
+    ++made;
+    ++living;
+  }
+  ~CountedFilm() override { --living; }
 
   static inline int made = 0;
   static inline int drawn = 0;
+  static inline int living = 0;
 
  private:
   void DrawNext() override {
@@ -30,7 +35,7 @@ class CountedFilm : public Film {
 
 class FilmTest : public testing::Test {
  protected:
-  FilmTest() : plans_(10), file_(10, 0) {
+  FilmTest() : file_(10, 0), plans_(10) {
     CountedFilm::made = CountedFilm::drawn = 0;
     ShareFilms(&plans_);
   }
@@ -40,8 +45,8 @@ class FilmTest : public testing::Test {
     return DecodeFrame<CountedFilm>(plans_[number], Bytes(file), number).pixels.width;
   }
 
-  std::vector<ImagePlan> plans_;
   std::vector<uint8_t> file_;
+  std::vector<ImagePlan> plans_;
 };
 
 TEST_F(FilmTest, EachFrameIsDrawnOnce) {
@@ -68,26 +73,31 @@ TEST_F(FilmTest, AnEarlierFrameBeginsAnew) {
 TEST_F(FilmTest, NothingIsKeptBehindTheLastFrame) {
   EXPECT_EQ(Width(8), 9u);
   EXPECT_EQ(Width(2), 3u);
+  EXPECT_EQ(CountedFilm::living, 2);
   EXPECT_EQ(Width(9), 10u);
   EXPECT_EQ(CountedFilm::drawn, 9 + 3 + 1);
-  EXPECT_EQ(plans_[0].films->Take(9), nullptr);
-}
-
-TEST_F(FilmTest, AFilmThatAnotherThreadHadIsLetGoBehindTheLastFrame) {
-  FilmShelf& shelf = *plans_[0].films;
-  EXPECT_EQ(Width(7), 8u);
-  auto film = shelf.Take(8);
-  ASSERT_NE(film, nullptr);
-  EXPECT_EQ(Width(9), 10u);
-  shelf.PutBack(std::move(film));
-  EXPECT_EQ(shelf.Take(9), nullptr);
+  EXPECT_EQ(CountedFilm::living, 0);
+  EXPECT_EQ(Width(8), 9u);  // of a thread that was later
+  EXPECT_EQ(CountedFilm::living, 0);
+  EXPECT_EQ(Width(0), 1u);
+  EXPECT_EQ(CountedFilm::living, 1);
 }
 
 TEST_F(FilmTest, ADamagedFrameTakesItsFilmAlong) {
   file_.resize(5);
   EXPECT_EQ(Width(4), 5u);
   EXPECT_THROW(Width(5), Damaged);
-  EXPECT_EQ(plans_[0].films->Take(6), nullptr);
+  EXPECT_EQ(CountedFilm::living, 0);
+}
+
+TEST_F(FilmTest, ThreadsGetTheirFrames) {
+  std::vector<std::thread> threads;
+  for (size_t first = 0; first < 3; ++first) {
+    threads.emplace_back([this, first] {
+      for (size_t i = first; i < 10; i += 3) EXPECT_EQ(Width(i), i + 1);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 TEST(Film, StandsAloneWithoutAShelf) {
