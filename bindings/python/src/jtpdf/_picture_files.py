@@ -83,7 +83,6 @@ class PictureFile:
                  all_frames: bool = False) -> None:
         self._library = library()
         self._memory: _native.Borrowed | None = None
-        self._owned: object = None  # the picture that this is another view of
         failure, limits = Failure(), Limits(max_pixels, max_bytes, all_frames)
         if isinstance(source, PictureFile):
             raise TypeError("source is a PictureFile already")
