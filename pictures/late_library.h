@@ -26,9 +26,11 @@ class LateLibrary {
 
 }  // namespace pictures
 
+// NOLINTBEGIN(bugprone-macro-parentheses): they declare
 // A member of a class with a LateLibrary called `library`, which is called as the function is.
 #define JTPDF_LATE_FUNCTION(name) decltype(::name)* name = library.Find<decltype(::name)>(#name)
 // The same where the build could not tell the library's name, and it is linked.
 #define JTPDF_LINKED_FUNCTION(name) decltype(::name)* name = ::name
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif  // JTPDF_PICTURES_LATE_LIBRARY_H

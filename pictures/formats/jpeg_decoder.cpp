@@ -171,6 +171,7 @@ std::vector<ImagePlan> PlanJpeg(Bytes file, const ReadLimits& limits) {
   if (limits.allFrames) places = FindPictures(file, facts.index);
   if (places.size() > 1) {
     std::vector<ImagePlan> plans;
+    plans.reserve(places.size());
     for (const PicturePlace& place : places) plans.push_back(PlanOneOf(file, place, limits));
     NumberPages(&plans);
     return plans;

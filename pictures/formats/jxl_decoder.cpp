@@ -84,8 +84,10 @@ class JxlFilm : public Film {
  private:
   void DrawNext() override { frames_.DecodeNext(&pixels_); }
   DecodedImage Seen() const override {
-    const bool alpha = pixels_.channels % 2 == 0;
-    return alpha ? SplitAlpha(pixels_) : DecodedImage{pixels_.Copy(), {}};
+    if (pixels_.channels % 2 == 0) return SplitAlpha(pixels_);
+    DecodedImage image;
+    image.pixels = pixels_.Copy();
+    return image;
   }
 
   JxlFrames frames_;
