@@ -4,6 +4,7 @@ import { JtpdfError, invalid } from './errors.mjs';
 
 // Data from this size on is handed on by its address and never read: it stays where it is.
 const UNREAD = 32768;
+const SCRATCH = 8192;  // bytes that are enough for most calls
 const MESSAGES = {
   '-1': ['memory', 'there is no memory left for it'],
   '-2': ['argument', 'what it was given is not what PDF has there'],
@@ -16,13 +17,16 @@ export class Library {
     const library = new Library();
     library.exports = (await WebAssembly.instantiate(module, library.#imports())).exports;
     library.exports._initialize();
+    library.scratch = library.exports.malloc(SCRATCH) >>> 0;
     return library;
   }
 
   constructor() {
     this.sinks = new Map();  // what documents write to, by their number
     this.outside = [];  // data of the call under way, which the module knows by addresses 1, 2, ...
-    this.blocks = [];  // memory of the call under way
+    this.scratch = 0;  // memory for calls, where
+    this.used = 0;  // so much is taken by the call under way,
+    this.blocks = [];  // and these besides
     this.lastNumber = 0;
   }
 
@@ -77,7 +81,7 @@ export class Library {
       throw new JtpdfError('failed', `${what}: the module failed`, { cause: error });
     } finally {
       for (const block of this.blocks) this.exports.free(block);
-      this.blocks.length = this.outside.length = 0;
+      this.used = this.blocks.length = this.outside.length = 0;
     }
     const { error } = this;
     if (error) {
@@ -102,6 +106,11 @@ export class Library {
   // ---- What is placed for a call ---------------------------------------------------------------
 
   take(size) {
+    const begin = this.used, end = begin + size;
+    if (end <= SCRATCH) {
+      this.used = (end + 7) & ~7;
+      return this.scratch + begin;
+    }
     const at = this.exports.malloc(Math.max(size, 1)) >>> 0;
     if (at === 0) throw new JtpdfError('memory', `there is no memory for ${size} bytes`);
     this.blocks.push(at);
