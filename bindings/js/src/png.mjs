@@ -48,11 +48,12 @@ export async function readPng(source, check) {
   return facts;
 }
 
-// Writers cut the pixels into pieces of one size, as a rule: the heads that stand where the next ones are then. A
-// guess that is wrong is not reached.
+// Writers cut the pixels into pieces of one size, as a rule: the heads that stand where the next ones are then, and
+// that of an empty chunk at the end. A guess that is wrong is not reached.
 async function likelyHeads(source, first, length) {
-  const places = [];
-  for (let at = first; at + 12 <= source.size && places.length < MOST_HEADS; at += 12 + length) places.push(at);
+  const places = [], end = source.size - 12;
+  for (let at = first; at < end && places.length < MOST_HEADS; at += 12 + length) places.push(at);
+  places.push(end);
   const found = await source.gather(places, 8);
   return new Map(found.map((head, i) => [places[i], head]));
 }
