@@ -140,8 +140,7 @@ export class Document {
   }
 
   #begin(canvas) {
-    if (this.#host.compact) this.#require();
-    else this.#call('drawing', (m, at) => (m.bounds(at, ...canvas.box), 0));
+    if (!this.#host.compact) this.#call('drawing', (m, at) => (m.bounds(at, ...canvas.box), 0));
     this.#open = canvas;
   }
 
