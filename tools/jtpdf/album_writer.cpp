@@ -18,8 +18,8 @@ namespace {
 
 // About the memory an encoded page holds until it is written.
 uint64_t WeightOf(const PagePlan& page) {
-  // With what goes beside the bytes that pass through: a soft mask. A TIFF page has none: its memory
-  // is for one that turns out to be damaged.
+  // With what goes beside the bytes that pass through: a soft mask. A TIFF page has none: its
+  // memory is for one that turns out to be damaged.
   if (page.image.PassesThrough()) {
     const uint64_t beside = page.image.format == Format::kTiff ? 0 : page.image.memory;
     return page.image.profileSize + page.image.size + beside;
