@@ -1,10 +1,13 @@
-#include "formats/jpeg2000_codestream.h"
-
+// JPEG 2000 files of no more than headers.
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
+#include "formats/jpeg2000_codestream.h"
+#include "formats/jpeg2000_file.h"
 #include "image.h"
 
 namespace pictures {
@@ -14,6 +17,7 @@ namespace {
 struct Header {
   uint32_t right = 16, bottom = 16, left = 0, top = 0;
   uint32_t tileWidth = 16, tileHeight = 16, tileLeft = 0, tileTop = 0;
+  uint8_t depth = 8;
   uint8_t levels = 5;
   std::vector<uint8_t> quantisation = std::vector<uint8_t>(1 + 3 * 5 + 1, 0x40);
 };
@@ -27,12 +31,13 @@ class Codestream {
           header.tileLeft, header.tileTop}) {
       PutNumber(number);
     }
-    Put({0, 1, 7, 1, 1});                                                // one component
+    Put({0, 1, static_cast<uint8_t>(header.depth - 1), 1, 1});           // one component
     Put({0xFF, 0x52, 0, 12, 0, 0, 0, 1, 0, header.levels, 4, 4, 0, 0});  // coding style
     Put({0xFF, 0x5C, 0, static_cast<uint8_t>(2 + header.quantisation.size())});
     Put(header.quantisation);
     Put({0xFF, 0x90, 0, 10, 0, 0, 0, 0, 0, 14, 0, 1, 0xFF, 0xD9});  // the first tile
   }
+  const std::vector<uint8_t>& Get() const { return bytes_; }
   // What is wrong with it; empty for nothing.
   std::string Problem() const {
     try {
@@ -84,6 +89,14 @@ TEST(Jpeg2000Codestream, HasTilesWhereItsPictureIs) {
   EXPECT_EQ(Codestream(header).Problem(), "");
 }
 
+TEST(Jpeg2000Codestream, HasSamplesOfUpTo38Bits) {
+  Header header;
+  header.depth = 38;
+  EXPECT_EQ(Codestream(header).Problem(), "");
+  header.depth = 39;
+  ExpectProblem(header, "samples of more than 38 bits");
+}
+
 TEST(Jpeg2000Codestream, HasAStepForEachBand) {
   Header header;
   header.quantisation.pop_back();
@@ -101,6 +114,30 @@ TEST(Jpeg2000Codestream, HasAStyleOfQuantisationThatThereIs) {
   }
   header.quantisation[0] = 3;
   ExpectProblem(header, "other quantisation than levels");
+}
+
+std::string Box(std::string_view name, std::string_view data) {
+  std::string box(3, '\0');
+  box += static_cast<char>(8 + data.size());
+  return box.append(name).append(data);
+}
+
+TEST(Jpeg2000File, KnowsItsColoursByNumber) {
+  using Model = Jpeg2000File::Model;
+  const std::vector<uint8_t> stream = Codestream({}).Get();
+  for (const auto& [number, model] :
+       {std::pair(12, Model::kCmyk), std::pair(16, Model::kRgb), std::pair(17, Model::kGrey),
+        std::pair(18, Model::kYcc), std::pair(19, Model::kUnknown)}) {
+    using namespace std::string_literals;
+    const std::string colours = "\1\0\0\0\0\0"s + static_cast<char>(number);
+    const std::string file =
+        std::string(kJp2Magic) + Box("ftyp", "jp2 \0\0\0\0jp2 "s) +
+        Box("jp2h", Box("ihdr", "\0\0\0\x10\0\0\0\x10\0\1\7\7\0\0"s) + Box("colr", colours)) +
+        Box("jp2c", {reinterpret_cast<const char*>(stream.data()), stream.size()});
+    const Jpeg2000File read =
+        ReadJpeg2000File(Bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size()));
+    EXPECT_EQ(read.model, model) << number;
+  }
 }
 
 }  // namespace
