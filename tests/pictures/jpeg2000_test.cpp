@@ -1,6 +1,7 @@
 // JPEG 2000 files of no more than headers.
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -122,22 +123,60 @@ std::string Box(std::string_view name, std::string_view data) {
   return box.append(name).append(data);
 }
 
+// A file of the picture above with these boxes in its header and behind that.
+Jpeg2000File ReadFile(const std::string& header, const std::string& behind = "") {
+  using namespace std::string_literals;
+  const std::vector<uint8_t> stream = Codestream({}).Get();
+  const std::string file =
+      std::string(kJp2Magic) + Box("ftyp", "jp2 \0\0\0\0jp2 "s) +
+      Box("jp2h", Box("ihdr", "\0\0\0\x10\0\0\0\x10\0\1\7\7\0\0"s) + header) + behind +
+      Box("jp2c", {reinterpret_cast<const char*>(stream.data()), stream.size()});
+  return ReadJpeg2000File(Bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size()));
+}
+
+std::string ColoursOf(int number) {
+  using namespace std::string_literals;
+  return Box("colr", "\1\0\0\0\0\0"s + static_cast<char>(number));
+}
+
 TEST(Jpeg2000File, KnowsItsColoursByNumber) {
   using Model = Jpeg2000File::Model;
-  const std::vector<uint8_t> stream = Codestream({}).Get();
   for (const auto& [number, model] :
        {std::pair(12, Model::kCmyk), std::pair(16, Model::kRgb), std::pair(17, Model::kGrey),
         std::pair(18, Model::kYcc), std::pair(19, Model::kUnknown)}) {
-    using namespace std::string_literals;
-    const std::string colours = "\1\0\0\0\0\0"s + static_cast<char>(number);
-    const std::string file =
-        std::string(kJp2Magic) + Box("ftyp", "jp2 \0\0\0\0jp2 "s) +
-        Box("jp2h", Box("ihdr", "\0\0\0\x10\0\0\0\x10\0\1\7\7\0\0"s) + Box("colr", colours)) +
-        Box("jp2c", {reinterpret_cast<const char*>(stream.data()), stream.size()});
-    const Jpeg2000File read =
-        ReadJpeg2000File(Bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size()));
-    EXPECT_EQ(read.model, model) << number;
+    EXPECT_EQ(ReadFile(ColoursOf(number)).model, model) << number;
   }
+  EXPECT_EQ(ReadFile(ColoursOf(17) + ColoursOf(16)).model, Model::kGrey);
+  EXPECT_EQ(ReadFile(ColoursOf(19) + ColoursOf(16)).model, Model::kRgb);
+}
+
+TEST(Jpeg2000File, TellsWhetherItsChannelsAreInOrder) {
+  using namespace std::string_literals;
+  const auto channels = [](const std::string& list) { return ReadFile(Box("cdef", list)); };
+  const std::string usual = "\0\2\0\0\0\0\0\1\0\1\0\0\0\2"s,
+                    turned = "\0\2\0\0\0\0\0\2\0\1\0\0\0\1"s;
+  EXPECT_FALSE(channels(usual).reordered);
+  EXPECT_FALSE(channels(usual).alpha);
+  EXPECT_TRUE(channels(turned).reordered);
+  EXPECT_TRUE(channels("\0\1\0\0\0\1\0\0"s).alpha);
+}
+
+TEST(Jpeg2000File, HasExifDataByAName) {
+  using namespace std::string_literals;
+  const std::string exif = "II*\0\x08\0\0\0\1\0\x12\1\3\0\1\0\0\0\6\0\0\0\0\0\0\0"s;  // turned
+  const auto orientation = [&](const std::string& prefix) {
+    return ReadFile("", Box("uuid", "JpgTiffExif->JP2" + prefix + exif)).exif.orientation;
+  };
+  EXPECT_EQ(orientation(""), 6);
+  EXPECT_EQ(orientation("Exif\0\0"s), 6);
+  EXPECT_EQ(orientation("Exif\0\1"s), std::nullopt);
+}
+
+TEST(Jpeg2000File, HasOneStreamWhereItsBoxesAreDamaged) {
+  using namespace std::string_literals;
+  const Jpeg2000File file = ReadFile("", "\0\0\0\2bad."s);
+  EXPECT_EQ(file.streams, 1u);
+  EXPECT_FALSE(file.damage.empty());
 }
 
 }  // namespace

@@ -75,7 +75,10 @@ class Apng(JtpdfTest):
                 self.shows_its_frames(self.film(frames), frames)
         palette = [blocks(6, 5, seed=seed).quantize(16) for seed in range(2)]
         palette[1].putpalette(palette[0].getpalette())
-        for frames in palette, [blocks(6, 5, "LA", seed=seed) for seed in range(2)]:
+        clear = [picture.copy() for picture in palette]
+        for picture in clear:
+            picture.info["transparency"] = clear[0].getpixel((0, 0))
+        for frames in palette, clear, [blocks(6, 5, "LA", seed=seed) for seed in range(2)]:
             with self.subTest(mode=frames[0].mode):
                 self.shows_its_frames(self.put(self.of_stills(frames), "a.png"), frames)
 
@@ -85,7 +88,7 @@ class Apng(JtpdfTest):
         stills = [chunks_of(self.get(self.save(picture, "p.png", **options)))
                   for picture in pictures]
         chunks = [stills[0][0], (b"acTL", struct.pack(">II", len(stills), 0))]
-        chunks += [chunk for chunk in stills[0] if chunk[0] == b"PLTE"]
+        chunks += [chunk for chunk in stills[0] if chunk[0] in (b"PLTE", b"tRNS")]
         for n, still in enumerate(stills):
             data = b"".join(data for name, data in still if name == b"IDAT")
             chunks.append((b"fcTL", struct.pack(">5I2H2B", 2 * n, *pictures[n].size, 0, 0, 1, 10,
