@@ -27,7 +27,7 @@ JxlFacts ReadJxlFacts(Bytes file);
 // Nothing where there is none, or none that can be read.
 ExifFacts ReadJxlExif(Bytes file);
 
-// The profile of the pixels that DecodeJxlFrame gives; empty for sRGB and its greys.
+// The profile of the pixels that JxlFrames gives; empty for sRGB and its greys.
 Buffer ReadJxlProfile(Bytes file);
 
 class JxlEvents;
