@@ -38,6 +38,7 @@ std::unique_ptr<Film> FilmShelf::TakeNearest(uint64_t number) {
 }
 
 void ShareFilms(std::vector<ImagePlan>* plans) {
+  if (plans->size() == 1) return;
   const auto films = std::make_shared<FilmShelf>(plans->size());
   for (ImagePlan& plan : *plans) plan.films = films;
 }

@@ -57,7 +57,7 @@ class FilmShelf {
   bool over_ = false;
 };
 
-// Gives the plans of an animation's frames a shelf.
+// Gives the plans of an animation's frames a shelf; one that stands alone needs none.
 void ShareFilms(std::vector<ImagePlan>* plans);
 
 // Decodes frame `number` by a film of that kind, which is made from a plan and a file.

@@ -70,7 +70,7 @@ std::vector<ImagePlan> PlanJxl(Bytes file, const ReadLimits& limits) {
     plans.push_back(plan);
   }
   NumberFrames(facts.frames, &plans);
-  if (plans.size() > 1) ShareFilms(&plans);
+  ShareFilms(&plans);
   return plans;
 }
 
