@@ -1,5 +1,6 @@
 """Pictures from files: what is known of them, the pages that are made of them, and what fails."""
 
+import contextlib
 import io
 import os
 import pathlib
@@ -226,12 +227,39 @@ class PicturesToPdf(unittest.TestCase):
         output = self.folder / "album.pdf"
         mask = os.umask(0o026)
         self.addCleanup(os.umask, mask)
-        for unnamed in (_whole_file._open_unnamed, lambda folder: None):
+        for unnamed in (_whole_file._open_unnamed, lambda folder, mode: None):
             with unittest.mock.patch.object(_whole_file, "_open_unnamed", unnamed):
                 jtpdf.pictures_to_pdf([PHOTO], output)
             self.assertEqual(output.stat().st_mode & 0o777, 0o640)
             self.assertEqual([path.name for path in self.folder.iterdir()], ["album.pdf"])
             output.unlink()
+
+    def test_keeps_the_rights_of_the_file_that_it_replaces(self) -> None:
+        output = self.folder / "album.pdf"
+        for unnamed in (_whole_file._open_unnamed, lambda folder, mode: None):
+            output.write_bytes(b"old")
+            output.chmod(0o4600)
+            during: List[int] = []
+            with unittest.mock.patch.object(_whole_file, "_open_unnamed", unnamed):
+                jtpdf.pictures_to_pdf([PHOTO], output, progress=lambda done, total: during.extend(
+                    path.stat().st_mode for path in self.folder.iterdir()))
+            self.assertTrue(output.read_bytes().startswith(b"%PDF"))
+            self.assertEqual(output.stat().st_mode & 0o7777, 0o600)
+            self.assertEqual([mode for mode in during if mode & 0o077], [])
+
+    def test_closes_a_file_before_it_takes_its_name(self) -> None:
+        # Windows renames no open file.
+        replace = os.replace
+
+        def replace_closed(source: str, target: str) -> None:
+            for number in os.listdir("/proc/self/fd"):
+                with contextlib.suppress(FileNotFoundError):
+                    self.assertNotEqual(os.readlink(f"/proc/self/fd/{number}"), source)
+            replace(source, target)
+
+        with unittest.mock.patch.object(_whole_file, "_open_unnamed", lambda folder, mode: None), \
+             unittest.mock.patch.object(os, "replace", replace_closed):
+            jtpdf.pictures_to_pdf([PHOTO], self.folder / "album.pdf")
 
     def test_names_the_output_that_cannot_be_written(self) -> None:
         output = self.folder / "nowhere" / "album.pdf"
@@ -240,7 +268,7 @@ class PicturesToPdf(unittest.TestCase):
         self.assertEqual(missing.exception.filename, os.path.realpath(output))
 
     def test_leaves_nothing_of_a_process_that_is_killed(self) -> None:
-        descriptor = _whole_file._open_unnamed(str(self.folder))
+        descriptor = _whole_file._open_unnamed(str(self.folder), 0o600)
         if descriptor is None:
             self.skipTest("there are no unnamed files here")
         os.close(descriptor)
