@@ -13,34 +13,32 @@ namespace pictures {
 namespace {
 
 // A TIFF file that is written to memory, of which only its one strip is of interest.
-struct Memory {
+struct FaxFile {
   std::vector<uint8_t> bytes;
   uint64_t at = 0;
 
   static tmsize_t RefuseRead(thandle_t, void*, tmsize_t) { return 0; }
   static tmsize_t Write(thandle_t handle, void* from, tmsize_t size) {
-    auto* memory = static_cast<Memory*>(handle);
+    auto* file = static_cast<FaxFile*>(handle);
     const auto count = static_cast<size_t>(size);
-    if (memory->at + count > memory->bytes.size()) {
+    if (file->at + count > file->bytes.size()) {
       try {  // libtiff is C: nothing may be thrown through it
-        memory->bytes.resize(memory->at + count);
+        file->bytes.resize(file->at + count);
       } catch (const std::bad_alloc&) {
         return 0;
       }
     }
-    std::memcpy(memory->bytes.data() + memory->at, from, count);
-    memory->at += count;
+    std::memcpy(file->bytes.data() + file->at, from, count);
+    file->at += count;
     return size;
   }
   static toff_t Seek(thandle_t handle, toff_t offset, int whence) {
-    auto* memory = static_cast<Memory*>(handle);
-    const toff_t from = whence == SEEK_CUR   ? memory->at
-                        : whence == SEEK_END ? memory->bytes.size()
-                                             : 0;
-    return memory->at = from + offset;
+    auto* file = static_cast<FaxFile*>(handle);
+    const toff_t from = whence == SEEK_CUR ? file->at : whence == SEEK_END ? file->bytes.size() : 0;
+    return file->at = from + offset;
   }
   static int Close(thandle_t) { return 0; }
-  static toff_t Size(thandle_t handle) { return static_cast<Memory*>(handle)->bytes.size(); }
+  static toff_t Size(thandle_t handle) { return static_cast<FaxFile*>(handle)->bytes.size(); }
 };
 
 int SayNothing(TIFF*, void*, const char*, const char*, va_list) {
@@ -53,15 +51,15 @@ struct CleanUp {
 };
 using Writer = std::unique_ptr<TIFF, CleanUp>;
 
-Writer OpenWriter(Memory* memory) {
+Writer OpenWriter(FaxFile* file) {
   const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
       TIFFOpenOptionsAlloc(), TIFFOpenOptionsFree);
   if (!options) throw std::bad_alloc();
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), SayNothing, nullptr);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), SayNothing, nullptr);
   // 8: with offsets of 64 bits, for strips of any size.
-  Writer writer(TIFFClientOpenExt("fax", "wl8m", memory, Memory::RefuseRead, Memory::Write,
-                                  Memory::Seek, Memory::Close, Memory::Size, nullptr, nullptr,
+  Writer writer(TIFFClientOpenExt("fax", "wl8m", file, FaxFile::RefuseRead, FaxFile::Write,
+                                  FaxFile::Seek, FaxFile::Close, FaxFile::Size, nullptr, nullptr,
                                   options.get()));
   if (!writer) throw std::bad_alloc();
   return writer;
@@ -75,8 +73,8 @@ Buffer EncodeGroup4(const Raster& picture) {
   Buffer inverted(picture.Stride() * picture.height);
   std::transform(picture.bytes.Data(), picture.bytes.Data() + inverted.Size(), inverted.Data(),
                  [](uint8_t byte) { return static_cast<uint8_t>(~byte); });
-  Memory memory;
-  const Writer writer = OpenWriter(&memory);
+  FaxFile file;
+  const Writer writer = OpenWriter(&file);
   TIFF* tiff = writer.get();
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, picture.width);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, picture.height);
@@ -89,7 +87,7 @@ Buffer EncodeGroup4(const Raster& picture) {
   }
   uint64_t* offsets = nullptr;
   TIFFGetField(tiff, TIFFTAG_STRIPOFFSETS, &offsets);
-  return Buffer::CopyOf(Bytes(memory.bytes).subspan(offsets[0]));
+  return Buffer::CopyOf(Bytes(file.bytes).subspan(offsets[0]));
 }
 
 }  // namespace pictures

@@ -34,7 +34,7 @@ void Subtract(const Neighbours& n, size_t size, uint8_t* to, const Predict& pred
   for (size_t i = 0; i < size; ++i) to[i] = static_cast<uint8_t>(n.here[i] - predict(i));
 }
 
-void Filter(uint8_t number, const Neighbours& n, size_t size, uint8_t* to) {
+void ApplyFilter(uint8_t number, const Neighbours& n, size_t size, uint8_t* to) {
   switch (number) {
     case 0:
       return Subtract(n, size, to, [](size_t) { return 0; });
@@ -100,7 +100,7 @@ Buffer FilterRows(Bytes bytes, size_t stride, size_t rows, size_t pixelSize, Bes
     uint8_t* const to = result.Data() + y * (stride + 1);
     uint64_t lowest = std::numeric_limits<uint64_t>::max();
     for (uint8_t number = 0; number <= 4; ++number) {
-      Filter(number, {here + pixelSize, here, above + pixelSize, above}, stride, tried.data());
+      ApplyFilter(number, {here + pixelSize, here, above + pixelSize, above}, stride, tried.data());
       const uint64_t cost =
           pairs ? pairs->CostOf(tried.data(), stride) : SumOfSizes(tried.data(), stride);
       if (cost >= lowest) continue;

@@ -125,7 +125,8 @@ def shared_libraries(build):
     if shutil.which("cmake") is None:
         raise SystemExit("cmake is not installed, which makes the library of the wheel; install it, "
                          "or let JTPDF_LIBRARY name the shared library")
-    options = ["-DCMAKE_BUILD_TYPE=Release", "-DBUILD_TESTING=OFF", "-DJTPDF_BUILD_TOOLS=OFF",
+    options = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_UNITY_BUILD=ON", "-DBUILD_TESTING=OFF",
+               "-DJTPDF_BUILD_TOOLS=OFF",
                f"-DJTPDF_BUILD_PICTURES={'OFF' if WINDOWS else 'ON'}", "-DJTPDF_BUILD_EXAMPLES=OFF",
                "-DJTPDF_INSTALL=OFF"]
     run("cmake", "-S", str(library_folder()), "-B", str(build), *options)

@@ -112,7 +112,7 @@ void ReadInfo(Bytes file, Bytes info, BmpFacts* facts) {
   }
 }
 
-BmpFacts ReadHeader(Bytes file) {
+BmpFacts ReadBmpHeader(Bytes file) {
   constexpr size_t kFileHeader = 14, kCoreHeader = 12;
   BmpFacts facts;
   const Bytes size = Slice(file, kFileHeader, 4);
@@ -146,7 +146,7 @@ BmpFacts ReadHeader(Bytes file) {
 }
 
 std::vector<ImagePlan> PlanBmp(Bytes file, const ReadLimits& limits) {
-  const BmpFacts facts = ReadHeader(file);
+  const BmpFacts facts = ReadBmpHeader(file);
   ImagePlan plan;
   plan.format = Format::kBmp;
   plan.width = facts.width;
@@ -292,12 +292,12 @@ class PixelConverter {
 };
 
 DecodedImage DecodeBmp(const ImagePlan&, Bytes file, std::vector<Note>*) {
-  const BmpFacts facts = ReadHeader(file);
+  const BmpFacts facts = ReadBmpHeader(file);
   return PixelConverter(facts).Convert();
 }
 
 Buffer BmpProfile(const ImagePlan&, Bytes file) {
-  return Buffer::CopyOf(ReadHeader(file).profile);
+  return Buffer::CopyOf(ReadBmpHeader(file).profile);
 }
 
 // A word that begins many texts is not enough: the header's size is looked at, too.

@@ -29,11 +29,11 @@ struct FreeHandle {
     Heif().heif_image_handle_release(handle);
   }
 };
-struct FreeImage {
+struct FreeHeifImage {
   void operator()(const heif_image* image) const { Heif().heif_image_release(image); }
 };
 using Handle = std::unique_ptr<heif_image_handle, FreeHandle>;
-using Image = std::unique_ptr<heif_image, FreeImage>;
+using HeifImage = std::unique_ptr<heif_image, FreeHeifImage>;
 
 void Require(const heif_error& error) {
   if (error.code == heif_error_Ok) return;
@@ -202,7 +202,7 @@ DecodedImage DecodeHeif(const ImagePlan& plan, Bytes bytes, std::vector<Note>*) 
            : (alpha ? heif_chroma_interleaved_RGBA : heif_chroma_interleaved_RGB);
   heif_image* decoded = nullptr;
   Require(Heif().heif_decode_image(handle.get(), &decoded, heif_colorspace_RGB, chroma, nullptr));
-  const Image image(decoded);
+  const HeifImage image(decoded);
   int stride = 0;
   const uint8_t* from =
       Heif().heif_image_get_plane_readonly(decoded, heif_channel_interleaved, &stride);

@@ -107,34 +107,34 @@ Buffer Jpeg2000Profile(const ImagePlan&, Bytes bytes) {
   return Buffer::CopyOf(ReadJpeg2000File(bytes).profile);
 }
 
-// OpenJPEG's view of a file in memory.
-struct Memory {
+// A file in memory as OpenJPEG reads it.
+struct OpjInput {
   Bytes bytes;
   size_t at = 0;
 };
 
 OPJ_SIZE_T Read(void* to, OPJ_SIZE_T size, void* data) {
-  auto* memory = static_cast<Memory*>(data);
-  const size_t count = std::min<size_t>(size, memory->bytes.size() - memory->at);
+  auto* input = static_cast<OpjInput*>(data);
+  const size_t count = std::min<size_t>(size, input->bytes.size() - input->at);
   if (count == 0) return static_cast<OPJ_SIZE_T>(-1);
-  std::memcpy(to, memory->bytes.data() + memory->at, count);
-  memory->at += count;
+  std::memcpy(to, input->bytes.data() + input->at, count);
+  input->at += count;
   return count;
 }
 
 OPJ_OFF_T Skip(OPJ_OFF_T count, void* data) {
-  auto* memory = static_cast<Memory*>(data);
-  const auto left = static_cast<OPJ_OFF_T>(memory->bytes.size() - memory->at);
+  auto* input = static_cast<OpjInput*>(data);
+  const auto left = static_cast<OPJ_OFF_T>(input->bytes.size() - input->at);
   if (count < 0) return -1;
   const OPJ_OFF_T skipped = std::min(count, left);
-  memory->at += static_cast<size_t>(skipped);
+  input->at += static_cast<size_t>(skipped);
   return skipped;
 }
 
 OPJ_BOOL Seek(OPJ_OFF_T to, void* data) {
-  auto* memory = static_cast<Memory*>(data);
-  if (to < 0 || static_cast<size_t>(to) > memory->bytes.size()) return OPJ_FALSE;
-  memory->at = static_cast<size_t>(to);
+  auto* input = static_cast<OpjInput*>(data);
+  if (to < 0 || static_cast<size_t>(to) > input->bytes.size()) return OPJ_FALSE;
+  input->at = static_cast<size_t>(to);
   return OPJ_TRUE;
 }
 
@@ -147,21 +147,21 @@ void KeepText(const char* text, void* to) {
 
 void Ignore(const char*, void*) {}
 
-struct FreeImage {
+struct FreeOpjImage {
   void operator()(opj_image_t* image) const { opj_image_destroy(image); }
 };
-using Image = std::unique_ptr<opj_image_t, FreeImage>;
+using OpjImage = std::unique_ptr<opj_image_t, FreeOpjImage>;
 // OpenJPEG's handles are all of one type, so each names its function.
 using Stream = std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)>;
 using Codec = std::unique_ptr<opj_codec_t, decltype(&opj_destroy_codec)>;
 
-Image Decode(Bytes file, bool bare) {
+OpjImage Decode(Bytes file, bool bare) {
   std::string error;
-  Memory memory{file};
+  OpjInput input{file};
   const Stream stream(opj_stream_create(size_t{64} << 10, OPJ_TRUE), opj_stream_destroy);
   const Codec codec(opj_create_decompress(bare ? OPJ_CODEC_J2K : OPJ_CODEC_JP2), opj_destroy_codec);
   if (!stream || !codec) throw std::bad_alloc();
-  opj_stream_set_user_data(stream.get(), &memory, nullptr);
+  opj_stream_set_user_data(stream.get(), &input, nullptr);
   opj_stream_set_user_data_length(stream.get(), file.size());
   opj_stream_set_read_function(stream.get(), Read);
   opj_stream_set_skip_function(stream.get(), Skip);
@@ -174,7 +174,7 @@ Image Decode(Bytes file, bool bare) {
   opj_image_t* image = nullptr;
   const bool begun = opj_setup_decoder(codec.get(), &parameters) == OPJ_TRUE &&
                      opj_read_header(stream.get(), codec.get(), &image) == OPJ_TRUE;
-  Image decoded(image);
+  OpjImage decoded(image);
   if (!begun || opj_decode(codec.get(), stream.get(), image) != OPJ_TRUE ||
       opj_end_decompress(codec.get(), stream.get()) != OPJ_TRUE) {
     throw Undecodable("OpenJPEG: " + (error.empty() ? "damaged" : error));
@@ -324,7 +324,7 @@ DecodedImage DecodeJpeg2000(const ImagePlan& plan, Bytes file, std::vector<Note>
   const Jpeg2000File facts = ReadJpeg2000File(file);
   const Buffer mended = facts.stream.ended ? Buffer() : WithEnd(facts, file);
   const Bytes whole = facts.bare ? facts.data : file;
-  const Image image = Decode(mended.Empty() ? whole : mended.View(), facts.bare);
+  const OpjImage image = Decode(mended.Empty() ? whole : mended.View(), facts.bare);
   if (image->x1 - image->x0 != plan.width || image->y1 - image->y0 != plan.height) {
     throw Damaged("it has two sizes");
   }

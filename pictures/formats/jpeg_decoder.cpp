@@ -33,10 +33,6 @@ struct JpegFacts {
   size_t firstScan = 0;  // where the entropy-coded data begins
 };
 
-bool IsFrame(uint8_t marker) {
-  return marker >= kSof0 && marker <= 0xCF && marker != kDht && marker != kJpg && marker != kDac;
-}
-
 void ReadSegment(uint8_t marker, Bytes data, JpegFacts* facts) {
   if (marker == kApp0 && StartsWith(data, "JFIF\0"sv) && data.size() >= 12) {
     const double inches = data[7] == 1 ? 1 : data[7] == 2 ? 2.54 : 0;

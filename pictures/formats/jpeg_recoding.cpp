@@ -13,7 +13,7 @@ namespace {
 constexpr long kMostMemory = 2'000'000'000;
 
 // A decompressor that ends with its scope; what jumps over it calls End.
-struct Source {
+struct JpegReader {
   jpeg_decompress_struct jpeg;
   jpeg_progress_mgr progress;
 
@@ -62,7 +62,7 @@ struct Target {
 // that is no smaller, or cannot be, or the JPEG is damaged.
 bool Write(Bytes jpeg, bool progressive, Buffer* to) {
   JpegFailure failure = {};
-  Source source = {};
+  JpegReader source = {};
   Target target = {};
   jpeg_compress_struct out = {};
   out.err = JumpOnErrors(&failure);
@@ -109,9 +109,12 @@ bool SameComponents(const jpeg_decompress_struct& a, const jpeg_decompress_struc
   return true;
 }
 
-bool SameRows(Source* a, jvirt_barray_ptr ofA, Source* b, jvirt_barray_ptr ofB, int component) {
+bool SameRows(JpegReader* a, jvirt_barray_ptr ofA, JpegReader* b, jvirt_barray_ptr ofB,
+              int component) {
   const jpeg_component_info& info = a->jpeg.comp_info[component];
-  const auto common = [](Source* source) { return reinterpret_cast<j_common_ptr>(&source->jpeg); };
+  const auto common = [](JpegReader* source) {
+    return reinterpret_cast<j_common_ptr>(&source->jpeg);
+  };
   for (JDIMENSION y = 0; y < info.height_in_blocks; ++y) {
     JBLOCKARRAY rowA = a->jpeg.mem->access_virt_barray(common(a), ofA, y, 1, FALSE);
     JBLOCKARRAY rowB = b->jpeg.mem->access_virt_barray(common(b), ofB, y, 1, FALSE);
@@ -123,7 +126,7 @@ bool SameRows(Source* a, jvirt_barray_ptr ofA, Source* b, jvirt_barray_ptr ofB, 
 // Whether two JPEGs have the same coefficients, read in the same way.
 bool SameCoefficients(Bytes one, Bytes other) {
   JpegFailure failure = {};
-  Source a = {}, b = {};
+  JpegReader a = {}, b = {};
   if (setjmp(failure.back) != 0) {
     jpeg_destroy_decompress(&a.jpeg);
     jpeg_destroy_decompress(&b.jpeg);

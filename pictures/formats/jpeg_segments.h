@@ -37,6 +37,11 @@ enum JpegMarker : uint8_t {
   kTem = 0x01
 };
 
+// Whether a segment is the frame header, SOFn.
+inline bool IsFrame(uint8_t marker) {
+  return marker >= kSof0 && marker <= 0xCF && marker != kDht && marker != kJpg && marker != kDac;
+}
+
 // The segments up to the first scan, one after the other.
 class JpegSegments {
  public:

@@ -146,20 +146,20 @@ Buffer PngProfile(const ImagePlan&, Bytes file) {
 }
 
 // libpng reports errors by a call that must not return: it jumps back into ReadRows.
-struct Source {
+struct PngSource {
   Bytes rest;
   char text[128] = "";
 };
 
 void Read(png_structp png, png_bytep to, size_t size) {
-  auto* source = static_cast<Source*>(png_get_io_ptr(png));
+  auto* source = static_cast<PngSource*>(png_get_io_ptr(png));
   if (size > source->rest.size()) png_error(png, "the file was cut off");
   std::memcpy(to, source->rest.data(), size);
   source->rest = source->rest.subspan(size);
 }
 
 void Fail(png_structp png, png_const_charp text) {
-  auto* source = static_cast<Source*>(png_get_error_ptr(png));
+  auto* source = static_cast<PngSource*>(png_get_error_ptr(png));
   std::snprintf(source->text, sizeof source->text, "%s", text);
   png_longjmp(png, 1);
 }
@@ -171,7 +171,7 @@ using RowSink = void (*)(void* to, uint32_t y, const uint8_t* row);
 // Decodes the rows as the file packs them. Where `rows` is given they are stored there, which
 // interlaced files need; else each is handed to `sink` and forgotten. Holds nothing with a
 // destructor, for the jump passes through it.
-bool ReadRows(Source* source, uint8_t* const* rows, uint8_t* oneRow, RowSink sink, void* to,
+bool ReadRows(PngSource* source, uint8_t* const* rows, uint8_t* oneRow, RowSink sink, void* to,
               uint32_t height, size_t stride) {
   png_infop info = nullptr;
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, source, Fail, IgnoreWarning);
@@ -278,7 +278,7 @@ void CheckPromise(const PngFacts& facts) {
 
 // Hands each row of the file, from the top one on, to the converter.
 void ConvertRows(const PngFacts& facts, Bytes file, RowConverter* converter) {
-  Source source{file};
+  PngSource source{file};
   const size_t stride = facts.Stride();
   bool done = false;
   if (facts.interlaced) {

@@ -117,7 +117,7 @@ void ReadPamHeader(Words* words, PnmFacts* facts) {
                                                : Colour::kCmyk;
 }
 
-PnmFacts ReadHeader(Bytes file) {
+PnmFacts ReadPnmHeader(Bytes file) {
   PnmFacts facts;
   Words words(file.subspan(2));
   facts.kind = static_cast<char>(file[1]);
@@ -143,7 +143,7 @@ int BitsOf(const PnmFacts& facts) {
 }
 
 std::vector<ImagePlan> PlanPnm(Bytes file, const ReadLimits& limits) {
-  const PnmFacts facts = ReadHeader(file);
+  const PnmFacts facts = ReadPnmHeader(file);
   ImagePlan plan;
   plan.format = Format::kPnm;
   plan.width = facts.width;
@@ -201,7 +201,7 @@ bool IsVerbatim(const PnmFacts& facts) {
 }
 
 DecodedImage DecodePnm(const ImagePlan& plan, Bytes file, std::vector<Note>*) {
-  const PnmFacts facts = ReadHeader(file);
+  const PnmFacts facts = ReadPnmHeader(file);
   const int bits = BitsOf(facts);
   // Each sample of a plain file has a digit of its own: no memory for more than there are.
   const uint64_t samples =

@@ -46,10 +46,6 @@ bool AddTables(uint8_t marker, Bytes segment, Tables* tables) {
   return true;
 }
 
-bool IsFrame(uint8_t marker) {
-  return marker >= kSof0 && marker <= 0xCF && marker != kDht && marker != kJpg && marker != kDac;
-}
-
 // Reads the segments up to the first scan, if there is one. False where they are not understood.
 bool ReadSegments(Bytes jpeg, Strip* strip) {
   if (!StartsWith(jpeg, "\xFF\xD8"sv)) return false;
