@@ -11,10 +11,10 @@ namespace {
 
 constexpr int kDeepest = 200;  // the library's own dictionaries around a host's value
 
-struct Node {
+struct Value {
   DictEntry entry;
   bool is_dict = false;
-  std::vector<Node> items;  // of an array; of a dictionary keys and values by turns
+  std::vector<Value> items;  // of an array; of a dictionary keys and values by turns
 };
 
 bool IsSpace(int byte) {
@@ -26,15 +26,15 @@ bool IsRegular(int byte) {
          std::string("()<>[]{}/%").find(static_cast<char>(byte)) == std::string::npos;
 }
 
-bool IsInteger(const Node& node) {
+bool IsInteger(const Value& node) {
   return node.entry.kind == DictEntry::kNumber && !node.is_dict && node.entry.text.size() <= 10 &&
          node.entry.text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-void GatherReferences(const Node& node, std::vector<std::int64_t>& to) {
+void GatherReferences(const Value& node, std::vector<std::int64_t>& to) {
   to.insert(to.end(), node.entry.references.begin(), node.entry.references.end());
   if (!node.is_dict) return;
-  for (const Node& item : node.items) GatherReferences(item, to);
+  for (const Value& item : node.items) GatherReferences(item, to);
 }
 
 class Parser {
@@ -42,9 +42,9 @@ class Parser {
   explicit Parser(ByteReader& in) : in_(in) {}
 
   // Objects up to the end: "]", ">>", or at the outermost level a keyword, which is stored.
-  std::vector<Node> Sequence(const std::string& end, int depth) {
+  std::vector<Value> Sequence(const std::string& end, int depth) {
     if (depth > kDeepest) Fail("objects too deep in each other");
-    std::vector<Node> nodes;
+    std::vector<Value> nodes;
     for (;;) {
       SkipSpace();
       start_ = in_.Position();
@@ -80,30 +80,30 @@ class Parser {
   std::string keyword;
 
  private:
-  Node Leaf(DictEntry::Kind kind, std::string text) const {
+  Value Leaf(DictEntry::Kind kind, std::string text) const {
     return {{"", kind, std::move(text), {}, 0, start_}, false, {}};
   }
 
-  Node Plain(const std::string& word) const {
+  Value Plain(const std::string& word) const {
     if (word == "true" || word == "false") return Leaf(DictEntry::kBoolean, word);
     const bool number = word.find_first_not_of("+-.0123456789") == std::string::npos;
     if (!number && word != "null") Fail("\"" + Escaped(word) + "\" is no value");
     return Leaf(DictEntry::kNumber, word);
   }
 
-  void FoldReference(std::vector<Node>& nodes) const {
+  void FoldReference(std::vector<Value>& nodes) const {
     const std::size_t size = nodes.size();
     if (size < 2 || !IsInteger(nodes[size - 2]) || nodes[size - 1].entry.text != "0") {
       Fail("a reference to no number");
     }
-    Node& reference = nodes[size - 2];
+    Value& reference = nodes[size - 2];
     reference.entry.kind = DictEntry::kReference;
     reference.entry.references = {std::stoll(reference.entry.text)};
     reference.entry.text += " 0 R";
     nodes.pop_back();
   }
 
-  Node Delimited(int byte, int depth) {
+  Value Delimited(int byte, int depth) {
     in_.Get();
     if (byte == '/') return Leaf(DictEntry::kName, "/" + Word());
     if (byte == '(') return Leaf(DictEntry::kString, String());
@@ -111,17 +111,17 @@ class Parser {
     if (byte != '<') Fail("a byte that begins no object");
     if (in_.Peek() != '<') return Leaf(DictEntry::kString, HexString());
     in_.Get();
-    Node dict = Leaf(DictEntry::kArray, "<<");
+    Value dict = Leaf(DictEntry::kArray, "<<");
     dict.is_dict = true;
     dict.items = Sequence(">>", depth + 1);
     return dict;
   }
 
-  Node Array(int depth) {
-    Node array = Leaf(DictEntry::kArray, "[");
+  Value Array(int depth) {
+    Value array = Leaf(DictEntry::kArray, "[");
     array.items = Sequence("]", depth + 1);
     array.entry.items = array.items.size();
-    for (const Node& item : array.items) GatherReferences(item, array.entry.references);
+    for (const Value& item : array.items) GatherReferences(item, array.entry.references);
     return array;
   }
 
@@ -161,10 +161,10 @@ class Parser {
 };
 
 // The entries below a path, in the order in which they stand.
-void Flatten(const Parser& parser, const Node& dict, const std::string& path, Dict& to) {
+void Flatten(const Parser& parser, const Value& dict, const std::string& path, Dict& to) {
   if (dict.items.size() % 2 != 0) parser.Fail("a dictionary with a key that has no value");
   for (std::size_t i = 0; i < dict.items.size(); i += 2) {
-    const Node& key = dict.items[i];
+    const Value& key = dict.items[i];
     if (key.entry.kind != DictEntry::kName) parser.Fail("a dictionary with a key that is no name");
     DictEntry entry = dict.items[i + 1].entry;
     entry.path = path + key.entry.text;
@@ -180,7 +180,7 @@ void Flatten(const Parser& parser, const Node& dict, const std::string& path, Di
 
 FreeObject ReadFreeObject(ByteReader& in) {
   Parser parser(in);
-  const std::vector<Node> nodes = parser.Sequence("", 0);
+  const std::vector<Value> nodes = parser.Sequence("", 0);
   if (nodes.size() != 1) parser.Fail("not exactly one object");
   FreeObject object{{}, nodes[0].is_dict, parser.keyword};
   if (object.is_dict) {

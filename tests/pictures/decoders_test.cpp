@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "as_bytes.h"
 #include "flate.h"
 #include "formats/decoder.h"
 #include "formats/icc.h"
@@ -18,10 +19,6 @@ namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
-
-Bytes AsBytes(std::string_view text) {
-  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
-}
 
 // Its name; of a decoder that is not in this build, too, which then must not be found.
 std::string_view Recognised(std::string_view head, std::string_view wanted) {

@@ -4,14 +4,12 @@
 
 #include <string>
 
+#include "as_bytes.h"
+
 namespace pictures {
 namespace {
 
 using namespace std::string_literals;
-
-Bytes AsBytes(const std::string& text) {
-  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
-}
 
 // Orientation 6 and 300 x 150 dots per centimetre.
 const std::string kBig =

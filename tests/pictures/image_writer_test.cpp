@@ -9,16 +9,14 @@
 #include <string_view>
 #include <vector>
 
+#include "as_bytes.h"
+
 namespace pictures {
 namespace {
 
 int32_t Append(void* to, const char* data, size_t size) {
   static_cast<std::string*>(to)->append(data, size);
   return 0;
-}
-
-Bytes AsBytes(std::string_view text) {
-  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
 // A document in memory that holds images and nothing else.

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "as_bytes.h"
 #include "image.h"
 
 namespace pictures {
@@ -30,10 +31,6 @@ std::string File() {
   field("\x73\x87\7\0\x88\x13\0\0", "\x80\0\0\0");
   file.resize(128 + 5000);
   return file;
-}
-
-Bytes AsBytes(const std::string& text) {
-  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
 TEST(TiffFile, TakesNoMoreMemoryAtOnceThanItMay) {

@@ -4,14 +4,12 @@
 
 #include <string>
 
+#include "as_bytes.h"
+
 namespace pictures {
 namespace {
 
 using namespace std::string_literals;
-
-Bytes AsBytes(const std::string& text) {
-  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
-}
 
 std::string Segment(char marker, const std::string& data) {
   return "\xFF"s + marker + '\0' + static_cast<char>(data.size() + 2) + data;

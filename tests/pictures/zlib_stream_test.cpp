@@ -13,7 +13,7 @@ namespace {
 
 constexpr uint64_t kMuch = uint64_t{1} << 40;
 
-std::vector<uint8_t> Numbers(size_t count) {
+std::vector<uint8_t> Scattered(size_t count) {
   std::vector<uint8_t> bytes(count);
   for (size_t i = 0; i < count; ++i) bytes[i] = static_cast<uint8_t>(i * i >> 5);
   return bytes;
@@ -25,13 +25,13 @@ std::optional<uint64_t> SizeOf(Bytes stream, uint64_t most = kMuch) {
 
 TEST(InflatedSize, CountsWhatAStreamHolds) {
   for (const size_t count : {0, 1, 32767, 32768, 32769, 65536, 300'000}) {
-    EXPECT_EQ(SizeOf(Deflate(Numbers(count), 6).View()), count);
+    EXPECT_EQ(SizeOf(Deflate(Scattered(count), 6).View()), count);
     EXPECT_EQ(SizeOf(Deflate(std::vector<uint8_t>(count), 6).View()), count);
   }
 }
 
 TEST(InflatedSize, TakesAStreamInAnyPieces) {
-  const Buffer stream = Deflate(Numbers(5000), 6);
+  const Buffer stream = Deflate(Scattered(5000), 6);
   for (const size_t step : {1, 2, 7, 4096}) {
     std::vector<Bytes> pieces{Bytes()};
     for (size_t at = 0; at < stream.Size(); at += step) {
@@ -45,7 +45,7 @@ TEST(InflatedSize, TakesAStreamInAnyPieces) {
 }
 
 TEST(InflatedSize, IsNothingOfOneThatIsCutOff) {
-  const Buffer stream = Deflate(Numbers(5000), 6);
+  const Buffer stream = Deflate(Scattered(5000), 6);
   for (size_t size = 0; size < stream.Size(); ++size) {
     EXPECT_EQ(SizeOf(stream.View().first(size)), std::nullopt) << size;
   }
@@ -53,7 +53,7 @@ TEST(InflatedSize, IsNothingOfOneThatIsCutOff) {
 }
 
 TEST(InflatedSize, IsNothingOfOneThatIsDamaged) {
-  Buffer stream = Deflate(Numbers(5000), 0);  // stored: its checksum alone can tell
+  Buffer stream = Deflate(Scattered(5000), 0);  // stored: its checksum alone can tell
   stream.Data()[stream.Size() / 2] ^= 1;
   EXPECT_EQ(SizeOf(stream.View()), std::nullopt);
   const std::vector<uint8_t> nonsense(100, 0xEE);
