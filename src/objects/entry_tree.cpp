@@ -3,6 +3,7 @@
 #include "objects/entry_tree.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "objects/syntax.h"
 #include "objects/text_buffer.h"
@@ -44,17 +45,22 @@ void Open(std::string& text, std::string_view path) {
 
 }  // namespace
 
-bool EntryTree::IsInTheWay(std::string_view key) const {
+bool EntryTree::IsInTheWay(const std::string& key) const {
   for (std::string_view parent = ParentOf(key); !parent.empty(); parent = ParentOf(parent)) {
     if (entries.count(std::string(parent)) != 0) return true;
   }
-  const auto below = entries.lower_bound(std::string(key) + '/');
+  // All that begins with key comes at once behind it.
+  auto below = entries.lower_bound(key);
+  if (below == entries.end() || !StartsWith(below->first, key)) return false;
+  below = entries.lower_bound(key + '/');
   return below != entries.end() && LeadsThrough(below->first, key);
 }
 
 bool EntryTree::Set(std::string_view key, std::string_view value) {
-  if (!IsNamePath(key) || !IsOneObject(value) || IsInTheWay(key)) return false;
-  entries[std::string(key)] = value;
+  if (!IsNamePath(key) || !IsOneObject(value)) return false;
+  std::string path(key);
+  if (IsInTheWay(path)) return false;
+  entries[std::move(path)] = value;
   return true;
 }
 

@@ -35,7 +35,7 @@ class EntryTree {
   using Entries = std::map<std::string, std::string>;
 
   // Whether a path leads through key, or key through a path.
-  bool IsInTheWay(std::string_view key) const;
+  bool IsInTheWay(const std::string& key) const;
 
   Entries entries;
 };

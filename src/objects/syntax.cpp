@@ -17,7 +17,7 @@ bool IsSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r' && c != '\v');
 }
 
-bool IsDelimiter(char c) {
+constexpr bool IsDelimiter(char c) {
   switch (c) {
     case '(':
     case ')':
@@ -35,8 +35,18 @@ bool IsDelimiter(char c) {
   }
 }
 
+// Looked up, since nearly every character of what hosts give is asked this.
+struct RegularCharacters {
+  bool are[256] = {};
+
+  constexpr RegularCharacters() {
+    for (char c = '!'; c <= '~'; ++c) are[static_cast<unsigned char>(c)] = !IsDelimiter(c);
+  }
+};
+constexpr RegularCharacters kRegular;
+
 bool IsRegular(char c) {
-  return c >= '!' && c <= '~' && !IsDelimiter(c);
+  return kRegular.are[static_cast<unsigned char>(c)];
 }
 
 bool IsDigit(char c) {
@@ -75,14 +85,13 @@ class Scanner {
   }
 
   bool TakeObject(int depth) {
-    if (StartsWith(rest, "<<")) return TakeDictionary(depth);
     switch (rest.empty() ? '\0' : rest.front()) {
       case '/':
         return TakeName();
       case '(':
         return TakeString();
       case '<':
-        return TakeHexString();
+        return StartsWith(rest, "<<") ? TakeDictionary(depth) : TakeHexString();
       case '[':
         return TakeArray(depth);
       default:
@@ -92,10 +101,9 @@ class Scanner {
 
   // Names may be empty where they are objects; those that are keys may not.
   bool TakeName() {
-    if (!Take("/")) return false;
+    if (!Take('/')) return false;
     const std::string_view name = TakeRegular();
-    for (std::size_t i = 0; i < name.size(); ++i) {
-      if (name[i] != '#') continue;
+    for (std::size_t i = name.find('#'); i != std::string_view::npos; i = name.find('#', i + 1)) {
       if (name.size() - i < 3 || !IsHexDigit(name[i + 1]) || !IsHexDigit(name[i + 2])) return false;
       if (name[i + 1] == '0' && name[i + 2] == '0') return false;
     }
@@ -120,9 +128,9 @@ class Scanner {
   }
 
  private:
-  bool Take(std::string_view token) {
-    if (!StartsWith(rest, token)) return false;
-    rest.remove_prefix(token.size());
+  bool Take(char token) {
+    if (rest.empty() || rest.front() != token) return false;
+    rest.remove_prefix(1);
     return true;
   }
 
@@ -154,12 +162,12 @@ class Scanner {
     while (!rest.empty() && (IsHexDigit(rest.front()) || IsSpace(rest.front()))) {
       rest.remove_prefix(1);
     }
-    return Take(">");
+    return Take('>');
   }
 
   bool TakeArray(int depth) {
     rest.remove_prefix(1);
-    for (SkipSpace(); !Take("]"); SkipSpace()) {
+    for (SkipSpace(); !Take(']'); SkipSpace()) {
       if (depth == kMostNested || !TakeObject(depth + 1)) return false;
     }
     return true;
@@ -168,7 +176,7 @@ class Scanner {
   bool TakeDictionary(int depth) {
     rest.remove_prefix(2);
     std::map<std::string, std::string> keys;
-    for (SkipSpace(); !Take(">>"); SkipSpace()) {
+    for (SkipSpace(); !StartsWith(rest, ">>"); SkipSpace()) {
       const std::string_view start = rest;
       if (depth == kMostNested || !TakeKey()) return false;
       const std::string key = Spelled(start.substr(0, start.size() - rest.size()));
@@ -177,6 +185,7 @@ class Scanner {
       SkipSpace();
       if (!TakeObject(depth + 1)) return false;
     }
+    rest.remove_prefix(2);
     return true;
   }
 

@@ -40,6 +40,16 @@ TEST(EntryTree, RefusesWhatIsNoEntryAndStaysAsItWas) {
   EXPECT_BYTES(Lines("/A- 1", "/A", "<<", "/B 1", "/Bc 1", ">>"), tree.AsString());
 }
 
+TEST(EntryTree, FindsWhatLeadsThroughAKeyBehindKeysThatBeginAlike) {
+  EntryTree tree;
+  ASSERT_TRUE(tree.Set("/A-B", "1"));  // between "/A" and "/A/C"
+  ASSERT_TRUE(tree.Set("/A/C", "2"));
+  EXPECT_FALSE(tree.Set("/A", "3"));
+  EXPECT_TRUE(tree.Set("/A-", "4"));
+  EXPECT_TRUE(tree.Set("/A/C", "5"));
+  EXPECT_BYTES(Lines("/A- 4", "/A-B 1", "/A", "<<", "/C 5", ">>"), tree.AsString());
+}
+
 TEST(EntryTree, OwnEntriesTakeThePlaceOfWhatIsInTheirWay) {
   EntryTree tree;
   tree.Set("/A", "1");
