@@ -76,7 +76,7 @@ ImageSource ImageSource::Open(const std::string& path, bool touch, const PipeRul
   constexpr size_t kSmall = size_t{64} << 10;
   if (size > kSmall) {
     if (std::optional<MappedFile> map = MappedFile::Map(number, size, touch)) {
-      source.map_ = std::move(*map);
+      source.map_ = std::make_shared<const MappedFile>(std::move(*map));
       return source;
     }
     if (errno != ENODEV) ThrowUnreadable();
@@ -116,13 +116,6 @@ ImageSource ImageSource::Read(int descriptor, const PipeRules& rules) {
   return source;
 }
 
-ImageSource ImageSource::Again() const {
-  ImageSource source;
-  source.held_ = held_;
-  source.identity_ = identity_;
-  return source;
-}
-
 void ImageSource::CheckUnchanged() const {
   if (!IsMapped()) return;
   struct stat status;
@@ -131,12 +124,12 @@ void ImageSource::CheckUnchanged() const {
     // A file that took the name's place leaves the one that is mapped as it was.
     const bool same = now.device == identity_.device && now.inode == identity_.inode;
     if (same && now != identity_) throw InputChanged();
-    if (same && map_.Failed()) {
+    if (same && map_->Failed()) {
       errno = EIO;
       ThrowUnreadable();
     }
   }
-  if (map_.Failed()) throw InputChanged();
+  if (map_->Failed()) throw InputChanged();
 }
 
 }  // namespace pictures

@@ -44,6 +44,7 @@ struct PipeRules {
   void (*judgeHead)(Bytes head) = [](Bytes) {};
 };
 
+// Copies share the bytes.
 class ImageSource {
  public:
   // Opens the file: a large one is mapped, a small one read, which for its size is faster, and
@@ -54,11 +55,9 @@ class ImageSource {
   static ImageSource Read(int descriptor, const PipeRules& rules = {});
   // Whether Open would give the same bytes again; they are gone with a pipe.
   bool CanReopen() const { return reopens_; }
-  bool IsMapped() const { return !map_.View().empty(); }
-  // The same bytes once more, of what is not mapped: both hold them.
-  ImageSource Again() const;
+  bool IsMapped() const { return map_ != nullptr; }
 
-  Bytes View() const { return held_ ? held_->View() : map_.View(); }
+  Bytes View() const { return held_ ? held_->View() : map_ ? map_->View() : Bytes(); }
   const FileIdentity& Identity() const { return identity_; }
   // For when the bytes have been used: throws an ImageError where the file changed meanwhile, so
   // that they were none of one state of it.
@@ -66,9 +65,9 @@ class ImageSource {
 
  private:
   std::string path_;
-  MappedFile map_;
   bool reopens_ = false;
-  std::shared_ptr<const Buffer> held_;  // instead of a map
+  std::shared_ptr<const MappedFile> map_;  // or
+  std::shared_ptr<const Buffer> held_;
   FileIdentity identity_;
 };
 

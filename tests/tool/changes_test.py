@@ -70,6 +70,27 @@ class Changes(JtpdfTest):
         self.assertEqual(child.communicate(timeout=120)[1], b"")
         self.assertEqual(child.returncode, 0)
 
+    def test_a_file_of_many_pages_is_opened_once(self):
+        first = self.put(jpeg_bytes(noise(4000, 1500)), "a.jpg")
+        pages = [noise(300, 300, seed=seed) for seed in (1, 2, 3)]
+        path = self.save(pages[0], "pages.tif", save_all=True, append_images=pages[1:])
+        child = self.begin(first, path)
+        self.wait_for_output(child)
+        os.rename(self.save(blocks(), "b.png"), path)
+        self.assertEqual(child.communicate(timeout=120)[1], b"")
+        self.assertEqual(child.returncode, 0)
+
+    def test_a_file_of_many_pages_that_is_written_to_before_its_last_page_is(self):
+        first = self.put(jpeg_bytes(noise(4000, 1500)), "a.jpg")
+        pages = [noise(300, 300, seed=seed) for seed in (1, 2, 3)]
+        path = self.save(pages[0], "pages.tif", save_all=True, append_images=pages[1:])
+        child = self.begin(first, path)
+        self.wait_for_output(child)
+        with open(path, "r+b") as file:
+            file.seek(100_000)
+            file.write(b"other")
+        self.assertSaysChanged(child, "pages.tif")
+
     def shrinks_while_it_is_planned(self, name):
         path = self.path(name)
         child = subprocess.Popen([JTPDF, "-j", "1", "-S", "A4", path, "-o", self.path("o.pdf")],

@@ -14,8 +14,9 @@
 namespace pictures::tool {
 namespace {
 
-// Small files are kept from their planning to their writing, as many as fit in here, which is less
-// than one photograph takes when it is decoded: opening a small file is most of the work on it.
+// Small files are kept from their planning to their writing, and so are those with many pages, as
+// many as fit in here, which is less than one photograph takes when it is decoded: opening a file
+// is most of the work on a small one, and on each page of one that passes through.
 constexpr size_t kMostHeld = size_t{16} << 20;
 
 struct PlannedInput {
@@ -59,8 +60,10 @@ void PlanInput(const Options& options, std::atomic<size_t>* heldBytes, PlannedIn
     planned->sampleHash = SampleHash(file);
   });
   planned->identity = source.Identity();
-  const bool keep =
-      !source.CanReopen() || (!source.IsMapped() && heldBytes->fetch_add(file.size()) <= kMostHeld);
+  // Of a larger map no more than this is in memory.
+  const size_t size = std::min(file.size(), MappedFile::kMostTouched);
+  const bool keep = !source.CanReopen() || ((!source.IsMapped() || planned->images.size() > 1) &&
+                                            heldBytes->fetch_add(size) <= kMostHeld);
   if (keep) planned->held = std::move(source);
 }
 
@@ -183,7 +186,7 @@ std::string PageName(const AlbumPlan& plan, const PagePlan& page) {
 }
 
 ImageSource OpenInput(const AlbumPlan& plan, size_t input, bool touch) {
-  if (!plan.held[input].View().empty()) return plan.held[input].Again();
+  if (!plan.held[input].View().empty()) return plan.held[input];
   ImageSource source = ImageSource::Open(plan.inputs[input].path, touch);
   if (source.Identity() != plan.identities[input]) throw InputChanged();
   return source;
